@@ -1,0 +1,8 @@
+# The warnings of every target, as errors: INTERFACE target velmor_warnings.
+add_library(velmor_warnings INTERFACE)
+target_compile_options(velmor_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wcast-qual -Wunused -Wundef
+  -Wformat=2 -Wnull-dereference -Wimplicit-fallthrough -Wextra-semi -Wdouble-promotion
+  $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op>
+  -Werror)

@@ -1,0 +1,7 @@
+#include "Halvo/ThreadControl.h"
+
+namespace Halvo {
+
+constinit std::atomic<bool> ThreadControl::threadSafe_{false};
+
+}  // namespace Halvo

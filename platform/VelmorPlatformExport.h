@@ -1,0 +1,4 @@
+// The export mark of libVelmorPlatform.so. Everything else in it is hidden.
+#pragma once
+
+#define VELMOR_PLATFORM_API __attribute__((visibility("default")))

@@ -1,0 +1,7 @@
+// Zel: the type-model runtime. Formatting, tracing and log handles, collections, enumerations.
+#pragma once
+
+#include "Zel/Assert.h"
+#include "Zel/Error.h"
+#include "Zel/NodeType.h"
+#include "Zel/TypeModule.h"

@@ -1,0 +1,33 @@
+// The errors that the type runtime throws.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "VelmorPlatformExport.h"
+
+namespace Zel {
+
+/// The root of all errors of the type runtime; what() says what was wrong, and where.
+class VELMOR_PLATFORM_API Error : public std::runtime_error {
+ public:
+  explicit Error(const std::string& what) : std::runtime_error(what) {}
+  ~Error() override;
+};
+
+/// Text that does not read as the value that was asked for: an unknown enumeration name, a bad
+/// record, text left over.
+class VELMOR_PLATFORM_API ParseError : public Error {
+ public:
+  explicit ParseError(const std::string& what) : Error(what) {}
+  ~ParseError() override;
+};
+
+/// A number outside the type's values.
+class VELMOR_PLATFORM_API RangeError : public Error {
+ public:
+  explicit RangeError(const std::string& what) : Error(what) {}
+  ~RangeError() override;
+};
+
+}  // namespace Zel

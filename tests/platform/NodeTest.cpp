@@ -1,0 +1,159 @@
+#include "Halvo/Node.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstring>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "Halvo/MemoryTracker.h"
+#include "Halvo/Ptr.h"
+#include "Sobrel.h"
+#include "Zel/NodeType.h"
+
+namespace {
+
+using Halvo::makePtr;
+using Halvo::Node;
+using Halvo::Ptr;
+
+class Record : public Node {
+  ZEL_NODE_TYPE;
+  explicit Record(int* ended = nullptr) : ended_(ended) {}
+  ~Record() override {
+    if (ended_ != nullptr) ++*ended_;
+  }
+  int* ended_;
+};
+constinit Zel::AllocationTracker Record::memAllocationTracker_{"Record"};
+const Zel::TypeDescriptor* Record::typeData() const { return nullptr; }
+
+class Derived : public Record {
+ public:
+  using Record::Record;
+  char more[100] = {};
+};
+
+TEST(Node, StartsAtOneAndEndsWithTheLastPointer) {
+  int ended = 0;
+  {
+    Ptr<Record> a = makePtr<Record>(&ended);
+    EXPECT_EQ(a->useCount(), 1U);
+    Ptr<const Record> b = a;
+    EXPECT_EQ(a->useCount(), 2U);
+    Ptr<Node> c = std::move(a);
+    EXPECT_EQ(b->useCount(), 2U);
+    EXPECT_EQ(a, nullptr);
+    c = nullptr;
+    EXPECT_EQ(b->useCount(), 1U);
+    EXPECT_EQ(ended, 0);
+  }
+  EXPECT_EQ(ended, 1);
+}
+
+TEST(Node, SelfAssignmentKeepsTheObject) {
+  int ended = 0;
+  Ptr<Record> a = makePtr<Record>(&ended);
+  Ptr<Record>& same = a;
+  a = same;
+  a = std::move(same);
+  EXPECT_EQ(ended, 0);
+  EXPECT_EQ(a->useCount(), 1U);
+}
+
+TEST(Node, CopyIsAnObjectOfItsOwn) {
+  Ptr<Record> a = makePtr<Record>();
+  Ptr<Record> const more = a;
+  a->flagSet(Node::flagNotify);
+  Record const copy(*a);
+  EXPECT_EQ(copy.useCount(), 1U);
+  EXPECT_EQ(copy.flags(), 0U);
+}
+
+TEST(Node, AssignmentPutsTheNewValueInPlaceFirst) {
+  struct Watcher : Node {
+    Ptr<Watcher>* slot = nullptr;
+    bool* sawNew = nullptr;
+    ~Watcher() override {
+      if (sawNew != nullptr) *sawNew = slot->get() != nullptr && slot->get() != this;
+    }
+  };
+  bool sawNew = false;
+  Ptr<Watcher> slot = makePtr<Watcher>();
+  slot->slot = &slot;
+  slot->sawNew = &sawNew;
+  slot = makePtr<Watcher>();
+  EXPECT_TRUE(sawNew);
+}
+
+TEST(Node, TrackerCountsObjectsAndBytesOfTheClassAndWhatDerivesFromIt) {
+  auto const& tracker = Record::memAllocationTracker_;
+  auto const total = tracker.totalObjects();
+  auto const live = tracker.liveBytes();
+  {
+    Ptr<Record> const a = makePtr<Record>();
+    Ptr<Node> const b = makePtr<Derived>();
+    EXPECT_EQ(tracker.totalObjects(), total + 2);
+    EXPECT_EQ(tracker.liveBytes(), live + sizeof(Record) + sizeof(Derived));
+  }
+  EXPECT_EQ(tracker.liveBytes(), live);
+  bool listed = false;
+  for (auto* t = Halvo::MemoryTracker::first(); t != nullptr; t = t->next()) {
+    listed |= t == &tracker;
+  }
+  EXPECT_TRUE(listed);
+}
+
+TEST(Node, CountsAreExactFromManyThreadsWhileTheSwitchIsOn) {
+  Halvo::ThreadControl::threadSafeIs(true);
+  int ended = 0;
+  {
+    Ptr<Record> const shared = makePtr<Record>(&ended);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+      threads.emplace_back([&shared] {
+        for (int n = 0; n < 50'000; ++n) {
+          Ptr<const Record> const mine = shared;
+          Ptr<Record> const own = makePtr<Record>();
+        }
+      });
+    }
+    for (auto& thread : threads) thread.join();
+    EXPECT_EQ(shared->useCount(), 1U);
+  }
+  EXPECT_EQ(ended, 1);
+  Halvo::ThreadControl::threadSafeIs(false);
+}
+
+TEST(Sobrel, GivesAlignedMemoryOfEverySizeAndTakesItBack) {
+  auto const before = Sobrel::slabUsage().liveBytes;
+  std::vector<std::pair<char*, std::size_t>> objects;
+  for (int round = 0; round < 3; ++round) {
+    for (std::size_t size = 0; size < 3000; size += 7) {
+      auto* const memory = static_cast<char*>(Sobrel::slabAlloc(size));
+      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(memory) % 8, 0U);
+      std::memset(memory, static_cast<int>(size), size);
+      objects.emplace_back(memory, size);
+    }
+  }
+  for (auto [memory, size] : objects) {
+    for (std::size_t i = 0; i < size; ++i) ASSERT_EQ(memory[i], static_cast<char>(size));
+    Sobrel::slabFree(memory, size);
+  }
+  EXPECT_EQ(Sobrel::slabUsage().liveBytes, before);
+}
+
+TEST(Sobrel, ReturnsEmptySlabs) {
+  Sobrel::slabTrim();
+  auto const before = Sobrel::slabUsage().slabs;
+  std::vector<void*> objects;
+  for (int i = 0; i < 10'000; ++i) objects.push_back(Sobrel::slabAlloc(104));
+  for (void* object : objects) Sobrel::slabFree(object, 104);
+  EXPECT_LE(Sobrel::slabUsage().slabs, before + 1);
+  Sobrel::slabTrim();
+  EXPECT_EQ(Sobrel::slabUsage().slabs, before);
+}
+
+}  // namespace
