@@ -38,11 +38,11 @@ class Ptr {
   Ptr(const Ptr& other) noexcept : Ptr(other.object_) {}
   Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  Ptr(const Ptr<U>& other) noexcept : Ptr(static_cast<T*>(other.get())) {}
+  requires std::is_convertible_v<U*, T*> Ptr(const Ptr<U>& other)
+  noexcept : Ptr(static_cast<T*>(other.get())) {}
   template <class U>
-    requires std::is_convertible_v<U*, T*>
-  Ptr(Ptr<U>&& other) noexcept : object_(other.detach()) {}
+  requires std::is_convertible_v<U*, T*> Ptr(Ptr<U>&& other)
+  noexcept : object_(other.detach()) {}
   ~Ptr() {
     if (object_ != nullptr) object_->refDelete();
   }

@@ -162,9 +162,7 @@ class VELMOR_PLATFORM_API String {
   void swap(String& other) noexcept;
   friend void swap(String& a, String& b) noexcept { a.swap(b); }
 
-  friend bool operator==(const String& a, const String& b) noexcept {
-    return a.view() == b.view();
-  }
+  friend bool operator==(const String& a, const String& b) noexcept { return a.view() == b.view(); }
   friend bool operator==(const String& a, std::string_view b) noexcept { return a.view() == b; }
   friend bool operator==(const String& a, const char* b) noexcept {
     return a.view() == std::string_view(b);
@@ -201,7 +199,9 @@ class VELMOR_PLATFORM_API String {
       heap_.data[size] = '\0';
     }
   }
-  void bitsFrom(const String& other) noexcept { std::memcpy(inline_, other.inline_, sizeof inline_); }
+  void bitsFrom(const String& other) noexcept {
+    std::memcpy(inline_, other.inline_, sizeof inline_);
+  }
   char* appendSlow(std::size_t count);
   void heapRelease() noexcept;
 

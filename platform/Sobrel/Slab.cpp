@@ -53,9 +53,9 @@ struct FreeObject {
 // used, so that the pages of a slab come into memory one by one.
 struct alignas(64) Slab {
   FreeObject* free;
-  char* fresh;       // where the never-used part begins
-  char* end;         // where the last whole object ends
-  Slab* next;        // in the class's list of slabs with room
+  char* fresh;  // where the never-used part begins
+  char* end;    // where the last whole object ends
+  Slab* next;   // in the class's list of slabs with room
   Slab* previous;
   U32 live;
   U32 classIndex;

@@ -20,9 +20,15 @@ void assertionFailed(const AssertionSite& site) noexcept {
   char line[16] = {};
   std::to_chars(line, line + sizeof line - 1, site.line);
   // One gathered write: lines of two threads that fail at once do not mix.
-  iovec const pieces[] = {piece("assertion failed: "), piece(site.expression), piece(" at "),
-                          piece(site.source),          piece(":"),             piece(line),
-                          piece(" in "),               piece(site.function),   piece("\n")};
+  iovec const pieces[] = {piece("assertion failed: "),
+                          piece(site.expression),
+                          piece(" at "),
+                          piece(site.source),
+                          piece(":"),
+                          piece(line),
+                          piece(" in "),
+                          piece(site.function),
+                          piece("\n")};
   [[maybe_unused]] auto const written =
       ::writev(STDERR_FILENO, pieces, static_cast<int>(std::size(pieces)));
   std::abort();

@@ -12,15 +12,15 @@
 /// `memAllocationTracker_` and `typeData()` in its source file. A class derived further that does
 /// not use the mark is allocated the same way and counted with its nearest base that does.
 /// Leaves the access at `public`.
-#define ZEL_NODE_TYPE                                                                     \
- public:                                                                                  \
-  static void* operator new(std::size_t size) {                                           \
-    return ::Sobrel::trackedAlloc(memAllocationTracker_, size);                           \
-  }                                                                                       \
-  static void* operator new(std::size_t, void* place) noexcept { return place; }          \
-  static void operator delete(void* memory, std::size_t size) noexcept {                  \
-    ::Sobrel::trackedFree(memAllocationTracker_, memory, size);                           \
-  }                                                                                       \
-  static void operator delete(void*, void*) noexcept {}                                   \
-  const ::Zel::TypeDescriptor* typeData() const override;                                 \
+#define ZEL_NODE_TYPE                                                            \
+ public:                                                                         \
+  static void* operator new(std::size_t size) {                                  \
+    return ::Sobrel::trackedAlloc(memAllocationTracker_, size);                  \
+  }                                                                              \
+  static void* operator new(std::size_t, void* place) noexcept { return place; } \
+  static void operator delete(void* memory, std::size_t size) noexcept {         \
+    ::Sobrel::trackedFree(memAllocationTracker_, memory, size);                  \
+  }                                                                              \
+  static void operator delete(void*, void*) noexcept {}                          \
+  const ::Zel::TypeDescriptor* typeData() const override;                        \
   static ::Zel::AllocationTracker memAllocationTracker_

@@ -27,8 +27,8 @@ enum class TypeKind : U8 {
 struct TypeDescriptor {
   const char* name;  ///< with its namespace: "VelmorTcam::CliFormat"
   TypeKind kind;
-  const TypeDescriptor* base = nullptr;       ///< nodes: the described base class, null at the root
-  AllocationTracker* tracker = nullptr;       ///< nodes: the class's own tracker
+  const TypeDescriptor* base = nullptr;  ///< nodes: the described base class, null at the root
+  AllocationTracker* tracker = nullptr;  ///< nodes: the class's own tracker
   std::span<const EnumValue> enumValues = {};  ///< enumerations: in ascending order of number
 };
 

@@ -59,13 +59,35 @@ TEST(String, AgreesWithStdStringOnRandomOperations) {
     auto const n = random() % 90;
     char const c = static_cast<char>(random() & 0xFF);
     switch (random() % 10) {
-      case 0: text += c; model += c; break;
-      case 1: text.append(n, c); model.append(n, c); break;
-      case 2: text.resize(n, c); model.resize(n, c); break;
-      case 3: text.reserve(n); break;
-      case 4: text.shrinkToFit(); break;
-      case 5: { String other(text); text = other; other += 'x'; break; }
-      case 6: { String other(std::move(text)); text = std::move(other); break; }
+      case 0:
+        text += c;
+        model += c;
+        break;
+      case 1:
+        text.append(n, c);
+        model.append(n, c);
+        break;
+      case 2:
+        text.resize(n, c);
+        model.resize(n, c);
+        break;
+      case 3:
+        text.reserve(n);
+        break;
+      case 4:
+        text.shrinkToFit();
+        break;
+      case 5: {
+        String other(text);
+        text = other;
+        other += 'x';
+        break;
+      }
+      case 6: {
+        String other(std::move(text));
+        text = std::move(other);
+        break;
+      }
       case 7:
         if (!model.empty()) {
           auto const from = random() % model.size();
@@ -73,12 +95,23 @@ TEST(String, AgreesWithStdStringOnRandomOperations) {
           model.append(std::string(model.substr(from)));
         }
         break;
-      case 8: text.assign(std::string(n, c)); model.assign(n, c); break;
-      default: { String other(n, c); text.swap(other); model = std::string(n, c); break; }
+      case 8:
+        text.assign(std::string(n, c));
+        model.assign(n, c);
+        break;
+      default: {
+        String other(n, c);
+        text.swap(other);
+        model = std::string(n, c);
+        break;
+      }
     }
     ASSERT_EQ(text.view(), model);
     ASSERT_EQ(text.c_str()[model.size()], '\0');
-    if (model.size() > 4000) { text.clear(); model.clear(); }
+    if (model.size() > 4000) {
+      text.clear();
+      model.clear();
+    }
   }
 }
 
