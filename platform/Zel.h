@@ -2,6 +2,8 @@
 #pragma once
 
 #include "Zel/Assert.h"
+#include "Zel/CharRange.h"
+#include "Zel/Enum8.h"
 #include "Zel/Error.h"
 #include "Zel/NodeType.h"
 #include "Zel/TypeModule.h"

@@ -1,0 +1,69 @@
+// The generic conversions of 8-bit enumerations.
+//
+// An enumeration is known by its module and its index in it (TypeModule::types), and its values and
+// names by the type's TypeDescriptor::enumValues. A declared enumeration offers its own conversions
+// on top of these, each one line:
+//
+//     CliHeaderType CliHeaderTypeInstance(U32 number) {
+//       return CliHeaderType(Zel::enum8FromNumber(agentTypes, 0, number));
+//     }
+//     CliHeaderType CliHeaderTypeInstance(const Halvo::String& name) {
+//       return CliHeaderType(Zel::enum8FromName(agentTypes, 0, name));
+//     }
+//     Halvo::String stringValue(CliHeaderType v) { return Zel::enum8StringValue(agentTypes, 0, v);
+//     } std::ostream& operator<<(std::ostream& out, const CliHeaderType& v) {
+//       return Zel::enum8Write(out, agentTypes, 0, v);
+//     }
+//     void sequenceToValue(Zel::CharRange& in, CliHeaderType* v) {
+//       *v = CliHeaderType(Zel::enum8FromSequence(in, agentTypes, 0));
+//     }
+//
+// Cost: a number is found by binary search, in one probe where the values are numbered 0, 1, 2...
+// A name that was looked up before is found in one hash and one comparison through a small table of
+// remembered places that all enumerations share; a first look-up, and an unknown name, compares
+// with each name in turn. The table is a memory of hints, each checked before it is used: it needs
+// no preparation, and nothing goes stale when a library that declares enumerations is unloaded.
+//
+// Everything here is safe from any thread. A type index that is not in the module, or is not an
+// enumeration's, stops the process.
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <string_view>
+
+#include "Halvo/String.h"
+#include "Halvo/Types.h"
+#include "VelmorPlatformExport.h"
+#include "Zel/CharRange.h"
+#include "Zel/TypeModule.h"
+
+namespace Zel {
+
+/// `number` as a value of the type. Throws RangeError, which names the type and the number, when
+/// no value has it.
+VELMOR_PLATFORM_API U8 enum8FromNumber(const TypeModule& module, std::size_t type, U32 number);
+
+/// The value called `name`, to the letter. Throws ParseError, which names the type and the text,
+/// when there is none.
+VELMOR_PLATFORM_API U8 enum8FromName(const TypeModule& module, std::size_t type,
+                                     std::string_view name);
+
+/// The name of `value`; null when it has none. Lives as long as the module.
+VELMOR_PLATFORM_API const char* enum8Name(const TypeModule& module, std::size_t type,
+                                          U8 value) noexcept;
+
+/// The name of `value`. A number that has none gives the type's name without namespace and the
+/// number: "CliHeaderType(9)".
+VELMOR_PLATFORM_API Halvo::String enum8StringValue(const TypeModule& module, std::size_t type,
+                                                   U8 value);
+
+/// Writes the text of enum8StringValue as one item: width, fill and adjustment of `out` apply.
+VELMOR_PLATFORM_API std::ostream& enum8Write(std::ostream& out, const TypeModule& module,
+                                             std::size_t type, U8 value);
+
+/// Reads a name off the front of `in`: the longest run of letters, digits and '_' (ASCII). Advances
+/// past it. Throws ParseError, and leaves `in` as it was, when the run is empty or no value's name.
+VELMOR_PLATFORM_API U8 enum8FromSequence(CharRange& in, const TypeModule& module, std::size_t type);
+
+}  // namespace Zel

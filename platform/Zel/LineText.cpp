@@ -1,0 +1,59 @@
+#include "Zel/LineText.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstddef>
+
+namespace Zel {
+
+void appendOneLine(Halvo::String& out, std::string_view text) {
+  std::size_t clean = 0;  // where the bytes begin that are not yet in `out`
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    auto const c = static_cast<unsigned char>(text[i]);
+    if (c >= 0x20 && c != 0x7F) [[likely]] {
+      continue;
+    }
+    out.append(text.data() + clean, i - clean);
+    clean = i + 1;
+    switch (c) {
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
+      default: {
+        constexpr const char* digits = "0123456789abcdef";
+        char const escape[] = {'\\', 'x', digits[c >> 4], digits[c & 15]};
+        out.append(escape, sizeof escape);
+      }
+    }
+  }
+  if (clean < text.size()) out.append(text.data() + clean, text.size() - clean);
+}
+
+std::string quotedForMessage(std::string_view text) {
+  constexpr std::size_t longest = 64;
+  Halvo::String quoted("'");
+  appendOneLine(quoted, text.substr(0, longest));
+  quoted += '\'';
+  if (text.size() > longest) quoted += "...";
+  return quoted.str();
+}
+
+void writeToStandardError(std::string_view line) noexcept {
+  while (!line.empty()) {
+    auto const written = ::write(STDERR_FILENO, line.data(), line.size());
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      return;
+    }
+    line.remove_prefix(static_cast<std::size_t>(written));
+  }
+}
+
+}  // namespace Zel

@@ -1,0 +1,22 @@
+// Internal: text from outside made fit for one line of a message.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "Halvo/String.h"
+
+namespace Zel {
+
+/// Appends `text` with every control character (and DEL) written as \n, \r, \t or \xNN, so that it
+/// stays on its line. All other bytes stay as they are, the backslash among them.
+void appendOneLine(Halvo::String& out, std::string_view text);
+
+/// `text` between single quotes, fit for one line, cut after 64 bytes with "..." after it.
+std::string quotedForMessage(std::string_view text);
+
+/// Writes `line` to standard error with one write(2), more only when the system takes less at a
+/// time. Failure is ignored: there is nowhere to report it.
+void writeToStandardError(std::string_view line) noexcept;
+
+}  // namespace Zel
