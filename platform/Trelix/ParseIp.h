@@ -1,0 +1,13 @@
+// Internal: reading a dotted quad, for both IP families.
+#pragma once
+
+#include <string_view>
+
+#include "Trelix/IpAddr.h"
+
+namespace Trelix {
+
+/// Reads all of `text` into `address`. Null, or what is wrong with the text.
+const char* readDottedQuad(std::string_view text, IpAddr& address) noexcept;
+
+}  // namespace Trelix
