@@ -5,5 +5,6 @@
 #include "Zel/CharRange.h"
 #include "Zel/Enum8.h"
 #include "Zel/Error.h"
+#include "Zel/Format.h"
 #include "Zel/NodeType.h"
 #include "Zel/TypeModule.h"

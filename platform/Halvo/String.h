@@ -114,6 +114,8 @@ class VELMOR_PLATFORM_API String {
   /// Cuts, or lengthens with `fill`.
   void resize(std::size_t size, char fill = '\0');
   void clear() noexcept { sizeIs(0); }
+  /// Cuts the last `count` bytes, at most size().
+  void shrinkBy(std::size_t count) noexcept { sizeIs(size() - count); }
   /// Lengthens the string by `count` bytes and returns where they begin. Every way of growing goes
   /// through here. The caller writes all of them before it looks at the string.
   char* appendUninitialized(std::size_t count) {
