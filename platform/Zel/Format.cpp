@@ -1,5 +1,6 @@
 #include "Zel/Format.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 
@@ -253,56 +254,82 @@ void writeDecimal(char* end, U64 value) {
   }
 }
 
-[[gnu::always_inline]] inline void putDecimal(Cursor& cursor, Overflow& overflow,
-                                              const Field& field, const Prefix& prefix, U64 value) {
-  U32 const digits = value == 0 && field.precision == 0 ? 0 : decimalDigits(value);
-  char* const at = placeNumber(cursor, overflow, field, prefix, digits);
-  if (at != nullptr && digits != 0) writeDecimal(at + digits, value);
+/// Writes the lowest `digits` digits of base 2^bits so that they end at `end`.
+[[gnu::always_inline]] inline void writeBits(char* end, U64 value, U32 digits, U32 bits,
+                                             const char* alphabet) {
+  for (char* const begin = end - digits; end != begin; value >>= bits) {
+    *--end = alphabet[value & ((1U << bits) - 1)];
+  }
 }
 
-[[gnu::always_inline]] inline void putHex(Cursor& cursor, Overflow& overflow, const Field& field,
-                                          const Prefix& prefix, U64 value, const char* alphabet) {
-  U32 digits = 0;
-  if (value != 0 || field.precision != 0) {
-    digits = static_cast<U32>(std::bit_width(value | 1) + 3) / 4;
-  }
-  char* const at = placeNumber(cursor, overflow, field, prefix, digits);
-  if (at == nullptr) return;
-  for (U32 i = digits; i != 0; value >>= 4) at[--i] = alphabet[value & 15];
-}
-
-[[gnu::noinline]] Cursor putOctal(Cursor cursor, Overflow& overflow, Field field, U64 value) {
-  U32 digits = 0;
-  if (value != 0 || field.precision != 0) {
-    digits = static_cast<U32>(std::bit_width(value | 1) + 2) / 3;
-  }
-  // The mark of base 8 is a first digit 0, which a precision may have given already.
-  if (field.has(alternate) && (value != 0 || digits == 0)) {
-    S32 const marked = static_cast<S32>(digits) + 1;
-    if (field.precision < marked) field.precision = marked;
-  }
-  char* const at = placeNumber(cursor, overflow, field, {}, digits);
-  if (at == nullptr) return cursor;
-  for (U32 i = digits; i != 0; value >>= 3) at[--i] = static_cast<char>('0' + (value & 7));
-  return cursor;
-}
-
-[[gnu::noinline]] Cursor putPointer(Cursor cursor, Overflow& overflow, const Field& field,
-                                    U64 value) {
-  if (value == 0) {
-    putText(cursor, overflow, field, "(nil)", 5);
-    return cursor;
+[[gnu::always_inline]] inline void putNumber(Cursor& cursor, Overflow& overflow, Field& field,
+                                             const Spec& spec, U64 value) {
+  Conversion const conversion = spec.conversion;
+  // What the length modifier keeps, by the conversion's sign.
+  value <<= spec.shift;
+  if (conversion == Conversion::signedDecimal) {
+    value = static_cast<U64>(static_cast<S64>(value) >> spec.shift);
+  } else {
+    value >>= spec.shift;
   }
   Prefix prefix;
-  if (field.has(plus)) {
-    prefix.add('+');
-  } else if (field.has(space)) {
-    prefix.add(' ');
+  U32 digits;
+  switch (conversion) {
+    case Conversion::signedDecimal:
+      if (static_cast<S64>(value) < 0) {
+        prefix.add('-');
+        value = 0 - value;
+      } else if (field.has(plus)) {
+        prefix.add('+');
+      } else if (field.has(space)) {
+        prefix.add(' ');
+      }
+      digits = decimalDigits(value);
+      break;
+    case Conversion::octal:
+      digits = static_cast<U32>(std::bit_width(value | 1) + 2) / 3;
+      break;
+    case Conversion::pointer:
+      if (field.has(plus)) {
+        prefix.add('+');
+      } else if (field.has(space)) {
+        prefix.add(' ');
+      }
+      [[fallthrough]];
+    case Conversion::hexLower:
+    case Conversion::hexUpper:
+      if (field.has(alternate) && value != 0) {
+        prefix.add('0');
+        prefix.add(conversion == Conversion::hexUpper ? 'X' : 'x');
+      }
+      digits = static_cast<U32>(std::bit_width(value | 1) + 3) / 4;
+      break;
+    default:
+      digits = decimalDigits(value);
+      break;
   }
-  prefix.add('0');
-  prefix.add('x');
-  putHex(cursor, overflow, field, prefix, value, "0123456789abcdef");
-  return cursor;
+  if (field.precision == 0 && value == 0) digits = 0;
+  // The mark of base 8 is a first digit 0, which a precision may have given already.
+  if (conversion == Conversion::octal && field.has(alternate) && (value != 0 || digits == 0)) {
+    field.precision = std::max(field.precision, static_cast<S32>(digits) + 1);
+  }
+  char* const at = placeNumber(cursor, overflow, field, prefix, digits);
+  if (at == nullptr || digits == 0) return;
+  switch (conversion) {
+    case Conversion::octal:
+      writeBits(at + digits, value, digits, 3, "01234567");
+      break;
+    case Conversion::pointer:
+    case Conversion::hexLower:
+      writeBits(at + digits, value, digits, 4, "0123456789abcdef");
+      break;
+    case Conversion::hexUpper:
+      writeBits(at + digits, value, digits, 4, "0123456789ABCDEF");
+      break;
+    default:
+      writeDecimal(at + digits, value);
+      break;
+  }
 }
 
 /// The size of a text that ends at its first NUL or at the precision.
@@ -333,71 +360,42 @@ void writeDecimal(char* end, U64 value) {
       }
     }
   }
+  const Arg& value = *arg++;
+  const char* text;
+  std::size_t size;
+  char byte;
   switch (spec.conversion) {
-    case Conversion::signedDecimal: {
-      S64 const value = static_cast<S64>(arg++->number << spec.shift) >> spec.shift;
-      Prefix prefix;
-      U64 magnitude = static_cast<U64>(value);
-      if (value < 0) {
-        prefix.add('-');
-        magnitude = 0 - magnitude;
-      } else if (field.has(plus)) {
-        prefix.add('+');
-      } else if (field.has(space)) {
-        prefix.add(' ');
-      }
-      putDecimal(cursor, overflow, field, prefix, magnitude);
+    case Conversion::text:
+      text = value.text;
+      size = value.size;
+      if (field.precision >= 0) size = std::min(size, static_cast<std::size_t>(field.precision));
       break;
-    }
-    case Conversion::unsignedDecimal:
-      putDecimal(cursor, overflow, field, {}, arg++->number << spec.shift >> spec.shift);
-      break;
-    case Conversion::octal:
-      cursor = putOctal(cursor, overflow, field, arg++->number << spec.shift >> spec.shift);
-      break;
-    case Conversion::hexLower:
-    case Conversion::hexUpper: {
-      U64 const value = arg++->number << spec.shift >> spec.shift;
-      bool const upper = spec.conversion == Conversion::hexUpper;
-      Prefix prefix;
-      if (field.has(alternate) && value != 0) {
-        prefix.add('0');
-        prefix.add(upper ? 'X' : 'x');
-      }
-      putHex(cursor, overflow, field, prefix, value,
-             upper ? "0123456789ABCDEF" : "0123456789abcdef");
-      break;
-    }
-    case Conversion::pointer:
-      cursor = putPointer(cursor, overflow, field, arg++->number);
-      break;
-    case Conversion::character: {
-      char const byte = static_cast<char>(arg++->number);
-      putText(cursor, overflow, field, &byte, 1);
-      break;
-    }
-    case Conversion::cString: {
-      const char* text = arg++->text;
-      std::size_t size;
+    case Conversion::cString:
+      text = value.text;
       if (text != nullptr) [[likely]] {
         size = boundedSize(text, field.precision);
       } else {
         text = "(null)";
         size = field.precision < 0 || field.precision >= 6 ? 6 : 0;
       }
-      putText(cursor, overflow, field, text, size);
       break;
-    }
-    case Conversion::text: {
-      const char* const text = arg->text;
-      std::size_t size = arg++->size;
-      if (field.precision >= 0 && size > static_cast<std::size_t>(field.precision)) {
-        size = static_cast<std::size_t>(field.precision);
+    case Conversion::character:
+      byte = static_cast<char>(value.number);
+      text = &byte;
+      size = 1;
+      break;
+    case Conversion::pointer:
+      if (value.number == 0) {
+        text = "(nil)";
+        size = 5;
+        break;
       }
-      putText(cursor, overflow, field, text, size);
-      break;
-    }
+      [[fallthrough]];
+    default:
+      putNumber(cursor, overflow, field, spec, value.number);
+      return;
   }
+  putText(cursor, overflow, field, text, size);
 }
 
 /// A format that the compiler has read and checked.
@@ -406,7 +404,7 @@ struct ReadFormat {
   const Spec* specs;
   const Arg* args;
 
-  [[gnu::always_inline]] Cursor put(Cursor cursor, Overflow& overflow) const {
+  [[gnu::noinline]] Cursor put(Cursor cursor, Overflow& overflow) const {
     const Arg* arg = args;
     for (const Spec *spec = specs, *const end = specs + head.conversions; spec != end; ++spec) {
       putPiece(cursor, overflow, spec->literalBegin, spec->literalSize,
@@ -437,7 +435,7 @@ struct UnreadFormat {
   std::size_t count;
   const AssertionSite& site;
 
-  [[gnu::always_inline]] Cursor put(Cursor cursor, Overflow& overflow) const {
+  [[gnu::noinline]] Cursor put(Cursor cursor, Overflow& overflow) const {
     const char* at = text.data();
     const char* const end = at + text.size();
     const Arg* arg = args;

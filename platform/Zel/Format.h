@@ -105,9 +105,8 @@ consteval ArgKind kindOf() {
   }
 }
 
-template <class... Args>
-inline constexpr ArgKind kindsOf[sizeof...(Args) + 1] = {kindOf<std::remove_cv_t<Args>>()...,
-                                                         ArgKind::unsupported};
+template <std::size_t count>
+using KindArray = ArgKind[count == 0 ? 1 : count];
 
 /// The bytes before the first NUL of an array of `size` chars. A literal's are counted by the
 /// compiler.
@@ -121,7 +120,7 @@ inline std::size_t arraySize(const char* text, std::size_t size) noexcept {
 
 template <class T>
 inline Arg argOf(const T& value) noexcept {
-  constexpr ArgKind kind = kindOf<std::remove_cv_t<T>>();
+  constexpr ArgKind kind = kindOf<T>();
   Arg arg;
   arg.size = 0;
   if constexpr (isInteger<T>) {
@@ -175,15 +174,14 @@ class FormatString {
   const FormatDetail::Spec* specs() const noexcept { return specs_; }
 
  private:
-  static_assert(((FormatDetail::kindOf<std::remove_cv_t<Args>>() !=
-                  FormatDetail::ArgKind::unsupported) &&
-                 ...),
+  static_assert(((FormatDetail::kindOf<Args>() != FormatDetail::ArgKind::unsupported) && ...),
                 "no conversion takes an argument of this type");
 
   consteval void read(std::string_view text) {
     if (text.size() > 0xFFFF) FormatDetail::theFormatIsTooLong();
     if (text.find('\0') != text.npos) FormatDetail::theFormatHoldsANulByte();
     constexpr std::size_t count = sizeof...(Args);
+    constexpr FormatDetail::KindArray<count> kinds = {FormatDetail::kindOf<Args>()...};
     const char* const begin = text.data();
     const char* const end = begin + text.size();
     const char* literal = begin;
@@ -205,8 +203,7 @@ class FormatString {
       spec.literalSize = static_cast<U16>(at - literal);
       ++at;
       FormatDetail::compileFault(FormatDetail::readConversion(at, end, spec));
-      FormatDetail::compileFault(
-          FormatDetail::bindConversion(spec, FormatDetail::kindsOf<Args...>, count, next));
+      FormatDetail::compileFault(FormatDetail::bindConversion(spec, kinds, count, next));
       if (escapes) spec.flags = static_cast<U8>(spec.flags | FormatDetail::escapes);
       specs_[head_.conversions++] = spec;
       literal = at;
@@ -274,17 +271,16 @@ template <class... Args>
 template <class... Args>
 Halvo::String _fmt(RuntimeFormat format, const Args&... args) {
   FormatDetail::ArgArray<sizeof...(Args)> const erased = {FormatDetail::argOf(args)...};
-  return FormatDetail::formatRuntime(
-      format.text(), erased, FormatDetail::kindsOf<std::remove_cv_t<Args>...>, sizeof...(Args));
+  FormatDetail::KindArray<sizeof...(Args)> const kinds = {FormatDetail::kindOf<Args>()...};
+  return FormatDetail::formatRuntime(format.text(), erased, kinds, sizeof...(Args));
 }
 
 /// As the other _fmtAppend, for a format known only at run time; `format` may refer to `out`.
 template <class... Args>
 void _fmtAppend(Halvo::String& out, RuntimeFormat format, const Args&... args) {
   FormatDetail::ArgArray<sizeof...(Args)> const erased = {FormatDetail::argOf(args)...};
-  FormatDetail::formatAppendRuntime(out, format.text(), erased,
-                                    FormatDetail::kindsOf<std::remove_cv_t<Args>...>,
-                                    sizeof...(Args));
+  FormatDetail::KindArray<sizeof...(Args)> const kinds = {FormatDetail::kindOf<Args>()...};
+  FormatDetail::formatAppendRuntime(out, format.text(), erased, kinds, sizeof...(Args));
 }
 
 }  // namespace Zel

@@ -173,7 +173,9 @@ constexpr Fault readConversion(const char*& at, const char* end, Spec& spec) {
       break;
     case 'p':
       spec.conversion = Conversion::pointer;
-      meaningful |= zero | plus | space;
+      meaningful |= zero | plus | space | alternate;
+      flags |= alternate;
+      spec.shift = 0;
       number = false;
       break;
     case 'c':
