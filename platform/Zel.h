@@ -6,5 +6,6 @@
 #include "Zel/Enum8.h"
 #include "Zel/Error.h"
 #include "Zel/Format.h"
+#include "Zel/HashMap2018.h"
 #include "Zel/NodeType.h"
 #include "Zel/TypeModule.h"

@@ -1,0 +1,193 @@
+// HashMap2018 beside std::unordered_map, with the same keys and values.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <random>
+#include <unordered_map>
+#include <vector>
+
+#include "Halvo/Node.h"
+#include "Halvo/Ptr.h"
+#include "Zel/HashMap2018.h"
+
+namespace {
+
+using Halvo::U64;
+using Halvo::U8;
+class Record : public Halvo::Node {};
+using NodePtr = Halvo::Ptr<Record>;
+
+enum Kind : U8 {};
+
+template <class K, class V>
+struct Ours {
+  Zel::HashMap2018<K, V> map;
+  void add(K key, V value) { map.insert(key, std::move(value)); }
+  const V* find(K key) const { return map.find(key); }
+  void del(K key) { map.del(key); }
+  template <class Visit>
+  void walk(Visit visit) const {
+    for (auto [key, value] : map) visit(key, value);
+  }
+};
+template <class K, class V>
+struct Alt {
+  std::unordered_map<K, V> map;
+  void add(K key, V value) { map.emplace(key, std::move(value)); }
+  const V* find(K key) const {
+    auto const at = map.find(key);
+    return at == map.end() ? nullptr : &at->second;
+  }
+  void del(K key) { map.erase(key); }
+  template <class Visit>
+  void walk(Visit visit) const {
+    for (auto const& [key, value] : map) visit(key, value);
+  }
+};
+
+constexpr Kind kinds[] = {Kind{8},   Kind{15},  Kind{28},  Kind{36},  Kind{97},
+                          Kind{101}, Kind{116}, Kind{118}, Kind{132}, Kind{153}};
+
+template <class Map>
+Map smallMap(std::size_t count) {
+  Map map;
+  for (std::size_t i = 0; i < count; ++i) map.add(kinds[i], Halvo::makePtr<Record>());
+  return map;
+}
+
+// Lookups in a row of random keys, present or absent.
+template <class Map, bool hit>
+void smallFind(benchmark::State& state) {
+  auto const count = static_cast<std::size_t>(state.range(0));
+  Map const map = smallMap<Map>(count);
+  std::mt19937 random(1);
+  std::vector<Kind> keys(256);
+  for (auto& key : keys) {
+    Kind const kind = kinds[random() % count];
+    key = hit ? kind : static_cast<Kind>(kind + 1 + (kind == 28 || kind == 116));
+  }
+  std::size_t next = 0;
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(map.find(keys[next++ & 255]));
+  }
+}
+// Each lookup's key depends on the result of the one before: what a single lookup takes.
+template <class Map, bool hit>
+void smallFindChain(benchmark::State& state) {
+  auto const count = static_cast<std::size_t>(state.range(0));
+  Map const map = smallMap<Map>(count);
+  std::size_t next = 0;
+  for (auto _ : state) {
+    Kind const kind = static_cast<Kind>(kinds[next] + (hit ? 0 : 2));
+    const NodePtr* const found = map.find(kind);
+    benchmark::DoNotOptimize(found);
+    next = next + 1 + ((found != nullptr) != hit);
+    if (next == count) next = 0;
+  }
+}
+template <class Map>
+void smallBuild(benchmark::State& state) {
+  auto const count = static_cast<std::size_t>(state.range(0));
+  NodePtr const node = Halvo::makePtr<Record>();
+  for (auto _ : state) {
+    Map map;
+    for (std::size_t i = 0; i < count; ++i) map.add(kinds[i], node);
+    benchmark::DoNotOptimize(&map);
+  }
+}
+template <class Map>
+void smallWalk(benchmark::State& state) {
+  Map const map = smallMap<Map>(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) {
+    map.walk([](Kind key, const NodePtr& value) {
+      benchmark::DoNotOptimize(key);
+      benchmark::DoNotOptimize(value.get());
+    });
+  }
+}
+
+std::vector<U64> randomKeys(std::int64_t count, U64 seed) {
+  std::mt19937_64 random(seed);
+  std::vector<U64> keys(static_cast<std::size_t>(count));
+  for (auto& key : keys) key = random();
+  return keys;
+}
+
+template <class Map>
+void bigInsert(benchmark::State& state) {
+  auto const keys = randomKeys(state.range(0), 1);
+  for (auto _ : state) {
+    Map map;
+    for (U64 key : keys) map.add(key, key);
+    benchmark::DoNotOptimize(&map);
+    state.PauseTiming();
+    { Map const gone = std::move(map); }
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+template <class Map, bool hit>
+void bigFind(benchmark::State& state) {
+  auto keys = randomKeys(state.range(0), 1);
+  Map map;
+  for (U64 key : keys) map.add(key, key);
+  if (!hit) keys = randomKeys(state.range(0), 2);
+  std::shuffle(keys.begin(), keys.end(), std::mt19937(3));
+  for (auto _ : state) {
+    for (U64 key : keys) benchmark::DoNotOptimize(map.find(key));
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+template <class Map>
+void bigWalk(benchmark::State& state) {
+  Map map;
+  for (U64 key : randomKeys(state.range(0), 1)) map.add(key, key);
+  for (auto _ : state) {
+    U64 sum = 0;
+    map.walk([&sum](U64 key, U64 value) { sum += key ^ (value << 1); });
+    benchmark::DoNotOptimize(sum);
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+template <class Map>
+void bigDel(benchmark::State& state) {
+  auto keys = randomKeys(state.range(0), 1);
+  for (auto _ : state) {
+    state.PauseTiming();
+    Map map;
+    for (U64 key : keys) map.add(key, key);
+    std::shuffle(keys.begin(), keys.end(), std::mt19937(3));
+    state.ResumeTiming();
+    for (U64 key : keys) map.del(key);
+    benchmark::DoNotOptimize(&map);
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+using OursSmall = Ours<Kind, NodePtr>;
+using AltSmall = Alt<Kind, NodePtr>;
+using OursBig = Ours<U64, U64>;
+using AltBig = Alt<U64, U64>;
+
+void small(benchmark::internal::Benchmark* b) { b->Arg(1)->Arg(3)->Arg(10); }
+void big(benchmark::internal::Benchmark* b) {
+  b->Arg(1000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);
+}
+
+#define PAIR(bench, name, sizes, ...)                                               \
+  BENCHMARK_TEMPLATE(bench, Ours##__VA_ARGS__)->Name("BM_Ours" name)->Apply(sizes); \
+  BENCHMARK_TEMPLATE(bench, Alt##__VA_ARGS__)->Name("BM_Alt" name)->Apply(sizes)
+
+PAIR(smallFind, "SmallFindHit", small, Small, true);
+PAIR(smallFind, "SmallFindMiss", small, Small, false);
+PAIR(smallFindChain, "SmallFindChainHit", small, Small, true);
+PAIR(smallFindChain, "SmallFindChainMiss", small, Small, false);
+PAIR(smallBuild, "SmallBuildDestroy", small, Small);
+PAIR(smallWalk, "SmallWalk", small, Small);
+PAIR(bigInsert, "BigInsert", big, Big);
+PAIR(bigFind, "BigFindHit", big, Big, true);
+PAIR(bigFind, "BigFindMiss", big, Big, false);
+PAIR(bigWalk, "BigWalk", big, Big);
+PAIR(bigDel, "BigDel", big, Big);
+
+}  // namespace

@@ -1,0 +1,569 @@
+// HashMap2018: the unordered map of small memory.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <stdexcept>
+#include <type_traits>
+#include <utility>
+
+#include "Halvo/Types.h"
+#include "Sobrel.h"
+#include "Zel/HashGroup.h"
+
+namespace Zel {
+
+/// A map without order from K to V, made for very many maps of very few elements.
+///
+/// Invariant: each key is in the map once. The map itself is a pointer to its table, the number of
+/// elements and the generation, 16 bytes; a map that never held anything has no table. A table is
+/// one block of slab memory:
+///
+/// - short, up to 16 elements (256 where keys are bytes): the elements stand side by side in no
+///   order. All are compared at once, by a byte of their hash or, where keys are integers or
+///   enumerations of 8 bits, by the key itself. One such key to a pointer takes 24 bytes, ten 96.
+/// - beyond that, a power of two of groups of 15 slots, searched from the group that the hash
+/// names.
+///   There are no tombstones: a group counts the elements that it was too full to take.
+///
+/// Order of iteration is the table's: it may change with every insertion and removal.
+///
+/// What stays valid:
+/// - A pointer or reference to a value or key: until the next insertion or removal.
+/// - An iterator: for everything, until a removal that was not its own, clear(), an assignment, a
+///   move, a swap, or an insertion that makes the table grow. Then it is stale. A stale iterator
+///   still has key(), the key that it last held, and `del(iterator)` goes by that key; `++` goes on
+///   behind that key in today's table or, when the key is gone, somewhere in it (elements may be
+///   met twice or not at all); value() and `*` must not be used.
+/// - The end iterator: always.
+/// An iterator must not be used once its map is gone.
+///
+/// generation() starts at 1 and goes up by 2 with each removal of an element, each clear() (of an
+/// empty map also), assignment, move from and swap; insertions leave it alone.
+///
+/// Both K and V must be movable without throwing; neither may be aligned to more than 16 bytes. A
+/// function that throws (memory, a copy that throws) leaves the elements as they were. `Hash` may
+/// be poor: its result is mixed here. It is not used where keys are bytes.
+///
+/// One thread at a time; any number may read a map that nobody changes. Operations on a null map
+/// fault at their first read of it: there is no check.
+///
+///     Zel::HashMap2018<StageType, Halvo::Ptr<StageInfo>> stages;
+///     stages.insert(stage, Halvo::makePtr<StageInfo>(stage));
+///     if (auto* info = stages.find(stage)) (*info)->print();
+///     for (auto [key, value] : stages) value->print();
+template <class K, class V, class Hash = std::hash<K>>
+class HashMap2018 {
+  static_assert(std::is_nothrow_move_constructible_v<K> && std::is_nothrow_move_constructible_v<V>);
+  static_assert(alignof(K) <= 16 && alignof(V) <= 16);
+
+  template <bool isConst>
+  class BasicIterator;
+
+ public:
+  using Key = K;
+  using Value = V;
+  using iterator = BasicIterator<false>;
+  using const_iterator = BasicIterator<true>;
+
+  HashMap2018() noexcept = default;
+  HashMap2018(const HashMap2018& other) { copyFrom(other); }
+  HashMap2018(HashMap2018&& other) noexcept
+      : table_(std::exchange(other.table_, nullptr)), size_(std::exchange(other.size_, 0)) {
+    other.generation_ += 2;
+  }
+  HashMap2018& operator=(const HashMap2018& other) {
+    if (this != &other) {
+      HashMap2018 copy(other);
+      contentsSwap(copy);
+      generation_ += 2;
+    }
+    return *this;
+  }
+  HashMap2018& operator=(HashMap2018&& other) noexcept {
+    if (this != &other) {
+      clear();
+      contentsSwap(other);
+      other.generation_ += 2;
+    }
+    return *this;
+  }
+  ~HashMap2018() { tableRelease(); }
+  void swap(HashMap2018& other) noexcept {
+    contentsSwap(other);
+    generation_ += 2;
+    other.generation_ += 2;
+  }
+  friend void swap(HashMap2018& a, HashMap2018& b) noexcept { a.swap(b); }
+
+  U32 size() const noexcept { return size_; }
+  bool empty() const noexcept { return size_ == 0; }
+  U32 generation() const noexcept { return generation_; }
+  /// Bytes of the table, as asked for of the allocator; the map's own 16 come on top.
+  std::size_t memoryBytes() const noexcept {
+    if (table_ == nullptr) return 0;
+    return isShort() ? Short::bytes(head().capacity) : Groups::bytes(head().detail);
+  }
+
+  /// The value of `key`, null when the map has none.
+  V* find(const K& key) noexcept { return found(key); }
+  const V* find(const K& key) const noexcept { return found(key); }
+  bool has(const K& key) const noexcept { return found(key) != nullptr; }
+
+  /// Adds the element unless the key is there; then the present value stays and `value` is dropped.
+  /// Gives the value that the map now holds and whether it is the new one.
+  std::pair<V*, bool> insert(const K& key, V value) {
+    if (V* const present = found(key)) return {present, false};
+    return {add(key, std::move(value)), true};
+  }
+  std::pair<V*, bool> insert(K&& key, V value) {
+    if (V* const present = found(key)) return {present, false};
+    return {add(std::move(key), std::move(value)), true};
+  }
+  /// The value of `key`, which is added with a default value when it is not there.
+  V& getOrCreate(const K& key) {
+    if (V* const present = found(key)) return *present;
+    return *add(key, V{});
+  }
+
+  /// Removes the element; false when there is none.
+  bool del(const K& key) {
+    U32 const index = indexOf(key);
+    if (index == none) return false;
+    removeAt(index);
+    return true;
+  }
+  /// Removes the element under the iterator or, by a stale one, that of the key it last held, and
+  /// gives the iterator of the next. At the end, or when that key is gone: changes nothing, end().
+  iterator del(const const_iterator& at) {
+    if (at.index_ == none) return end();
+    U32 const index = at.isFresh() ? at.index_ : indexOf(at.key_);
+    if (index == none) return end();
+    removeAt(index);
+    return iterator(this, occupiedFrom(isShort() ? index : index + 1));
+  }
+  /// Removes the element and gives its value; V{} when there is none.
+  V take(const K& key) {
+    U32 const index = indexOf(key);
+    return index == none ? V{} : removeAt(index);
+  }
+  /// Removes all and frees the table.
+  void clear() noexcept {
+    generation_ += 2;
+    // The map is empty before the first value goes: a destructor may look at it.
+    HashMap2018 old;
+    contentsSwap(old);
+  }
+  /// Makes room for `count` elements in all; never shrinks.
+  void reserve(std::size_t count) {
+    if (count > room()) grow(count);
+  }
+
+  iterator begin() { return iterator(this, occupiedFrom(0)); }
+  iterator end() noexcept { return iterator(this); }
+  const_iterator begin() const { return const_iterator(this, occupiedFrom(0)); }
+  const_iterator end() const noexcept { return const_iterator(this); }
+
+  /// An iterator at the key; end() when it is not there.
+  iterator at(const K& key) { return iterator(this, indexOf(key)); }
+  const_iterator at(const K& key) const { return const_iterator(this, indexOf(key)); }
+
+ private:
+  static constexpr bool byteKeys = sizeof(K) == 1 && (std::is_integral_v<K> || std::is_enum_v<K>);
+  using Short = impl::ShortTable<K, V, byteKeys>;
+  using Groups = impl::GroupTable<K, V>;
+  static constexpr U32 shortest = 16;  // compared in one step
+  static constexpr U32 shortLimit = byteKeys ? 256 : shortest;
+  static constexpr U32 none = 0xFFFFFFFF;
+  static_assert(Short::valuesAt(shortLimit) <= 0xFFFF);
+
+  impl::TableHead& head() const noexcept { return *partAt<impl::TableHead>(table_, 0); }
+  bool isShort() const noexcept { return byteKeys || head().capacity != 0; }
+  template <class T>
+  static T* partAt(U8* table, std::size_t offset) noexcept {
+    return static_cast<T*>(static_cast<void*>(table + offset));
+  }
+  // Names the shape of the table: it differs between any two tables of one generation.
+  U32 shape() const noexcept {
+    return table_ == nullptr ? 0 : static_cast<U32>(head().capacity) << 16 | head().detail;
+  }
+
+  static U8 byteOf(const K& key) noexcept {
+    U8 byte;
+    std::memcpy(&byte, &key, 1);
+    return byte;
+  }
+  static U64 hashOf(const K& key) { return impl::hashMix(static_cast<U64>(Hash{}(key))); }
+  static U8 tagOf(U64 hash) noexcept { return static_cast<U8>(hash | 0x80); }
+  static U8 tagOfKey(const K& key) {
+    if constexpr (byteKeys) {
+      return byteOf(key);
+    } else {
+      return tagOf(hashOf(key));
+    }
+  }
+
+  K* shortKeys() const noexcept { return partAt<K>(table_, Short::keysAt(head().capacity)); }
+  V* shortValues() const noexcept { return partAt<V>(table_, head().detail); }
+
+  U32 lastGroup() const noexcept { return (1U << head().detail) - 1; }
+  U8* group(U32 number) const noexcept {
+    return table_ + Groups::groupsAt + number * Groups::stride;
+  }
+  static U32 homeGroup(U64 hash) noexcept { return static_cast<U32>(hash >> 7); }
+  static U32 occupied(const U8* group) noexcept {
+    return impl::bytesMarked16(group) & Groups::slotMask;
+  }
+
+  K* keyAt(U32 index) const noexcept {
+    if (isShort()) return shortKeys() + index;
+    return partAt<K>(group(index >> 4), Groups::keysAt) + (index & 15);
+  }
+  V* valueAt(U32 index) const noexcept {
+    if (isShort()) return shortValues() + index;
+    return partAt<V>(group(index >> 4), Groups::valuesAt) + (index & 15);
+  }
+  U32 shortIndexOf(const K& key) const {
+    U8 const tag = tagOfKey(key);
+    const U8* const tags = table_ + Short::tagsAt;
+    if constexpr (byteKeys) {
+      if (size_ > shortest) [[unlikely]] {
+        return farIndexOf(tag);
+      }
+    }
+    U32 hits = impl::bytesEqual16(tags, tag) & ((1U << size_) - 1);
+    if constexpr (byteKeys) {
+      return hits == 0 ? none : static_cast<U32>(std::countr_zero(hits));
+    } else {
+      for (; hits != 0; hits &= hits - 1) {
+        U32 const index = static_cast<U32>(std::countr_zero(hits));
+        if (shortKeys()[index] == key) return index;
+      }
+      return none;
+    }
+  }
+  U32 farIndexOf(U8 tag) const noexcept {
+    for (U32 from = 0; from < size_; from += 16) {
+      U32 const hits = impl::bytesEqual16(table_ + Short::tagsAt + from, tag);
+      if (hits == 0) continue;
+      U32 const index = from + static_cast<U32>(std::countr_zero(hits));
+      return index < size_ ? index : none;
+    }
+    return none;
+  }
+  U32 groupIndexOf(const K& key) const {
+    U64 const hash = hashOf(key);
+    U8 const tag = tagOf(hash);
+    U32 const last = lastGroup();
+    U32 number = homeGroup(hash) & last;
+    for (U32 step = 0; step <= last;) {
+      U8* const here = group(number);
+      const K* const keys = partAt<K>(here, Groups::keysAt);
+      for (U32 hits = impl::bytesEqual16(here, tag) & Groups::slotMask; hits != 0;
+           hits &= hits - 1) {
+        U32 const slot = static_cast<U32>(std::countr_zero(hits));
+        if (keys[slot] == key) [[likely]] {
+          return number << 4 | slot;
+        }
+      }
+      if (here[Groups::overflowAt] == 0) [[likely]] {
+        return none;
+      }
+      number = (number + ++step) & last;
+    }
+    return none;
+  }
+  U32 indexOf(const K& key) const {
+    if (table_ == nullptr) return none;
+    return isShort() ? shortIndexOf(key) : groupIndexOf(key);
+  }
+  V* found(const K& key) const noexcept {
+    if (table_ == nullptr) return nullptr;
+    if (isShort()) {
+      U32 const index = shortIndexOf(key);
+      return index == none ? nullptr : shortValues() + index;
+    }
+    U32 const index = groupIndexOf(key);
+    return index == none ? nullptr : partAt<V>(group(index >> 4), Groups::valuesAt) + (index & 15);
+  }
+  // The first element at this place of the table or behind it.
+  U32 occupiedFrom(U32 index) const noexcept {
+    if (table_ == nullptr) return none;
+    if (isShort()) return index < size_ ? index : none;
+    U32 number = index >> 4;
+    U32 const last = lastGroup();
+    if (number > last) return none;
+    U32 found = occupied(group(number)) & (none << (index & 15));
+    while (found == 0) {
+      if (++number > last) return none;
+      found = occupied(group(number));
+    }
+    return number << 4 | static_cast<U32>(std::countr_zero(found));
+  }
+
+  std::size_t room() const noexcept {
+    if (table_ == nullptr) return 0;
+    return isShort() ? head().capacity : std::size_t{Groups::fill} << head().detail;
+  }
+  // The sizes that a table goes through as it grows: few, since every step moves all elements.
+  static std::size_t nextRoom(std::size_t room) noexcept {
+    if (room < 4) return room == 0 ? 1 : 4;
+    if (room < 10) return 10;
+    if (room < 16) return 16;
+    return room + 1 <= shortLimit ? std::size_t{room * 2 < shortLimit ? room * 2 : shortLimit}
+                                  : room + 1;
+  }
+
+  // A table with room for `count` elements, without any.
+  static U8* tableFor(std::size_t count) {
+    if (count <= shortLimit) {
+      std::size_t const values = Short::valuesAt(count);
+      auto* const table = static_cast<U8*>(Sobrel::slabAlloc(Short::bytes(count)));
+      new (table) impl::TableHead{static_cast<U16>(count), static_cast<U16>(values)};
+      // The tags of free slots are compared too, though nobody looks at what comes of it.
+      std::memset(table + Short::tagsAt, 0, count <= 16 ? 16 : impl::roundUp(count, 16));
+      return table;
+    }
+    U32 logGroups = 1;
+    while (std::size_t{Groups::fill} << logGroups < count) {
+      if (++logGroups > Groups::maxLogGroups) throw std::length_error("HashMap2018");
+    }
+    return groupTable(logGroups);
+  }
+  static U8* groupTable(U32 logGroups) {
+    auto* const table = static_cast<U8*>(Sobrel::slabAlloc(Groups::bytes(logGroups)));
+    new (table) impl::TableHead{0, static_cast<U16>(logGroups)};
+    U8* tags = table + Groups::groupsAt;
+    for (std::size_t n = std::size_t{1} << logGroups; n != 0; --n, tags += Groups::stride) {
+      std::memset(tags, 0, 16);
+    }
+    return table;
+  }
+
+  // Adds an element whose key is not in the map.
+  template <class KeyArg>
+  V* add(KeyArg&& key, V&& value) {
+    if (size_ >= room()) [[unlikely]] {
+      grow(nextRoom(room()));
+    }
+    return place(std::forward<KeyArg>(key), std::move(value));
+  }
+  // As add, where there is room. Throws what copying the key does, before anything has changed.
+  template <class KeyArg>
+  V* place(KeyArg&& key, V&& value) {
+    if (isShort()) {
+      U8 const tag = tagOfKey(key);
+      U32 const index = size_;
+      if constexpr (!byteKeys) new (shortKeys() + index) K(std::forward<KeyArg>(key));
+      V* const made = new (shortValues() + index) V(std::move(value));
+      // Last, where keys are bytes: the key itself.
+      table_[Short::tagsAt + index] = tag;
+      ++size_;
+      return made;
+    }
+    U64 const hash = hashOf(key);
+    U32 const last = lastGroup();
+    U32 number = homeGroup(hash) & last;
+    U32 step = 0;
+    while (occupied(group(number)) == Groups::slotMask) number = (number + ++step) & last;
+    U8* const here = group(number);
+    U32 const slot = static_cast<U32>(std::countr_one(occupied(here)));
+    new (partAt<K>(here, Groups::keysAt) + slot) K(std::forward<KeyArg>(key));
+    V* const made = new (partAt<V>(here, Groups::valuesAt) + slot) V(std::move(value));
+    here[slot] = tagOf(hash);
+    ++size_;
+    if (step != 0) [[unlikely]] {
+      overflowAdd(hash, number, 1);
+    }
+    return made;
+  }
+  // Counts an element in or out of the groups that it did not fit in, on its way to group `to`.
+  void overflowAdd(U64 hash, U32 to, int amount) noexcept {
+    U32 const last = lastGroup();
+    U32 step = 0;
+    for (U32 number = homeGroup(hash) & last; number != to; number = (number + ++step) & last) {
+      U8& count = group(number)[Groups::overflowAt];
+      if (count != 0xFF) count = static_cast<U8>(count + amount);
+    }
+  }
+
+  // Removes the element and gives its value. When the value goes, and its destructor looks at this
+  // map, the element is gone.
+  V removeAt(U32 index) {
+    U8* const table = table_;
+    if (isShort()) {
+      K* const keys = shortKeys();
+      V* const values = shortValues();
+      V removed(std::move(values[index]));
+      U32 const last = size_ - 1;
+      std::destroy_at(values + index);
+      if constexpr (!byteKeys) std::destroy_at(keys + index);
+      if (index != last) {
+        new (values + index) V(std::move(values[last]));
+        std::destroy_at(values + last);
+        if constexpr (!byteKeys) {
+          new (keys + index) K(std::move(keys[last]));
+          std::destroy_at(keys + last);
+        }
+        table[Short::tagsAt + index] = table[Short::tagsAt + last];
+      }
+      size_ = last;
+      generation_ += 2;
+      return removed;
+    }
+    U32 const number = index >> 4;
+    U64 const hash = hashOf(*keyAt(index));
+    U8* const here = group(number);
+    K* const key = keyAt(index);
+    V* const value = valueAt(index);
+    V removed(std::move(*value));
+    std::destroy_at(value);
+    std::destroy_at(key);
+    here[index & 15] = 0;
+    --size_;
+    generation_ += 2;
+    if ((homeGroup(hash) & lastGroup()) != number) overflowAdd(hash, number, -1);
+    return removed;
+  }
+
+  // Moves all elements to a table with room for `count`.
+  void grow(std::size_t count) {
+    HashMap2018 larger;
+    larger.table_ = tableFor(count);
+    if (table_ != nullptr) {
+      for (U32 index = occupiedFrom(0); index != none; index = occupiedFrom(index + 1)) {
+        larger.place(std::move(*keyAt(index)), std::move(*valueAt(index)));
+      }
+    }
+    contentsSwap(larger);
+  }
+  void copyFrom(const HashMap2018& other) {
+    if (other.size_ == 0) return;
+    HashMap2018 copy;
+    if (other.isShort()) {
+      copy.table_ = tableFor(other.size_);
+    } else {
+      copy.table_ = groupTable(other.head().detail);
+    }
+    for (U32 index = other.occupiedFrom(0); index != none; index = other.occupiedFrom(index + 1)) {
+      copy.place(*other.keyAt(index), V(*other.valueAt(index)));
+    }
+    contentsSwap(copy);
+  }
+  void contentsSwap(HashMap2018& other) noexcept {
+    std::swap(table_, other.table_);
+    std::swap(size_, other.size_);
+  }
+  void tableRelease() noexcept {
+    if (table_ == nullptr) return;
+    if (isShort()) {
+      std::destroy_n(shortValues(), size_);
+      if constexpr (!byteKeys) std::destroy_n(shortKeys(), size_);
+    } else if constexpr (!std::is_trivially_destructible_v<K> ||
+                         !std::is_trivially_destructible_v<V>) {
+      for (U32 index = occupiedFrom(0); index != none; index = occupiedFrom(index + 1)) {
+        std::destroy_at(valueAt(index));
+        std::destroy_at(keyAt(index));
+      }
+    }
+    Sobrel::slabFree(table_, memoryBytes());
+  }
+
+  U8* table_ = nullptr;
+  U32 size_ = 0;
+  U32 generation_ = 1;
+};
+
+/// Stands at an element, or at the end. See the map for what makes it stale.
+template <class K, class V, class Hash>
+template <bool isConst>
+class HashMap2018<K, V, Hash>::BasicIterator {
+  using Map = std::conditional_t<isConst, const HashMap2018, HashMap2018>;
+  using MapValue = std::conditional_t<isConst, const V, V>;
+
+ public:
+  /// An element as range-for sees it: references into the table.
+  struct Item {
+    const K& key;
+    MapValue& value;
+  };
+  using iterator_category = std::input_iterator_tag;
+  using value_type = Item;
+  using difference_type = std::ptrdiff_t;
+  using reference = Item;
+  using pointer = void;
+
+  template <bool otherIsConst>
+  requires(isConst && !otherIsConst) BasicIterator(const BasicIterator<otherIsConst>& other)
+      : map_(other.map_),
+        generation_(other.generation_),
+        shape_(other.shape_),
+        index_(other.index_),
+        key_(other.key_) {}
+  BasicIterator(const BasicIterator&) = default;
+  BasicIterator(BasicIterator&&) noexcept = default;
+  BasicIterator& operator=(const BasicIterator&) = default;
+  BasicIterator& operator=(BasicIterator&&) noexcept = default;
+  ~BasicIterator() = default;
+
+  /// The key that the iterator holds, a copy of its own; the default key at the end.
+  const K& key() const noexcept { return key_; }
+  MapValue& value() const noexcept { return *map_->valueAt(index_); }
+  Item operator*() const noexcept { return {*map_->keyAt(index_), value()}; }
+  U32 generation() const noexcept { return generation_; }
+  /// Whether the iterator is not stale.
+  bool isFresh() const noexcept {
+    return index_ == none || (generation_ == map_->generation_ && shape_ == map_->shape());
+  }
+
+  BasicIterator& operator++() {
+    U32 from = index_ + 1;
+    if (!isFresh()) [[unlikely]] {
+      U32 const today = map_->indexOf(key_);
+      from = today == none ? index_ : today + 1;
+      generation_ = map_->generation_;
+      shape_ = map_->shape();
+    }
+    standAt(map_->occupiedFrom(from));
+    return *this;
+  }
+  BasicIterator operator++(int) {
+    BasicIterator const before(*this);
+    ++*this;
+    return before;
+  }
+  /// Whether both stand at the same place.
+  friend bool operator==(const BasicIterator& a, const BasicIterator& b) noexcept {
+    return a.index_ == b.index_;
+  }
+
+ private:
+  friend HashMap2018;
+  friend BasicIterator<true>;
+  explicit BasicIterator(Map* map) noexcept : map_(map) {}
+  BasicIterator(Map* map, U32 index)
+      : map_(map), generation_(map->generation_), shape_(map->shape()) {
+    standAt(index);
+  }
+  void standAt(U32 index) {
+    index_ = index;
+    if (index != none) {
+      key_ = *map_->keyAt(index);
+    } else {
+      key_ = K{};
+    }
+  }
+
+  Map* map_;
+  U32 generation_ = 0;
+  U32 shape_ = 0;
+  U32 index_ = none;
+  K key_{};
+};
+
+static_assert(sizeof(HashMap2018<U8, void*>) == 16);
+
+}  // namespace Zel

@@ -1,0 +1,438 @@
+#include "Zel/HashMap2018.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <new>
+#include <random>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "FailingNew.h"
+#include "Halvo/Node.h"
+#include "Halvo/Ptr.h"
+#include "Halvo/String.h"
+
+namespace {
+
+using Halvo::String;
+using Halvo::U16;
+using Halvo::U32;
+using Halvo::U64;
+using Halvo::U8;
+using Zel::HashMap2018;
+
+enum Kind : U8 { kindNone = 0, kindSome = 8, kindOther = 20, kindLast = 255 };
+
+// Counts itself and carries a number; copying throws on demand.
+struct Counted {
+  static int live;
+  static int copiesLeft;  // below zero: any number
+  explicit Counted(int n = 0) : number(n) { ++live; }
+  Counted(const Counted& other) : number(other.number) {
+    if (copiesLeft == 0) throw std::runtime_error("copy");
+    if (copiesLeft > 0) --copiesLeft;
+    ++live;
+  }
+  Counted(Counted&& other) noexcept : number(std::exchange(other.number, -1)) { ++live; }
+  Counted& operator=(const Counted&) = default;
+  Counted& operator=(Counted&&) = default;
+  ~Counted() { --live; }
+  friend bool operator==(const Counted& a, const Counted& b) { return a.number == b.number; }
+  int number;
+};
+int Counted::live = 0;
+int Counted::copiesLeft = -1;
+
+struct CountedHash {
+  std::size_t operator()(const Counted& key) const { return static_cast<std::size_t>(key.number); }
+};
+struct SameHash {
+  std::size_t operator()(U64) const { return 42; }
+};
+struct FewHashes {
+  std::size_t operator()(U64 key) const { return key % 3; }
+};
+
+template <class Map>
+std::vector<typename Map::Key> keysOf(const Map& map) {
+  std::vector<typename Map::Key> keys;
+  for (auto [key, value] : map) keys.push_back(key);
+  std::sort(keys.begin(), keys.end());
+  return keys;
+}
+
+TEST(HashMap2018, IsSixteenBytesAndAllocatesNothingWhileEmpty) {
+  HashMap2018<Kind, Halvo::Ptr<Halvo::Node>> map;
+  static_assert(sizeof map == 16);
+  EXPECT_EQ(map.memoryBytes(), 0U);
+  EXPECT_EQ(map.find(kindSome), nullptr);
+  EXPECT_FALSE(map.del(kindSome));
+  EXPECT_EQ(map.take(kindSome), nullptr);
+  EXPECT_TRUE(map.begin() == map.end());
+  EXPECT_EQ(map.generation(), 1U);
+  EXPECT_EQ(map.memoryBytes(), 0U);
+}
+
+TEST(HashMap2018, KeepsSmallTablesSmall) {
+  HashMap2018<Kind, void*> one;
+  one.insert(kindSome, nullptr);
+  EXPECT_LE(one.memoryBytes(), 24U);
+  HashMap2018<U8, void*> ten;
+  for (U8 i = 0; i < 10; ++i) ten.insert(i, nullptr);
+  EXPECT_LE(ten.memoryBytes(), 96U);
+  HashMap2018<U16, U8> ports;
+  for (U16 i = 0; i < 10; ++i) ports.insert(i, U8{1});
+  EXPECT_LE(ports.memoryBytes(), 48U);
+  HashMap2018<U8, void*> exact;
+  exact.reserve(7);
+  EXPECT_LE(exact.memoryBytes(), 72U);
+}
+
+TEST(HashMap2018, InsertKeepsThePresentValue) {
+  HashMap2018<U8, int> map;
+  auto [first, isNew] = map.insert(3, 30);
+  EXPECT_TRUE(isNew);
+  EXPECT_EQ(*first, 30);
+  auto [second, isNewAgain] = map.insert(3, 31);
+  EXPECT_FALSE(isNewAgain);
+  EXPECT_EQ(second, first);
+  EXPECT_EQ(*second, 30);
+  EXPECT_EQ(map.size(), 1U);
+  map.getOrCreate(3) = 32;
+  EXPECT_EQ(*map.find(3), 32);
+  EXPECT_EQ(map.getOrCreate(4), 0);
+  EXPECT_EQ(map.size(), 2U);
+  EXPECT_EQ(map.generation(), 1U);
+}
+
+TEST(HashMap2018, HoldsEveryByteKey) {
+  HashMap2018<U8, int> map;
+  for (int i = 0; i < 256; ++i) {
+    for (int key = 0; key < 256; ++key) {
+      ASSERT_EQ(map.has(static_cast<U8>(key * 37)), key < i) << i << ' ' << key;
+    }
+    map.insert(static_cast<U8>(i * 37), i);
+  }
+  EXPECT_EQ(map.size(), 256U);
+  for (int i = 0; i < 256; ++i) EXPECT_EQ(*map.find(static_cast<U8>(i * 37)), i);
+}
+
+TEST(HashMap2018, GenerationCountsRealRemovals) {
+  HashMap2018<U16, int> map;
+  map.insert(1, 1);
+  EXPECT_FALSE(map.del(2));
+  EXPECT_EQ(map.take(2), 0);
+  EXPECT_EQ(map.generation(), 1U);
+  EXPECT_TRUE(map.del(1));
+  EXPECT_EQ(map.generation(), 3U);
+  map.clear();
+  EXPECT_EQ(map.generation(), 5U);
+  map.insert(1, 7);
+  EXPECT_EQ(map.take(1), 7);
+  EXPECT_EQ(map.generation(), 7U);
+  map.insert(2, 7);
+  EXPECT_TRUE(map.del(map.begin()) == map.end());
+  EXPECT_EQ(map.generation(), 9U);
+  EXPECT_TRUE(map.del(map.end()) == map.end());
+  EXPECT_EQ(map.generation(), 9U);
+}
+
+TEST(HashMap2018, DeletesThroughIteratorsMeetingEachElementOnce) {
+  struct Row {
+    int count;
+    int keepEvery;
+  } rows[] = {{1, 1}, {3, 2}, {10, 3}, {16, 2}, {17, 2}, {400, 1}, {400, 5}, {400, 1000}};
+  for (auto const& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.count << '/' << row.keepEvery);
+    HashMap2018<U64, int> map;
+    for (int i = 1; i <= row.count; ++i) map.insert(static_cast<U64>(i), i);
+    std::map<U64, int> met;
+    int kept = 0;
+    for (auto it = map.begin(); it != map.end();) {
+      ++met[it.key()];
+      if (it.key() % static_cast<U64>(row.keepEvery) == 0) {
+        ++kept;
+        ++it;
+      } else {
+        it = map.del(it);
+      }
+    }
+    EXPECT_EQ(met.size(), static_cast<std::size_t>(row.count));
+    for (auto [key, times] : met) EXPECT_EQ(times, 1) << key;
+    EXPECT_EQ(map.size(), static_cast<U32>(kept));
+  }
+}
+
+TEST(HashMap2018, StaleIteratorGoesByItsKey) {
+  for (int count : {5, 200}) {
+    SCOPED_TRACE(count);
+    HashMap2018<U64, int> map;
+    for (int i = 0; i < count; ++i) map.insert(static_cast<U64>(i), i);
+    auto it = map.at(3);
+    auto const gone = map.at(2);
+    map.del(0);
+    EXPECT_FALSE(it.isFresh());
+    EXPECT_EQ(it.key(), 3U);
+    map.del(it);
+    EXPECT_FALSE(map.has(3));
+    EXPECT_EQ(map.size(), static_cast<U32>(count - 2));
+    map.del(2);
+    auto const generation = map.generation();
+    EXPECT_TRUE(map.del(gone) == map.end());
+    EXPECT_EQ(map.generation(), generation);
+  }
+}
+
+TEST(HashMap2018, IteratorIsStaleOnceTheTableGrew) {
+  HashMap2018<String, int> map;
+  map.insert("a", 1);
+  auto it = map.begin();
+  for (int i = 0; i < 100; ++i) map.insert(String(std::to_string(i)), i);
+  EXPECT_FALSE(it.isFresh());
+  map.del(it);
+  EXPECT_FALSE(map.has("a"));
+  EXPECT_EQ(map.size(), 100U);
+  it = map.at("50");
+  map.reserve(10'000);
+  EXPECT_FALSE(it.isFresh());
+  std::size_t behind = 0;
+  for (++it; it != map.end(); ++it) ++behind;
+  EXPECT_LT(behind, 100U);
+  EXPECT_TRUE(it.isFresh());
+}
+
+TEST(HashMap2018, SwapAndAssignmentMakeIteratorsStale) {
+  HashMap2018<U8, int> a;
+  HashMap2018<U8, int> b;
+  a.insert(1, 10);
+  b.insert(2, 20);
+  auto const at = a.begin();
+  swap(a, b);
+  EXPECT_FALSE(at.isFresh());
+  EXPECT_EQ(a.generation(), 3U);
+  EXPECT_EQ(*a.find(2), 20);
+  a = b;
+  EXPECT_EQ(a.generation(), 5U);
+  EXPECT_EQ(*a.find(1), 10);
+  EXPECT_EQ(a.size(), 1U);
+  HashMap2018<U8, int> c(std::move(a));
+  EXPECT_TRUE(a.empty());
+  EXPECT_EQ(a.generation(), 7U);
+  EXPECT_EQ(*c.find(1), 10);
+  b = std::move(c);
+  EXPECT_EQ(*b.find(1), 10);
+  HashMap2018<U8, int>& same = b;
+  b = same;
+  EXPECT_EQ(b.size(), 1U);
+}
+
+TEST(HashMap2018, TakesRemovesAndCopiesCountedObjects) {
+  ASSERT_EQ(Counted::live, 0);
+  for (int count : {1, 10, 16, 17, 500}) {
+    HashMap2018<U32, Counted> map;
+    for (int i = 0; i < count; ++i) map.insert(static_cast<U32>(i), Counted(i));
+    EXPECT_EQ(Counted::live, count);
+    HashMap2018<U32, Counted> copy(map);
+    EXPECT_EQ(Counted::live, 2 * count);
+    EXPECT_EQ(copy.take(0).number, 0);
+    EXPECT_EQ(Counted::live, 2 * count - 1);
+    EXPECT_TRUE(map.del(0));
+    EXPECT_EQ(Counted::live, 2 * count - 2);
+    EXPECT_EQ(keysOf(map), keysOf(copy));
+    map.clear();
+    EXPECT_EQ(Counted::live, count - 1);
+    EXPECT_EQ(map.memoryBytes(), 0U);
+  }
+  EXPECT_EQ(Counted::live, 0);
+}
+
+TEST(HashMap2018, ThrowingCopiesLeaveTheMapAsItWas) {
+  using Map = HashMap2018<Counted, Counted, CountedHash>;
+  {
+    Map map;
+    for (int i = 0; i < 40; ++i) {
+      Counted const key(i);
+      Counted::copiesLeft = 0;
+      EXPECT_THROW(map.insert(key, Counted(i)), std::runtime_error);
+      EXPECT_FALSE(map.has(key));
+      EXPECT_EQ(map.size(), static_cast<U32>(i));
+      EXPECT_THROW(map.getOrCreate(key), std::runtime_error);
+      Counted::copiesLeft = -1;
+      map.insert(key, Counted(i));
+    }
+    int const live = Counted::live;
+    for (int copies : {0, 1, 20, 77}) {
+      Counted::copiesLeft = copies;
+      EXPECT_THROW(Map{map}, std::runtime_error);
+      EXPECT_EQ(Counted::live, live);
+    }
+    Counted::copiesLeft = -1;
+    Map other;
+    other.insert(Counted(7), Counted(8));
+    Counted::copiesLeft = 5;
+    EXPECT_THROW(other = map, std::runtime_error);
+    Counted::copiesLeft = -1;
+    EXPECT_EQ(other.size(), 1U);
+    EXPECT_EQ(other.find(Counted(7))->number, 8);
+  }
+  EXPECT_EQ(Counted::live, 0);
+}
+
+TEST(HashMap2018, FailedAllocationLeavesTheMapAsItWas) {
+  HashMap2018<U64, Counted> map;
+  U64 next = 0;
+  for (int failures = 0; failures < 6; ++next) {
+    auto const before = keysOf(map);
+    auto const bytes = map.memoryBytes();
+    memoryIsOut = true;
+    bool failed = false;
+    try {
+      map.insert(next, Counted(1));
+    } catch (const std::bad_alloc&) {
+      failed = true;
+    }
+    memoryIsOut = false;
+    if (!failed) continue;
+    ++failures;
+    EXPECT_EQ(keysOf(map), before);
+    EXPECT_EQ(map.memoryBytes(), bytes);
+    EXPECT_EQ(Counted::live, static_cast<int>(before.size()));
+    map.insert(next, Counted(1));
+  }
+  EXPECT_EQ(map.size(), next);
+  EXPECT_THROW(map.reserve(std::size_t{1} << 36), std::length_error);
+}
+
+TEST(HashMap2018, ValueMayLookAtTheMapAsItGoes) {
+  struct Looker : Halvo::Node {
+    HashMap2018<U8, Halvo::Ptr<Looker>>* map = nullptr;
+    U32* seen = nullptr;
+    ~Looker() override { *seen = map->size() + (map->has(1) ? 100 : 0); }
+  };
+  HashMap2018<U8, Halvo::Ptr<Looker>> map;
+  U32 seen = 99;
+  auto const add = [&](U8 key) {
+    auto looker = Halvo::makePtr<Looker>();
+    looker->map = &map;
+    looker->seen = &seen;
+    map.insert(key, std::move(looker));
+  };
+  add(1);
+  add(2);
+  map.del(1);
+  EXPECT_EQ(seen, 1U);
+  map.del(map.begin());
+  EXPECT_EQ(seen, 0U);
+  add(1);
+  map.clear();
+  EXPECT_EQ(seen, 0U);
+}
+
+TEST(HashMap2018, KeyOfItsOwnElementMayBeGiven) {
+  for (int count : {3, 100}) {
+    HashMap2018<String, String> map;
+    for (int i = 0; i < count; ++i) map.insert(String(std::to_string(i)), String("v"));
+    while (!map.empty()) {
+      auto const item = *map.begin();
+      ASSERT_TRUE(map.del(item.key));
+    }
+  }
+}
+
+TEST(HashMap2018, EqualHashesWorkAndChurnDoesNotDegradeTheTable) {
+  HashMap2018<U64, U64, SameHash> same;
+  for (U64 i = 0; i < 2000; ++i) ASSERT_TRUE(same.insert(i, i).second);
+  for (U64 i = 0; i < 2000; ++i) ASSERT_EQ(*same.find(i), i);
+  EXPECT_EQ(same.find(2000), nullptr);
+  for (U64 i = 0; i < 2000; i += 2) ASSERT_TRUE(same.del(i));
+  for (U64 i = 0; i < 2000; ++i) ASSERT_EQ(same.has(i), i % 2 == 1);
+
+  HashMap2018<U64, U64> churned;
+  for (U64 i = 0; i < 100; ++i) churned.insert(i, i);
+  auto const bytes = churned.memoryBytes();
+  for (U64 i = 0; i < 200'000; ++i) {
+    ASSERT_TRUE(churned.del(i));
+    ASSERT_TRUE(churned.insert(i + 100, i).second);
+  }
+  EXPECT_EQ(churned.memoryBytes(), bytes);
+}
+
+// A long random life beside an oracle; `makeKey` turns a random number to a key.
+template <class K, class Hash, class MakeKey>
+void liveRandomly(int steps, U32 keyRange, MakeKey makeKey) {
+  using Map = HashMap2018<K, U64, Hash>;
+  std::mt19937 engine(keyRange);
+  auto const random = [&engine] { return static_cast<U32>(engine()); };
+  Map map;
+  std::unordered_map<std::string, U64> oracle;
+  U32 generation = 1;
+  auto const nameOf = [](U32 n) { return std::to_string(n); };
+  U64 value = 0;
+  for (int step = 0; step < steps; ++step) {
+    U32 const n = random() % keyRange;
+    K const key = makeKey(n);
+    std::string const name = nameOf(n);
+    // Phases of growing and of shrinking.
+    U32 const what = random() % 10 + (step / 3000 % 2 == 0 ? 0 : 3);
+    if (what < 5) {
+      bool const isNew = oracle.emplace(name, ++value).second;
+      auto const [at, inserted] = map.insert(key, value);
+      ASSERT_EQ(inserted, isNew);
+      ASSERT_EQ(*at, oracle[name]);
+    } else if (what < 7) {
+      auto const at = oracle.find(name);
+      const U64* const found = map.find(key);
+      ASSERT_EQ(found != nullptr, at != oracle.end());
+      ASSERT_TRUE(found == nullptr || *found == at->second);
+    } else if (what < 10) {
+      bool const was = oracle.erase(name) != 0;
+      if (was) generation += 2;
+      ASSERT_EQ(map.del(key), was);
+    } else if (what == 10) {
+      auto const at = oracle.find(name);
+      U64 const expected = at == oracle.end() ? 0 : at->second;
+      if (at != oracle.end()) {
+        oracle.erase(at);
+        generation += 2;
+      }
+      ASSERT_EQ(map.take(key), expected);
+    } else if (what == 11) {
+      auto const at = map.at(key);
+      ASSERT_EQ(at != map.end(), oracle.count(name) != 0);
+      if (at == map.end()) continue;
+      map.del(at);
+      oracle.erase(name);
+      generation += 2;
+    }
+    if (step % 10'000 == 0) {
+      Map copy(map);
+      U32 met = 0;
+      for (auto const& item : copy) {
+        ASSERT_EQ(*map.find(item.key), item.value);
+        ++met;
+      }
+      ASSERT_EQ(met, oracle.size());
+    }
+    ASSERT_EQ(map.size(), oracle.size());
+    ASSERT_EQ(map.generation(), generation);
+  }
+}
+
+TEST(HashMap2018, AgreesWithAnOracleForManySteps) {
+  liveRandomly<U8, std::hash<U8>>(200'000, 12, [](U32 n) { return static_cast<U8>(n * 17); });
+  liveRandomly<U8, std::hash<U8>>(200'000, 256, [](U32 n) { return static_cast<U8>(n); });
+  liveRandomly<U16, std::hash<U16>>(150'000, 14, [](U32 n) { return static_cast<U16>(n * 999); });
+  liveRandomly<U64, std::hash<U64>>(250'000, 5000, [](U32 n) { return U64{n} << 40; });
+  liveRandomly<String, std::hash<String>>(100'000, 300, [](U32 n) {
+    return String(std::to_string(n)) + (n % 5 == 0 ? String(70, 'x') : String());
+  });
+  liveRandomly<U64, SameHash>(60'000, 60, [](U32 n) { return U64{n}; });
+  liveRandomly<U64, FewHashes>(60'000, 400, [](U32 n) { return U64{n}; });
+}
+
+}  // namespace
