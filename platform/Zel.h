@@ -8,4 +8,5 @@
 #include "Zel/Format.h"
 #include "Zel/HashMap2018.h"
 #include "Zel/NodeType.h"
+#include "Zel/Trace.h"
 #include "Zel/TypeModule.h"
