@@ -7,6 +7,7 @@
 #include "Zel/Error.h"
 #include "Zel/Format.h"
 #include "Zel/HashMap2018.h"
+#include "Zel/Log.h"
 #include "Zel/NodeType.h"
 #include "Zel/Trace.h"
 #include "Zel/TypeModule.h"

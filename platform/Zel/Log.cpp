@@ -1,0 +1,181 @@
+#include "Zel/Log.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <cstring>
+#include <iterator>
+#include <mutex>
+#include <utility>
+
+#include "Zel/Assert.h"
+#include "Zel/LineText.h"
+
+namespace Zel {
+
+namespace {
+
+constinit std::mutex listLock;  // guards the list of handles
+constinit LogHandle* firstHandle = nullptr;
+constinit LogHandle* lastHandle = nullptr;
+
+constinit std::mutex logLock;  // guards the limiters and the sink, and is held while it runs
+constinit LogSink sink = nullptr;
+constinit void* sinkContext = nullptr;
+
+constexpr AssertionSite badFormat{"isLogFormat(descriptor.format)", "platform/Zel/Log", 0,
+                                  "void Zel::LogHandle::log(const Halvo::String&)"};
+
+Halvo::String filled(const char* format, std::string_view argument) {
+  Halvo::String text;
+  text.reserve(std::strlen(format) + argument.size());
+  for (const char* at = format; *at != '\0'; ++at) {
+    if (*at != '%') {
+      text += *at;
+    } else if (*++at == 's') {
+      text += argument;
+    } else {
+      text += '%';
+    }
+  }
+  return text;
+}
+
+void appendNumber(Halvo::String& out, U64 number) {
+  char digits[20];
+  auto const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
+  out.append(digits, static_cast<std::size_t>(end - digits));
+}
+
+void writeLine(const LogRecord& record) {
+  Halvo::String line;
+  line.reserve(record.text.size() + 80);
+  line += '%';
+  appendOneLine(line, record.key);
+  line += '-';
+  appendNumber(line, record.severity);
+  line += ": ";
+  appendOneLine(line, record.text);
+  if (record.suppressed != 0) {
+    line += " (";
+    appendNumber(line, record.suppressed);
+    line += " more like it suppressed)";
+  }
+  line += '\n';
+  writeToStandardError(line);
+}
+
+S64 steadyNow() noexcept {
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(
+             std::chrono::steady_clock::now().time_since_epoch())
+      .count();
+}
+
+class ErrnoKeeper {
+ public:
+  ErrnoKeeper() noexcept : kept_(errno) {}
+  ErrnoKeeper(const ErrnoKeeper&) = delete;
+  ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
+  ~ErrnoKeeper() { errno = kept_; }
+
+ private:
+  int kept_;
+};
+
+}  // namespace
+
+bool LogLimiter::admit(S64 now) noexcept {
+  if (limit_ != 0 && passed_ == limit_) {
+    ++suppressed_;
+    return false;
+  }
+  if (interval_ > 0) {
+    if (opened_ && now - windowBegin_ < windowSize_) {
+      if (inWindow_ > burst_) {
+        windowHeld_ = true;
+        ++suppressed_;
+        return false;
+      }
+      ++inWindow_;
+    } else {
+      constexpr S64 hour = 3'600'000'000'000;
+      // A message that comes long after the window found quiet, so the next starts small again.
+      bool const grows = opened_ && windowHeld_ && now - windowBegin_ - windowSize_ < windowSize_;
+      S64 const largest = std::max(interval_, hour);
+      double const grown = static_cast<double>(windowSize_) * growth_;
+      if (!grows) {
+        windowSize_ = interval_;
+      } else if (grown < static_cast<double>(largest)) {
+        windowSize_ = static_cast<S64>(grown);
+      } else {
+        windowSize_ = largest;
+      }
+      opened_ = true;
+      windowBegin_ = now;
+      inWindow_ = 1;
+      windowHeld_ = false;
+    }
+  }
+  if (limit_ != 0) ++passed_;
+  return true;
+}
+
+U64 LogLimiter::takeSuppressed() noexcept { return std::exchange(suppressed_, 0); }
+
+LogHandle::LogHandle(const LogDescriptor& descriptor, Halvo::Duration interval, double growth,
+                     int burst, int limit) noexcept
+    : descriptor_(descriptor), limiter_(interval, growth, burst, limit) {
+  std::lock_guard<std::mutex> const guard(listLock);
+  (lastHandle == nullptr ? firstHandle : lastHandle->next_) = this;
+  lastHandle = this;
+}
+
+LogHandle::~LogHandle() {
+  std::lock_guard<std::mutex> const guard(listLock);
+  LogHandle* before = nullptr;
+  LogHandle** link = &firstHandle;
+  while (*link != this) {
+    before = *link;
+    link = &before->next_;
+  }
+  *link = next_;
+  if (lastHandle == this) lastHandle = before;
+}
+
+void LogHandle::log(const Halvo::String& argument) {
+  assertThat(isLogFormat(descriptor_.format), badFormat);
+  ErrnoKeeper const keeper;
+  Halvo::String const text = filled(descriptor_.format, argument);
+  std::lock_guard<std::mutex> const guard(logLock);
+  if (!limiter_.admit(steadyNow())) return;
+  LogRecord const record{.key = descriptor_.key,
+                         .severity = descriptor_.severity,
+                         .text = text,
+                         .explanation = descriptor_.explanation,
+                         .codeString = descriptor_.codeString,
+                         .suppressed = limiter_.takeSuppressed()};
+  if (sink != nullptr) {
+    sink(record, sinkContext);
+  } else {
+    writeLine(record);
+  }
+}
+
+void LogHandle::sinkIs(LogSink newSink, void* context) noexcept {
+  std::lock_guard<std::mutex> const guard(logLock);
+  sink = newSink;
+  sinkContext = context;
+}
+
+const LogHandle* LogHandle::first() noexcept {
+  std::lock_guard<std::mutex> const guard(listLock);
+  return firstHandle;
+}
+
+const LogHandle* LogHandle::next() const noexcept {
+  std::lock_guard<std::mutex> const guard(listLock);
+  return next_;
+}
+
+}  // namespace Zel
