@@ -89,6 +89,9 @@ template <class Map>
 void smallBuild(benchmark::State& state) {
   auto const count = static_cast<std::size_t>(state.range(0));
   NodePtr const node = Halvo::makePtr<Record>();
+  // Others of their kind live on, as in a process that holds many.
+  std::vector<Map> others;
+  for (std::size_t n = 1; n <= 10; ++n) others.push_back(smallMap<Map>(n));
   for (auto _ : state) {
     Map map;
     for (std::size_t i = 0; i < count; ++i) map.add(kinds[i], node);
@@ -104,6 +107,42 @@ void smallWalk(benchmark::State& state) {
       benchmark::DoNotOptimize(value.get());
     });
   }
+}
+
+// Ten thousand maps one after the other, as a walk over all shadows meets them: not in the cache.
+template <class Map>
+std::vector<Map> manyMaps(std::size_t count) {
+  std::vector<Map> maps(10'000);
+  std::vector<Map> apart;
+  std::mt19937 random(5);
+  for (auto& map : maps) {
+    map = smallMap<Map>(count);
+    if (random() % 2 == 0) apart.push_back(smallMap<Map>(count));
+  }
+  std::shuffle(maps.begin(), maps.end(), random);
+  return maps;
+}
+template <class Map>
+void coldFind(benchmark::State& state) {
+  auto const count = static_cast<std::size_t>(state.range(0));
+  std::vector<Map> const maps = manyMaps<Map>(count);
+  for (auto _ : state) {
+    for (const Map& map : maps) benchmark::DoNotOptimize(map.find(kinds[count / 2]));
+  }
+  state.SetItemsProcessed(state.iterations() * 10'000);
+}
+template <class Map>
+void coldWalk(benchmark::State& state) {
+  std::vector<Map> const maps = manyMaps<Map>(static_cast<std::size_t>(state.range(0)));
+  for (auto _ : state) {
+    for (const Map& map : maps) {
+      map.walk([](Kind key, const NodePtr& value) {
+        benchmark::DoNotOptimize(key);
+        benchmark::DoNotOptimize(value.get());
+      });
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * 10'000);
 }
 
 std::vector<U64> randomKeys(std::int64_t count, U64 seed) {
@@ -184,6 +223,8 @@ PAIR(smallFindChain, "SmallFindChainHit", small, Small, true);
 PAIR(smallFindChain, "SmallFindChainMiss", small, Small, false);
 PAIR(smallBuild, "SmallBuildDestroy", small, Small);
 PAIR(smallWalk, "SmallWalk", small, Small);
+PAIR(coldFind, "TenThousandFind", small, Small);
+PAIR(coldWalk, "TenThousandWalk", small, Small);
 PAIR(bigInsert, "BigInsert", big, Big);
 PAIR(bigFind, "BigFindHit", big, Big, true);
 PAIR(bigFind, "BigFindMiss", big, Big, false);

@@ -116,16 +116,16 @@ class HashMap2018 {
   /// Adds the element unless the key is there; then the present value stays and `value` is dropped.
   /// Gives the value that the map now holds and whether it is the new one.
   std::pair<V*, bool> insert(const K& key, V value) {
-    if (V* const present = found(key)) return {present, false};
+    if (V* const present = foundBeforeInsert(key)) return {present, false};
     return {add(key, std::move(value)), true};
   }
   std::pair<V*, bool> insert(K&& key, V value) {
-    if (V* const present = found(key)) return {present, false};
+    if (V* const present = foundBeforeInsert(key)) return {present, false};
     return {add(std::move(key), std::move(value)), true};
   }
   /// The value of `key`, which is added with a default value when it is not there.
   V& getOrCreate(const K& key) {
-    if (V* const present = found(key)) return *present;
+    if (V* const present = foundBeforeInsert(key)) return *present;
     return *add(key, V{});
   }
 
@@ -289,19 +289,44 @@ class HashMap2018 {
     U32 const index = groupIndexOf(key);
     return index == none ? nullptr : partAt<V>(group(index >> 4), Groups::valuesAt) + (index & 15);
   }
+  // As found, for few keys one by one: the last of them may have been written just now, and a wide
+  // load would wait for that store.
+  V* foundBeforeInsert(const K& key) const noexcept {
+    if constexpr (byteKeys) {
+      if (size_ <= 8) {
+        U8 const byte = byteOf(key);
+        for (U32 i = 0; i < size_; ++i) {
+          if (table_[Short::tagsAt + i] == byte) return shortValues() + i;
+        }
+        return nullptr;
+      }
+    }
+    return found(key);
+  }
   // The first element at this place of the table or behind it.
   U32 occupiedFrom(U32 index) const noexcept {
     if (table_ == nullptr) return none;
     if (isShort()) return index < size_ ? index : none;
+    return groupOccupiedFrom(index);
+  }
+  U32 groupOccupiedFrom(U32 index) const noexcept {
     U32 number = index >> 4;
     U32 const last = lastGroup();
     if (number > last) return none;
-    U32 found = occupied(group(number)) & (none << (index & 15));
+    const U8* here = group(number);
+    U32 found = occupied(here) & (none << (index & 15));
     while (found == 0) {
-      if (++number > last) return none;
-      found = occupied(group(number));
+      if (number == last) return none;
+      ++number;
+      here += Groups::stride;
+      found = occupied(here);
     }
     return number << 4 | static_cast<U32>(std::countr_zero(found));
+  }
+  // Where a stale iterator goes on that stood at this place and key.
+  [[gnu::noinline]] U32 resumed(const K& key, U32 index) const {
+    U32 const today = indexOf(key);
+    return occupiedFrom(today == none ? index : today + 1);
   }
 
   std::size_t room() const noexcept {
@@ -324,7 +349,7 @@ class HashMap2018 {
       auto* const table = static_cast<U8*>(Sobrel::slabAlloc(Short::bytes(count)));
       new (table) impl::TableHead{static_cast<U16>(count), static_cast<U16>(values)};
       // The tags of free slots are compared too, though nobody looks at what comes of it.
-      std::memset(table + Short::tagsAt, 0, count <= 16 ? 16 : impl::roundUp(count, 16));
+      for (std::size_t i = 0; i < count; i += 16) std::memset(table + Short::tagsAt + i, 0, 16);
       return table;
     }
     U32 logGroups = 1;
@@ -430,15 +455,34 @@ class HashMap2018 {
   }
 
   // Moves all elements to a table with room for `count`.
-  void grow(std::size_t count) {
+  [[gnu::noinline]] void grow(std::size_t count) {
     HashMap2018 larger;
     larger.table_ = tableFor(count);
     if (table_ != nullptr) {
-      for (U32 index = occupiedFrom(0); index != none; index = occupiedFrom(index + 1)) {
-        larger.place(std::move(*keyAt(index)), std::move(*valueAt(index)));
+      if (isShort() && larger.isShort()) {
+        shortRelocate(larger);
+      } else {
+        for (U32 index = occupiedFrom(0); index != none; index = occupiedFrom(index + 1)) {
+          larger.place(std::move(*keyAt(index)), std::move(*valueAt(index)));
+        }
       }
     }
     contentsSwap(larger);
+  }
+  void shortRelocate(HashMap2018& to) noexcept {
+    U32 const count = std::exchange(size_, 0);
+    // Byte by byte: a wide load of tags just written one at a time would wait for all the stores.
+    for (U32 i = 0; i < count; ++i) {
+      to.table_[Short::tagsAt + i] = table_[Short::tagsAt + i];
+      if constexpr (!byteKeys) relocate(shortKeys() + i, to.shortKeys() + i);
+      relocate(shortValues() + i, to.shortValues() + i);
+    }
+    to.size_ = count;
+  }
+  template <class T>
+  static void relocate(T* from, T* to) noexcept {
+    new (to) T(std::move(*from));
+    std::destroy_at(from);
   }
   void copyFrom(const HashMap2018& other) {
     if (other.size_ == 0) return;
@@ -499,9 +543,12 @@ class HashMap2018<K, V, Hash>::BasicIterator {
   template <bool otherIsConst>
   requires(isConst && !otherIsConst) BasicIterator(const BasicIterator<otherIsConst>& other)
       : map_(other.map_),
+        table_(other.table_),
         generation_(other.generation_),
         shape_(other.shape_),
         index_(other.index_),
+        keyAt_(other.keyAt_),
+        valueAt_(other.valueAt_),
         key_(other.key_) {}
   BasicIterator(const BasicIterator&) = default;
   BasicIterator(BasicIterator&&) noexcept = default;
@@ -511,8 +558,8 @@ class HashMap2018<K, V, Hash>::BasicIterator {
 
   /// The key that the iterator holds, a copy of its own; the default key at the end.
   const K& key() const noexcept { return key_; }
-  MapValue& value() const noexcept { return *map_->valueAt(index_); }
-  Item operator*() const noexcept { return {*map_->keyAt(index_), value()}; }
+  MapValue& value() const noexcept { return *valueAt_; }
+  Item operator*() const noexcept { return {*keyAt_, *valueAt_}; }
   U32 generation() const noexcept { return generation_; }
   /// Whether the iterator is not stale.
   bool isFresh() const noexcept {
@@ -520,14 +567,29 @@ class HashMap2018<K, V, Hash>::BasicIterator {
   }
 
   BasicIterator& operator++() {
-    U32 from = index_ + 1;
-    if (!isFresh()) [[unlikely]] {
-      U32 const today = map_->indexOf(key_);
-      from = today == none ? index_ : today + 1;
-      generation_ = map_->generation_;
-      shape_ = map_->shape();
+    if (generation_ != map_->generation_ || table_ != map_->table_) [[unlikely]] {
+      // Through a copy: the iterator itself stays in registers.
+      K const held(key_);
+      U32 const next = map_->resumed(held, index_);
+      stamp();
+      standAt(next);
+    } else if (!map_->isShort()) {
+      U32 const next = map_->groupOccupiedFrom(index_ + 1);
+      if (next == none) [[unlikely]] {
+        standAtEnd();
+      } else {
+        U8* const here = map_->group(next >> 4);
+        index_ = next;
+        keyAt_ = partAt<K>(here, Groups::keysAt) + (next & 15);
+        valueAt_ = partAt<V>(here, Groups::valuesAt) + (next & 15);
+        key_ = *keyAt_;
+      }
+    } else if (++index_ < map_->size_) {
+      ++valueAt_;
+      key_ = *++keyAt_;
+    } else {
+      standAtEnd();
     }
-    standAt(map_->occupiedFrom(from));
     return *this;
   }
   BasicIterator operator++(int) {
@@ -544,23 +606,35 @@ class HashMap2018<K, V, Hash>::BasicIterator {
   friend HashMap2018;
   friend BasicIterator<true>;
   explicit BasicIterator(Map* map) noexcept : map_(map) {}
-  BasicIterator(Map* map, U32 index)
-      : map_(map), generation_(map->generation_), shape_(map->shape()) {
+  BasicIterator(Map* map, U32 index) : map_(map) {
+    stamp();
     standAt(index);
   }
-  void standAt(U32 index) {
-    index_ = index;
-    if (index != none) {
-      key_ = *map_->keyAt(index);
-    } else {
-      key_ = K{};
-    }
+  void stamp() noexcept {
+    table_ = map_->table_;
+    generation_ = map_->generation_;
+    shape_ = map_->shape();
   }
-
+  void standAt(U32 index) {
+    if (index == none) return standAtEnd();
+    index_ = index;
+    keyAt_ = map_->keyAt(index);
+    valueAt_ = map_->valueAt(index);
+    key_ = *keyAt_;
+  }
+  void standAtEnd() {
+    index_ = none;
+    key_ = K{};
+  }
   Map* map_;
+  // A step compares the address of the table, at hand in the map. The shape decides wherever a
+  // table that grew twice, back to the address it had, would do harm.
+  const U8* table_ = nullptr;
   U32 generation_ = 0;
   U32 shape_ = 0;
   U32 index_ = none;
+  const K* keyAt_ = nullptr;
+  MapValue* valueAt_ = nullptr;
   K key_{};
 };
 
