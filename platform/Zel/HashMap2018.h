@@ -111,6 +111,11 @@ class HashMap2018 {
   /// The value of `key`, null when the map has none.
   V* find(const K& key) noexcept { return found(key); }
   const V* find(const K& key) const noexcept { return found(key); }
+  /// A copy of the value of `key`; V{} when the map has none.
+  V get(const K& key) const {
+    const V* const value = found(key);
+    return value == nullptr ? V{} : *value;
+  }
   bool has(const K& key) const noexcept { return found(key) != nullptr; }
 
   /// Adds the element unless the key is there; then the present value stays and `value` is dropped.

@@ -104,7 +104,7 @@ TEST(HashMap2018, InsertKeepsThePresentValue) {
   EXPECT_EQ(*second, 30);
   EXPECT_EQ(map.size(), 1U);
   map.getOrCreate(3) = 32;
-  EXPECT_EQ(*map.find(3), 32);
+  EXPECT_EQ(map.get(3), 32);
   EXPECT_EQ(map.getOrCreate(4), 0);
   EXPECT_EQ(map.size(), 2U);
   EXPECT_EQ(map.generation(), 1U);
@@ -119,7 +119,7 @@ TEST(HashMap2018, HoldsEveryByteKey) {
     map.insert(static_cast<U8>(i * 37), i);
   }
   EXPECT_EQ(map.size(), 256U);
-  for (int i = 0; i < 256; ++i) EXPECT_EQ(*map.find(static_cast<U8>(i * 37)), i);
+  for (int i = 0; i < 256; ++i) EXPECT_EQ(map.get(static_cast<U8>(i * 37)), i);
 }
 
 TEST(HashMap2018, GenerationCountsRealRemovals) {
@@ -215,17 +215,17 @@ TEST(HashMap2018, SwapAndAssignmentMakeIteratorsStale) {
   swap(a, b);
   EXPECT_FALSE(at.isFresh());
   EXPECT_EQ(a.generation(), 3U);
-  EXPECT_EQ(*a.find(2), 20);
+  EXPECT_EQ(a.get(2), 20);
   a = b;
   EXPECT_EQ(a.generation(), 5U);
-  EXPECT_EQ(*a.find(1), 10);
+  EXPECT_EQ(a.get(1), 10);
   EXPECT_EQ(a.size(), 1U);
   HashMap2018<U8, int> c(std::move(a));
   EXPECT_TRUE(a.empty());
   EXPECT_EQ(a.generation(), 7U);
-  EXPECT_EQ(*c.find(1), 10);
+  EXPECT_EQ(c.get(1), 10);
   b = std::move(c);
-  EXPECT_EQ(*b.find(1), 10);
+  EXPECT_EQ(b.get(1), 10);
   HashMap2018<U8, int>& same = b;
   b = same;
   EXPECT_EQ(b.size(), 1U);
@@ -278,7 +278,7 @@ TEST(HashMap2018, ThrowingCopiesLeaveTheMapAsItWas) {
     EXPECT_THROW(other = map, std::runtime_error);
     Counted::copiesLeft = -1;
     EXPECT_EQ(other.size(), 1U);
-    EXPECT_EQ(other.find(Counted(7))->number, 8);
+    EXPECT_EQ(other.get(Counted(7)).number, 8);
   }
   EXPECT_EQ(Counted::live, 0);
 }
@@ -347,7 +347,7 @@ TEST(HashMap2018, KeyOfItsOwnElementMayBeGiven) {
 TEST(HashMap2018, EqualHashesWorkAndChurnDoesNotDegradeTheTable) {
   HashMap2018<U64, U64, SameHash> same;
   for (U64 i = 0; i < 2000; ++i) ASSERT_TRUE(same.insert(i, i).second);
-  for (U64 i = 0; i < 2000; ++i) ASSERT_EQ(*same.find(i), i);
+  for (U64 i = 0; i < 2000; ++i) ASSERT_EQ(same.get(i), i);
   EXPECT_EQ(same.find(2000), nullptr);
   for (U64 i = 0; i < 2000; i += 2) ASSERT_TRUE(same.del(i));
   for (U64 i = 0; i < 2000; ++i) ASSERT_EQ(same.has(i), i % 2 == 1);
@@ -413,7 +413,7 @@ void liveRandomly(int steps, U32 keyRange, MakeKey makeKey) {
       Map copy(map);
       U32 met = 0;
       for (auto const& item : copy) {
-        ASSERT_EQ(*map.find(item.key), item.value);
+        ASSERT_EQ(map.get(item.key), item.value);
         ++met;
       }
       ASSERT_EQ(met, oracle.size());
