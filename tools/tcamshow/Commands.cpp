@@ -1,0 +1,54 @@
+#include <string>
+
+#include "Command.h"
+#include "ImportClassbench.h"
+#include "LineReader.h"
+
+namespace tcamshow {
+
+Command::~Command() = default;
+
+namespace {
+
+/// `import FORMAT FILE`: what the formats share.
+class ImportCommand : public Command {
+ public:
+  using Import = void (*)(InputFile&, OutputBuffer&);
+
+  ImportCommand(const char* format, const char* description, Import import)
+      : format_(format), description_(description), import_(import) {}
+
+  CLI::App* declare(CLI::App& app) override {
+    auto const existing = app.get_subcommands(
+        [](const CLI::App* command) { return command->get_name() == "import"; });
+    CLI::App* const import =
+        existing.empty() ? app.add_subcommand("import", "Write a snapshot made from another format")
+                         : existing.front();
+    import->require_subcommand(1);
+    CLI::App* const command = import->add_subcommand(format_, description_);
+    declareFile(*command, file_);
+    return command;
+  }
+
+  void run(OutputBuffer& out) override {
+    InputFile file(file_);
+    import_(file, out);
+  }
+
+ private:
+  const char* format_;
+  const char* description_;
+  Import import_;
+  std::string file_;
+};
+
+}  // namespace
+
+std::vector<std::unique_ptr<Command>> allCommands() {
+  std::vector<std::unique_ptr<Command>> commands;
+  commands.push_back(std::make_unique<ImportCommand>(
+      "classbench", "Filter sets of packet-classification research", importClassbench));
+  return commands;
+}
+
+}  // namespace tcamshow

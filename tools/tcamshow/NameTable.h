@@ -1,0 +1,82 @@
+// A fixed set of names, looked up with one multiplication and one comparison.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+namespace tcamshow {
+
+/// The names of a list that is known when the program is compiled; no two are equal, and each has
+/// a slot of its own.
+///
+/// The hash reads a name's size and last eight bytes, so names that agree in both do not compile.
+///
+///     constexpr NameTable stages({"lookup", "ingress", "egress"});
+///     stages.find("egress")  // 2
+///     stages.find("Egress")  // stages.none
+template <std::size_t count>
+class NameTable {
+ public:
+  static constexpr std::size_t none = count;
+
+  consteval explicit NameTable(const std::string_view (&names)[count]) {
+    for (std::size_t i = 0; i < count; ++i) names_[i] = names[i];
+    // Any odd number may do; the first that separates the names is kept.
+    multiplier_ = 0x9E3779B97F4A7C15u;
+    for (int attempt = 0; !placed(); multiplier_ = multiplier_ * 0xD1342543DE82EF95u + 2) {
+      if (++attempt == 10000) throw "two names agree in size and last eight bytes";
+    }
+  }
+
+  static constexpr std::size_t size() noexcept { return count; }
+  constexpr std::string_view operator[](std::size_t index) const noexcept { return names_[index]; }
+
+  /// The name's index in the list, or `none`.
+  constexpr std::size_t find(std::string_view name) const noexcept {
+    std::size_t const index = slots_[slot(name)];
+    return index != none && names_[index] == name ? index : none;
+  }
+
+ private:
+  static constexpr int bits = std::bit_width(count * 4 - 1);
+  using Index = std::uint8_t;
+  static_assert(count > 0 && count < 255);
+
+  static constexpr std::uint64_t tail(std::string_view name) noexcept {
+    std::uint64_t word = 0;
+    if (!std::is_constant_evaluated() && std::endian::native == std::endian::little &&
+        name.size() >= sizeof word) {
+      std::memcpy(&word, name.data() + (name.size() - sizeof word), sizeof word);
+      return word;
+    }
+    std::size_t const from = name.size() < 8 ? 0 : name.size() - 8;
+    for (std::size_t i = name.size(); i-- > from;) {
+      word = word << 8 | static_cast<unsigned char>(name[i]);
+    }
+    return word;
+  }
+  constexpr std::size_t slot(std::string_view name) const noexcept {
+    return static_cast<std::size_t>(((tail(name) ^ name.size() << 56) * multiplier_) >>
+                                    (64 - bits));
+  }
+  constexpr bool placed() noexcept {
+    slots_.fill(static_cast<Index>(none));
+    for (std::size_t i = 0; i < count; ++i) {
+      Index& index = slots_[slot(names_[i])];
+      if (index != none) return false;
+      index = static_cast<Index>(i);
+    }
+    return true;
+  }
+
+  std::array<std::string_view, count> names_{};
+  std::array<Index, std::size_t{1} << bits> slots_{};
+  std::uint64_t multiplier_ = 0;
+};
+
+}  // namespace tcamshow

@@ -1,0 +1,593 @@
+#include "SnapshotReader.h"
+
+#include <simdjson.h>
+
+#include <bit>
+#include <cstddef>
+#include <limits>
+#include <new>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <unordered_set>
+
+#include "InputError.h"
+#include "NameTable.h"
+
+namespace tcamshow {
+namespace {
+
+namespace ondemand = simdjson::ondemand;
+static_assert(LineReader::padding >= simdjson::SIMDJSON_PADDING);
+
+// The members of every kind of line, and of the records in them.
+enum Member : std::uint8_t {
+  memberType,
+  memberVersion,
+  memberNumPipes,
+  memberStage,
+  memberPipe,
+  memberGroupPriority,
+  memberGroupId,
+  memberCopyId,
+  memberName,
+  memberAvailableEntries,
+  memberFreeEntries,
+  memberTable,
+  memberShadowId,
+  memberSequence,
+  memberPriority,
+  memberDescription,
+  memberAction,
+  memberHits,
+  memberCounterStatus,
+  memberFeaturePriority,
+  memberFeature,
+  memberQualifiers,
+  memberRangeCheckers,
+};
+
+constexpr NameTable memberNames({
+    "type",          "version",    "numPipes",      "stage",         "pipe",
+    "groupPriority", "groupId",    "copyId",        "name",          "availableEntries",
+    "freeEntries",   "table",      "shadowId",      "sequence",      "priority",
+    "description",   "action",     "hits",          "counterStatus", "featurePriority",
+    "feature",       "qualifiers", "rangeCheckers",
+});
+static_assert(memberNames[memberRangeCheckers] == "rangeCheckers");
+
+constexpr std::uint32_t bit(std::size_t index) { return std::uint32_t{1} << index; }
+constexpr std::uint32_t placeMembers = bit(memberStage) | bit(memberPipe) |
+                                       bit(memberGroupPriority) | bit(memberGroupId) |
+                                       bit(memberCopyId);
+constexpr std::uint32_t headerMembers = bit(memberType) | bit(memberVersion) | bit(memberNumPipes);
+constexpr std::uint32_t groupMembers = bit(memberType) | placeMembers | bit(memberName) |
+                                       bit(memberAvailableEntries) | bit(memberFreeEntries);
+constexpr std::uint32_t entryMembers =
+    bit(memberType) | placeMembers | bit(memberTable) | bit(memberShadowId) | bit(memberSequence) |
+    bit(memberPriority) | bit(memberDescription) | bit(memberAction) | bit(memberHits) |
+    bit(memberCounterStatus) | bit(memberFeaturePriority) | bit(memberFeature) |
+    bit(memberQualifiers) | bit(memberRangeCheckers);
+
+enum Field : std::uint8_t { fieldValue, fieldMask, fieldLow, fieldHigh, fieldStatus };
+constexpr NameTable fieldNames({"value", "mask", "low", "high", "status"});
+
+enum LineType : std::uint8_t { lineHeader, lineGroup, lineEntry };
+constexpr NameTable lineTypes({"snapshot", "group", "entry"});
+
+struct PlaceHash {
+  std::size_t operator()(const Place& place) const noexcept {
+    std::uint64_t const parts[] = {
+        static_cast<std::uint64_t>(place.stage) << 16 | static_cast<std::uint16_t>(place.pipe),
+        std::uint64_t{place.groupPriority} << 32 | place.groupId, place.copyId};
+    std::uint64_t hash = 0;
+    for (std::uint64_t const part : parts) {
+      hash = (hash ^ part) * 0x9E3779B97F4A7C15u;
+      hash ^= hash >> 29;
+    }
+    return static_cast<std::size_t>(hash);
+  }
+};
+
+/// Whether a byte below 0x20, or 0x7F, stands in the text.
+bool holdsControlCharacter(std::string_view text) noexcept {
+  bool found = false;
+  for (char const c : text) {
+    found |= static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+  }
+  return found;
+}
+
+std::string hexadecimal(unsigned char c) {
+  static constexpr char digits[] = "0123456789ABCDEF";
+  return {digits[c >> 4], digits[c & 15]};
+}
+
+/// What is wrong with a line that is no JSON at all.
+std::string jsonFault(simdjson::error_code error) {
+  switch (error) {
+    case simdjson::UTF8_ERROR:
+      return "not valid UTF-8";
+    case simdjson::UNCLOSED_STRING:
+      return "not valid JSON: a string does not end";
+    case simdjson::UNESCAPED_CHARS:
+      return "not valid JSON: a control character stands in a string";
+    case simdjson::INCOMPLETE_ARRAY_OR_OBJECT:
+      return "not valid JSON: the object does not end";
+    case simdjson::MEMALLOC:
+      throw std::bad_alloc();
+    default:
+      return "not valid JSON";
+  }
+}
+
+}  // namespace
+
+class SnapshotReader::Impl {
+ public:
+  explicit Impl(InputFile& file) : lines_(file) { headerRead(); }
+
+  const Header& header() const noexcept { return header_; }
+  const GroupLine& group() const noexcept { return group_; }
+  const EntryLine& entry() const noexcept { return entry_; }
+  std::uint64_t lineNumber() const noexcept { return lines_.lineNumber(); }
+
+  Line next() {
+    ondemand::document document;
+    ondemand::object members;
+    if (!lineStarted(document, members)) return Line::end;
+    switch (lineType_) {
+      case lineGroup:
+        groupRead(members);
+        lineEnded(document);
+        if (!places_.insert(group_.place).second) fail("the place stands in an earlier line too");
+        return Line::group;
+      case lineEntry:
+        entryRead(members);
+        lineEnded(document);
+        return Line::entry;
+      default:
+        fail("only the first line is the header");
+    }
+  }
+
+ private:
+  // --- messages
+
+  [[noreturn]] void fail(std::string_view message) const {
+    std::string text(kind_);
+    if (!text.empty()) text += ": ";
+    text += message;
+    lines_.fail(std::move(text));
+  }
+
+  /// Names the member: the one of the line, and where it is a record in a collection, the record
+  /// and its field.
+  [[noreturn]] void failMember(std::string_view message) const {
+    std::string text = "member \"";
+    text += shown(member_);
+    if (record_.data() != nullptr) (text += '.') += shown(record_);
+    if (field_.data() != nullptr) (text += '.') += shown(field_);
+    text += "\"";
+    text += message;
+    fail(text);
+  }
+
+  /// The value as a message shows it.
+  static std::string described(ondemand::value& value) {
+    std::string_view token = value.raw_json_token();
+    while (!token.empty() &&
+           (token.back() == ' ' || token.back() == '\t' || token.back() == '\r')) {
+      token.remove_suffix(1);
+    }
+    if (token.starts_with('{')) return "an object";
+    if (token.starts_with('[')) return "an array";
+    return shown(token);
+  }
+
+  template <class Number>
+  [[noreturn]] void failNumber(ondemand::value& value) const {
+    failMember(": " + described(value) + " is not a whole number from " +
+               std::to_string(std::numeric_limits<Number>::min()) + " to " +
+               std::to_string(std::numeric_limits<Number>::max()));
+  }
+
+  [[noreturn]] void failJson(simdjson::error_code error) const { fail(jsonFault(error)); }
+
+  void check(simdjson::error_code error) const {
+    if (error != simdjson::SUCCESS) [[unlikely]]
+      failJson(error);
+  }
+
+  // --- values
+
+  template <class Number>
+  Number number(ondemand::value& value) const {
+    using Wide = std::conditional_t<std::is_signed_v<Number>, std::int64_t, std::uint64_t>;
+    Wide wide = 0;
+    simdjson::error_code error;
+    if constexpr (std::is_signed_v<Number>) {
+      error = value.get_int64().get(wide);
+    } else {
+      error = value.get_uint64().get(wide);
+    }
+    if (error != simdjson::SUCCESS || wide < std::numeric_limits<Number>::min() ||
+        wide > std::numeric_limits<Number>::max()) [[unlikely]] {
+      failNumber<Number>(value);
+    }
+    return static_cast<Number>(wide);
+  }
+
+  std::string_view text(ondemand::value& value, std::string_view expected = "a string") const {
+    std::string_view text;
+    simdjson::error_code const error = value.get_string().get(text);
+    if (error == simdjson::INCORRECT_TYPE) [[unlikely]] {
+      failMember(": " + described(value) + " is not " + std::string(expected));
+    }
+    if (error != simdjson::SUCCESS) [[unlikely]]
+      failMember(": the string has a bad escape");
+    return text;
+  }
+
+  std::string_view printable(ondemand::value& value) const {
+    std::string_view const result = text(value);
+    if (holdsControlCharacter(result)) [[unlikely]] {
+      for (char const c : result) {
+        auto const byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7F) {
+          failMember(": holds the control character U+00" + hexadecimal(byte));
+        }
+      }
+    }
+    return result;
+  }
+
+  ondemand::object object(ondemand::value& value) const {
+    ondemand::object result;
+    simdjson::error_code const error = value.get_object().get(result);
+    if (error == simdjson::INCORRECT_TYPE) [[unlikely]] {
+      failMember(": " + described(value) + " is not an object");
+    }
+    check(error);
+    return result;
+  }
+
+  void qualifierWord(ondemand::value& value, const Qualifier& qualifier,
+                     std::uint32_t& word) const {
+    if (qualifier.kind == QualifierKind::word) {
+      word = number<std::uint32_t>(value);
+      return;
+    }
+    std::string_view address;
+    simdjson::error_code const error = value.get_string().get(address);
+    if (error == simdjson::INCORRECT_TYPE) {
+      word = number<std::uint32_t>(value);
+    } else if (error != simdjson::SUCCESS) {
+      failMember(": the string has a bad escape");
+    } else if (!ipFromText(address, word)) [[unlikely]] {
+      failMember(": " + quoted(address) + " is not an IPv4 address");
+    }
+  }
+
+  void qualifierValue(ondemand::value& value, Qualifier& qualifier, bool isMask) const {
+    switch (qualifier.kind) {
+      case QualifierKind::word:
+      case QualifierKind::ip:
+        qualifierWord(value, qualifier, isMask ? qualifier.mask : qualifier.value);
+        return;
+      case QualifierKind::ip6: {
+        std::string_view const address = text(value, "an IPv6 address");
+        if (!ip6FromText(address, isMask ? qualifier.ip6.mask : qualifier.ip6.value)) {
+          failMember(": " + quoted(address) + " is not an IPv6 address");
+        }
+        return;
+      }
+      case QualifierKind::mac: {
+        std::string_view const address = text(value, "a MAC address");
+        if (!macFromText(address, isMask ? qualifier.mac.mask : qualifier.mac.value)) {
+          failMember(": " + quoted(address) + " is not a MAC address");
+        }
+        return;
+      }
+    }
+  }
+
+  // --- lines
+
+  void headerRead() {
+    ondemand::document document;
+    ondemand::object members;
+    bool const any = lineStarted(document, members);
+    if (!any || lineType_ != lineHeader) {
+      std::string message = any ? "" : "the snapshot is empty: ";
+      kind_ = {};
+      message += R"(the first line must be {"type":"snapshot","version":1})";
+      if (!any) throw InputError(lines_.fileName(), lines_.lineNumber() + 1, message);
+      fail(message);
+    }
+    std::uint32_t const seen =
+        eachMember(members, headerMembers, [this](Member member, auto& value) {
+          if (member == memberVersion) {
+            std::uint32_t const version = number<std::uint32_t>(value);
+            if (version != 1) {
+              failMember(": version " + std::to_string(version) + " is not known, only 1 is");
+            }
+          } else {
+            header_.numPipes = number<std::uint8_t>(value);
+          }
+        });
+    require(seen, memberVersion);
+    lineEnded(document);
+  }
+
+  void groupRead(ondemand::object& members) {
+    group_ = GroupLine();
+    eachMember(members, groupMembers, [this](Member member, auto& value) {
+      switch (member) {
+        case memberName:
+          group_.name = printable(value);
+          break;
+        case memberAvailableEntries:
+          group_.availableEntries = number<std::uint32_t>(value);
+          break;
+        case memberFreeEntries:
+          group_.freeEntries = number<std::uint32_t>(value);
+          break;
+        default:
+          placeMemberRead(member, value, group_.place);
+      }
+    });
+  }
+
+  void entryRead(ondemand::object& members) {
+    entry_.clear();
+    std::uint32_t const seen =
+        eachMember(members, entryMembers,
+                   [this](Member member, auto& value) { entryMemberRead(member, value); });
+    require(seen, memberTable);
+    require(seen, memberShadowId);
+  }
+
+  void entryMemberRead(Member member, ondemand::value& value) {
+    switch (member) {
+      case memberTable: {
+        std::string_view const name = text(value);
+        if (!tableByName(name, entry_.table)) {
+          failMember(": " + quoted(name) + R"( is not "ip", "ip6", "mac" or "tcam")");
+        }
+        break;
+      }
+      case memberShadowId:
+        entry_.shadowId = number<std::uint64_t>(value);
+        break;
+      case memberSequence:
+        entry_.sequence = number<std::uint32_t>(value);
+        break;
+      case memberPriority:
+        entry_.priority = number<std::uint32_t>(value);
+        break;
+      case memberDescription:
+        entry_.description = printable(value);
+        break;
+      case memberAction:
+        entry_.action = printable(value);
+        break;
+      case memberHits:
+        entry_.hits = number<std::uint64_t>(value);
+        break;
+      case memberCounterStatus:
+        entry_.counterStatus = number<std::uint8_t>(value);
+        break;
+      case memberFeaturePriority:
+        entry_.featurePriority = number<std::uint32_t>(value);
+        break;
+      case memberFeature:
+        entry_.feature = printable(value);
+        break;
+      case memberQualifiers:
+        qualifiersRead(value);
+        break;
+      case memberRangeCheckers:
+        rangeCheckersRead(value);
+        break;
+      default:
+        placeMemberRead(member, value, entry_.place);
+    }
+  }
+
+  void placeMemberRead(Member member, ondemand::value& value, Place& place) const {
+    switch (member) {
+      case memberStage: {
+        std::string_view const name = text(value);
+        if (!stageByName(name, place.stage)) {
+          failMember(": " + quoted(name) + R"( is not "lookup", "ingress" or "egress")");
+        }
+        break;
+      }
+      case memberPipe:
+        place.pipe = number<std::int16_t>(value);
+        break;
+      case memberGroupPriority:
+        place.groupPriority = number<std::uint32_t>(value);
+        break;
+      case memberGroupId:
+        place.groupId = number<std::uint32_t>(value);
+        break;
+      default:
+        place.copyId = number<std::uint32_t>(value);
+    }
+  }
+
+  void qualifiersRead(ondemand::value& value) {
+    std::uint32_t seen = 0;
+    eachField(object(value), record_, [&](std::string_view name, ondemand::value& record) {
+      const QualifierName* const known = qualifierByName(name);
+      if (known == nullptr) failMember(" is not a qualifier");
+      once(seen, known->index);
+      Qualifier& qualifier = entry_.qualifiers.emplace_back();
+      qualifier.type = known->type;
+      qualifier.kind = known->kind;
+      recordRead(record, bit(fieldValue) | bit(fieldMask),
+                 [&](std::size_t field, ondemand::value& part) {
+                   if (field == fieldStatus) {
+                     qualifier.status = number<std::uint8_t>(part);
+                   } else {
+                     qualifierValue(part, qualifier, field == fieldMask);
+                   }
+                 });
+    });
+  }
+
+  void rangeCheckersRead(ondemand::value& value) {
+    std::uint32_t seen = 0;
+    eachField(object(value), record_, [&](std::string_view name, ondemand::value& record) {
+      const RangeCheckerName* const known = rangeCheckerByName(name);
+      if (known == nullptr) failMember(" is not a range checker");
+      once(seen, known->type);
+      RangeChecker& range = entry_.rangeCheckers.emplace_back();
+      range.type = known->type;
+      recordRead(record, bit(fieldLow) | bit(fieldHigh),
+                 [&](std::size_t field, ondemand::value& part) {
+                   if (field == fieldStatus) {
+                     range.status = number<std::uint8_t>(part);
+                   } else {
+                     (field == fieldLow ? range.low : range.high) = number<std::int32_t>(part);
+                   }
+                 });
+    });
+  }
+
+  /// Calls `use(field, value)` for each field of a record, which has all of `required` and may have
+  /// a status.
+  template <class Use>
+  void recordRead(ondemand::value& record, std::uint32_t required, const Use& use) {
+    std::uint32_t seen = 0;
+    eachField(object(record), field_, [&](std::string_view name, ondemand::value& value) {
+      std::size_t const field = fieldNames.find(name);
+      if (field == fieldNames.none || ((required | bit(fieldStatus)) & bit(field)) == 0) {
+        failMember(" is not known");
+      }
+      once(seen, field);
+      use(field, value);
+    });
+    std::uint32_t const missing = required & ~seen;
+    if (missing != 0) [[unlikely]] {
+      field_ = fieldNames[static_cast<std::size_t>(std::countr_zero(missing))];
+      failMember(" is missing");
+    }
+  }
+
+  // --- the objects of a line
+
+  /// Reads the next line that is not blank as far as its type; false at the end.
+  bool lineStarted(ondemand::document& document, ondemand::object& members) {
+    std::string_view line;
+    kind_ = member_ = record_ = field_ = {};
+    do {
+      if (!lines_.next(line)) return false;
+    } while (line.find_first_not_of(" \t\r") == line.npos);
+    check(
+        parser_.iterate(line.data(), line.size(), line.size() + LineReader::padding).get(document));
+    start(document, members);
+    lineType_ = lineTypeRead(members);
+    kind_ = lineTypes[lineType_];
+    start(document, members);
+    return true;
+  }
+
+  void start(ondemand::document& document, ondemand::object& members) const {
+    document.rewind();
+    simdjson::error_code const error = document.get_object().get(members);
+    if (error == simdjson::INCORRECT_TYPE) fail("the line is not a JSON object");
+    check(error);
+  }
+
+  /// The type may stand anywhere in the line; where it comes first, nothing else is looked at.
+  LineType lineTypeRead(ondemand::object& members) {
+    for (auto field : members) {
+      std::string_view name;
+      check(field.unescaped_key().get(name));
+      if (name != "type") continue;
+      ondemand::value value;
+      check(field.value().get(value));
+      member_ = memberNames[memberType];
+      std::string_view const type = text(value);
+      std::size_t const found = lineTypes.find(type);
+      if (found == lineTypes.none) {
+        failMember(": " + quoted(type) + R"( is not "snapshot", "group" or "entry")");
+      }
+      return static_cast<LineType>(found);
+    }
+    member_ = memberNames[memberType];
+    failMember(" is missing");
+  }
+
+  void lineEnded(ondemand::document& document) const {
+    // There is a location only where something is left.
+    if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
+      fail("not valid JSON: something follows the object");
+    }
+  }
+
+  /// Calls `use(member, value)` for each member but the type; returns those that were there.
+  template <class Use>
+  std::uint32_t eachMember(ondemand::object& members, std::uint32_t known, const Use& use) {
+    std::uint32_t seen = 0;
+    eachField(members, member_, [&](std::string_view name, ondemand::value& value) {
+      std::size_t const member = memberNames.find(name);
+      if (member == memberNames.none || (known & bit(member)) == 0) failMember(" is not known");
+      once(seen, member);
+      if (member != memberType) use(static_cast<Member>(member), value);
+    });
+    return seen;
+  }
+
+  /// Calls `use(name, value)` for each field, with `place`, which messages name, set to its name.
+  template <class Use>
+  void eachField(ondemand::object fields, std::string_view& place, const Use& use) {
+    for (auto field : fields) {
+      std::string_view name;
+      check(field.unescaped_key().get(name));
+      ondemand::value value;
+      check(field.value().get(value));
+      place = name;
+      use(name, value);
+    }
+    place = {};
+  }
+
+  void once(std::uint32_t& seen, std::size_t index) const {
+    if ((seen & bit(index)) != 0) [[unlikely]]
+      failMember(" stands twice");
+    seen |= bit(index);
+  }
+
+  void require(std::uint32_t seen, Member member) {
+    if ((seen & bit(member)) != 0) return;
+    member_ = memberNames[member];
+    failMember(" is missing");
+  }
+
+  LineReader lines_;
+  ondemand::parser parser_;
+  std::unordered_set<Place, PlaceHash> places_;
+  Header header_;
+  GroupLine group_;
+  EntryLine entry_;
+  LineType lineType_ = lineHeader;
+  // What messages name: the kind of line, and where in it the reader is.
+  std::string_view kind_;
+  std::string_view member_;
+  std::string_view record_;
+  std::string_view field_;
+};
+
+SnapshotReader::SnapshotReader(InputFile& file) : impl_(std::make_unique<Impl>(file)) {}
+SnapshotReader::~SnapshotReader() = default;
+const Header& SnapshotReader::header() const noexcept { return impl_->header(); }
+SnapshotReader::Line SnapshotReader::next() { return impl_->next(); }
+const GroupLine& SnapshotReader::group() const noexcept { return impl_->group(); }
+const EntryLine& SnapshotReader::entry() const noexcept { return impl_->entry(); }
+std::uint64_t SnapshotReader::lineNumber() const noexcept { return impl_->lineNumber(); }
+
+}  // namespace tcamshow
