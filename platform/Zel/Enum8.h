@@ -1,22 +1,13 @@
 // The generic conversions of 8-bit enumerations.
 //
 // An enumeration is known by its module and its index in it (TypeModule::types), and its values and
-// names by the type's TypeDescriptor::enumValues. A declared enumeration offers its own conversions
-// on top of these, each one line:
+// names by the type's TypeDescriptor::enumValues. A header declares an enumeration's conversions
+// with ZEL_DECLARE_ENUM8, and the module's source defines them with ZEL_DEFINE_ENUM8:
 //
-//     CliHeaderType CliHeaderTypeInstance(U32 number) {
-//       return CliHeaderType(Zel::enum8FromNumber(agentTypes, 0, number));
-//     }
-//     CliHeaderType CliHeaderTypeInstance(const Halvo::String& name) {
-//       return CliHeaderType(Zel::enum8FromName(agentTypes, 0, name));
-//     }
-//     Halvo::String stringValue(CliHeaderType v) { return Zel::enum8StringValue(agentTypes, 0, v);
-//     } std::ostream& operator<<(std::ostream& out, const CliHeaderType& v) {
-//       return Zel::enum8Write(out, agentTypes, 0, v);
-//     }
-//     void sequenceToValue(Zel::CharRange& in, CliHeaderType* v) {
-//       *v = CliHeaderType(Zel::enum8FromSequence(in, agentTypes, 0));
-//     }
+//     ZEL_DECLARE_ENUM8(AGENT_API, StageType);
+//     ZEL_DEFINE_ENUM8(StageType, agentTypes, 0)
+//
+//     StageTypeInstance(2) == StageTypeInstance("ingress")      stringValue(StageType(9))
 //
 // Cost: a number is found by binary search, in one probe where the values are numbered 0, 1, 2...
 // A name that was looked up before is found in one hash and one comparison through a small table of
@@ -67,3 +58,33 @@ VELMOR_PLATFORM_API std::ostream& enum8Write(std::ostream& out, const TypeModule
 VELMOR_PLATFORM_API U8 enum8FromSequence(CharRange& in, const TypeModule& module, std::size_t type);
 
 }  // namespace Zel
+
+/// The five conversions of the enumeration E, which has U8 as its underlying type:
+///
+///     E EInstance(U32 number)                       throws RangeError
+///     E EInstance(const Halvo::String& name)        throws ParseError
+///     Halvo::String stringValue(E value)            "E(9)" for a number that has no name
+///     std::ostream& operator<<(std::ostream&, const E&)
+///     void sequenceToValue(Zel::CharRange& in, E* value)
+///                                                   reads a name off the front; ParseError
+#define ZEL_DECLARE_ENUM8(EXPORT, E)                                 \
+  EXPORT E E##Instance(::Zel::U32 number);                           \
+  EXPORT E E##Instance(const ::Halvo::String& name);                 \
+  EXPORT ::Halvo::String stringValue(E value);                       \
+  EXPORT ::std::ostream& operator<<(::std::ostream& out, const E& value); \
+  EXPORT void sequenceToValue(::Zel::CharRange& in, E* value)
+
+#define ZEL_DEFINE_ENUM8(E, MODULE, INDEX)                                                 \
+  E E##Instance(::Zel::U32 number) {                                                       \
+    return static_cast<E>(::Zel::enum8FromNumber(MODULE, INDEX, number));                  \
+  }                                                                                        \
+  E E##Instance(const ::Halvo::String& name) {                                             \
+    return static_cast<E>(::Zel::enum8FromName(MODULE, INDEX, name));                      \
+  }                                                                                        \
+  ::Halvo::String stringValue(E value) { return ::Zel::enum8StringValue(MODULE, INDEX, value); } \
+  ::std::ostream& operator<<(::std::ostream& out, const E& value) {                        \
+    return ::Zel::enum8Write(out, MODULE, INDEX, value);                                   \
+  }                                                                                        \
+  void sequenceToValue(::Zel::CharRange& in, E* value) {                                   \
+    *value = static_cast<E>(::Zel::enum8FromSequence(in, MODULE, INDEX));                  \
+  }

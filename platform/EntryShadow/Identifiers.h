@@ -1,0 +1,52 @@
+// The identifiers that the agent's CLI hands to the formatters.
+#pragma once
+
+#include <compare>
+#include <utility>
+
+#include "Halvo/String.h"
+#include "Halvo/Types.h"
+
+namespace VelmorTcam {
+
+/// Names the request (the access list, the policy) that an entry was programmed for.
+class RequestKey {
+ public:
+  RequestKey() = default;
+  explicit RequestKey(Halvo::String name) : name_(std::move(name)) {}
+  const Halvo::String& name() const noexcept { return name_; }
+  friend bool operator==(const RequestKey&, const RequestKey&) = default;
+  friend std::strong_ordering operator<=>(const RequestKey&, const RequestKey&) = default;
+
+ private:
+  Halvo::String name_;
+};
+
+/// Names one rule of a request by its sequence number, 0 to 2^32-1; the highest number is the drop
+/// rule, which the tables show as "Drop".
+class RuleId {
+ public:
+  static constexpr Halvo::U32 dropSequenceNum = 0xFFFFFFFF;
+
+  constexpr RuleId() = default;
+  constexpr explicit RuleId(Halvo::U32 sequenceNum) noexcept : sequenceNum_(sequenceNum) {}
+  constexpr Halvo::U32 sequenceNum() const noexcept { return sequenceNum_; }
+  friend constexpr auto operator<=>(const RuleId&, const RuleId&) = default;
+
+ private:
+  Halvo::U32 sequenceNum_ = 0;
+};
+
+/// The number of a TCAM group, 0 to 65535. Made from a wider number it keeps the low 16 bits.
+class TcamGroupId {
+ public:
+  constexpr TcamGroupId() = default;
+  constexpr TcamGroupId(Halvo::U32 number) noexcept : number_(static_cast<Halvo::U16>(number)) {}
+  constexpr Halvo::U16 number() const noexcept { return number_; }
+  friend constexpr auto operator<=>(const TcamGroupId&, const TcamGroupId&) = default;
+
+ private:
+  Halvo::U16 number_ = 0;
+};
+
+}  // namespace VelmorTcam

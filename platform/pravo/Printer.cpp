@@ -1,0 +1,7 @@
+#include "pravo.h"
+
+namespace pravo {
+
+Printer::~Printer() = default;
+
+}  // namespace pravo
