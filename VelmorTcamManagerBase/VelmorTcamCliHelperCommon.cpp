@@ -1,0 +1,138 @@
+// The cells that the tables of access lists share.
+#include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliHelperReading.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesAssertions.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
+#include "Zel/Format.h"
+
+namespace VelmorTcam {
+
+namespace {
+
+constexpr U8 protocolIcmp = 1;
+constexpr U8 protocolTcp = 6;
+constexpr U8 protocolUdp = 17;
+constexpr U8 protocolIcmp6 = 58;
+
+// What tells the source port's cell from the destination port's.
+struct PortCell {
+  QualifierType type;
+  RangeCheckerType rangeChecker;
+  const Zel::AssertionSite& unset;
+};
+constexpr PortCell srcPortCell{qualifierL4SrcPort, rangeCheckerL4SrcPort,
+                               assertions::l4SrcPortRecord};
+constexpr PortCell dstPortCell{qualifierL4DstPort, rangeCheckerL4DstPort,
+                               assertions::l4DstPortRecord};
+
+Halvo::String formatPort(const EntryRequestCliFormat& format,
+                         const VelmorTcamEntryShadow::PtrConst& entryShadow, const PortCell& cell) {
+  Halvo::String range = format.formatQualifierRangeCheck(entryShadow, cell.rangeChecker);
+  if (!range.empty()) return range;
+  if (!isProgrammed(entryShadow, cell.type)) return Zel::_fmt("%11s|", "*");
+
+  Qualifier const qual = hwQual(entryShadow, cell.type, cell.unset);
+  bool isIcmp = false;
+  U16 const icmp = getQualifierL4PortIfIcmp(entryShadow, cell.type, isIcmp);
+  if (isIcmp) return Zel::_fmt("%11s|", Zel::_fmt("%d", icmp));
+
+  U16 const low = static_cast<U16>(qual.value());
+  U16 const high = static_cast<U16>(qual.value() | ~qual.mask());  // every free bit set
+  if (low == 0 && high == 0xFFFF) return Zel::_fmt("%11s|", "*");
+  if (low == high) return Zel::_fmt("%11s|", Zel::_fmt("%d", low));
+  return Zel::_fmt("%11s|", Zel::_fmt("%d-%d", low, high));
+}
+
+}  // namespace
+
+U16 getQualifierL4PortIfIcmp(const Halvo::Ptr<const VelmorTcamEntryShadow>& entryShadow,
+                             QualifierType portType, bool& isIcmp) {
+  if (!isProgrammed(entryShadow, qualifierIpProtocol)) return 0;
+  // The source port whatever `portType` is: a code is shown only beside its type.
+  if (!isProgrammed(entryShadow, qualifierL4SrcPort)) return 0;
+
+  Qualifier const port = hwQual(entryShadow, portType, assertions::getQualifierL4PortIfIcmp);
+  Qualifier const protocol =
+      hwQual(entryShadow, qualifierIpProtocol, assertions::getQualifierL4PortIfIcmpProtocol);
+  U8 const number = static_cast<U8>(protocol.value());
+  if (number != protocolIcmp && number != protocolIcmp6) return 0;
+
+  if ((port.mask() & 0xFF00) != 0 && portType == qualifierL4SrcPort) {
+    isIcmp = true;
+    return static_cast<U16>(static_cast<U16>(port.value()) >> 8);
+  }
+  if ((port.mask() & 0x00FF) != 0 && portType == qualifierL4DstPort) {
+    isIcmp = true;
+    return static_cast<U16>(port.value() & 0xFF);
+  }
+  return 0;
+}
+
+Halvo::String EntryRequestCliFormat::formatSequenceNum(U32 sequenceNum) const {
+  if (sequenceNum == RuleId::dropSequenceNum) return Zel::_fmt("%-7s|", "Drop");
+  return Zel::_fmt("%-7u|", sequenceNum);
+}
+
+Halvo::String EntryRequestCliFormat::formatQualifierIpProtocol(const PtrConst& entryShadow) const {
+  if (!isProgrammed(entryShadow, qualifierIpProtocol)) return Zel::_fmt(" %-6s|", "*");
+  U8 const protocol = static_cast<U8>(
+      hwQual(entryShadow, qualifierIpProtocol, assertions::ipProtocolRecord).value());
+  switch (protocol) {
+    case 0:
+      return Zel::_fmt(" %-6s|", "*");
+    case protocolTcp:
+      return Zel::_fmt(" %-6s|", "TCP");
+    case protocolUdp:
+      return Zel::_fmt(" %-6s|", "UDP");
+    case protocolIcmp:
+      return Zel::_fmt(" %-6s|", "ICMP");
+    case protocolIcmp6:
+      return Zel::_fmt(" %-6s|", "ICMPv6");
+    default:
+      return Zel::_fmt(" %-6s|", Zel::_fmt("0x%02x", protocol));
+  }
+}
+
+Halvo::String EntryRequestCliFormat::formatQualifierOuterVlanId(const PtrConst& entryShadow) const {
+  if (!isProgrammed(entryShadow, qualifierOuterVlanId)) return Zel::_fmt("%11s|%11s|", "*", "*");
+  Qualifier const vlan = hwQual(entryShadow, qualifierOuterVlanId, assertions::outerVlanIdRecord);
+  return Zel::_fmt("%11s|%11s|", Zel::_fmt("%u", vlan.value()), Zel::_fmt("%u", vlan.mask()));
+}
+
+Halvo::String EntryRequestCliFormat::formatQualifierL4SrcPort(const PtrConst& entryShadow) const {
+  return formatPort(*this, entryShadow, srcPortCell);
+}
+
+Halvo::String EntryRequestCliFormat::formatQualifierL4DstPort(const PtrConst& entryShadow) const {
+  return formatPort(*this, entryShadow, dstPortCell);
+}
+
+Halvo::String EntryRequestCliFormat::formatQualifierTcpControl(const PtrConst& entryShadow) const {
+  // Blank when absent, unlike its neighbours' "*".
+  if (!isProgrammed(entryShadow, qualifierTcpControl)) return Zel::_fmt(" %-6s|", "");
+  Qualifier const qual = hwQual(entryShadow, qualifierTcpControl, assertions::tcpControlRecord);
+  U16 const flags = Trelix::NetU16(static_cast<U16>(qual.value())).value();
+  char text[] = "FSRPAU";
+  for (unsigned bit = 0; bit < 6; ++bit) {
+    if ((flags >> bit & 1) == 0) text[bit] = ' ';
+  }
+  return Zel::_fmt(" %-6s|", text);
+}
+
+Halvo::String EntryRequestCliFormat::formatQualifierIpLength(const PtrConst& entryShadow,
+                                                             const Halvo::String& format) const {
+  Zel::assertThat(!format.empty(), assertions::formatQualifierIpLength);
+  // The range's cell keeps its bar inside the caller's cell: scripts know the two bars.
+  Halvo::String range = formatQualifierRangeCheck(entryShadow, rangeCheckerIpLength);
+  if (range.empty()) range = "*";
+  return Zel::_fmt(Zel::runtimeFormat(format), range);
+}
+
+Halvo::String EntryRequestCliFormat::formatQualifierRangeCheck(
+    const PtrConst& entryShadow, RangeCheckerType rangeChecker) const {
+  auto const range = entryShadow->rangeChecker(rangeChecker);
+  if (!range || range->status() != hwQualStatusProgrammed) return {};
+  return Zel::_fmt("%11s|", Zel::_fmt("%d-%d", range->low(), range->high()));
+}
+
+}  // namespace VelmorTcam

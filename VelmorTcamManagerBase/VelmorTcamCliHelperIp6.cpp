@@ -1,0 +1,106 @@
+// The IPv6 table's own cells, and its row.
+#include "VelmorTcamManagerBase/VelmorTcamCliHelperCells.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliHelperReading.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesAssertions.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesTrace.h"
+#include "Zel/Format.h"
+
+namespace VelmorTcam {
+
+namespace {
+
+// The address comes from `first` or, where that is not programmed, from `fallback`.
+Halvo::String formatIp6(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType first,
+                        QualifierType fallback) {
+  Ip6AddrQualifier qual;
+  for (QualifierType const type : {first, fallback}) {
+    if (!isProgrammed(entryShadow, type)) continue;
+    // A record that was never given reads as all zero here, and shows as any address.
+    qual = hwRecord(entryShadow, type, &QualifierData::ip6Qual, nullptr);
+    break;
+  }
+  U8 const length = Trelix::ip6AddrToPrefixLen(qual.mask());
+  if (length == 0) return Zel::_fmt("%39s|%13s|", "*", "*");
+  if (length == 128) return Zel::_fmt("%39s|%13s|", qual.address().stringValue(), "*");
+  return Zel::_fmt("%39s|%13s|", qual.address().stringValue(), Zel::_fmt("%d", length));
+}
+
+}  // namespace
+
+Halvo::String Ip6EntryRequestCliFormat::formatEntryRequest(const RequestKey&, const RuleId& ruleId,
+                                                           const Halvo::String&,
+                                                           const PtrConst& entryShadow,
+                                                           U64 hits) const {
+  VELMOR_TCAM_TRACE(562, "formatEntryRequest", "formatEntryRequest");
+  RowText row;
+
+  row << Zel::_fmt("%-5lu|", entryShadow->shadowId());
+  // Bound to this class: a subclass that changes the cell does not change this row.
+  row << Ip6EntryRequestCliFormat::formatSequenceNum(ruleId.sequenceNum());
+  row << formatQualifierIpProtocol(entryShadow);
+  row << formatQualifierSrcIp6(entryShadow);
+  row << formatQualifierL4SrcPort(entryShadow);
+  row << formatQualifierOuterVlanId(entryShadow);
+  appendHits(row, entryShadow, hits);
+  row << '\n';
+
+  // The second and third lines stand one column to the right of the header from here on; scripts
+  // know them so.
+  row << Zel::_fmt("%5s|", "");
+  row << Zel::_fmt("%10s|", "");
+  row << formatQualifierTcpControl(entryShadow);
+  row << formatQualifierDstIp6(entryShadow);
+  row << formatQualifierL4DstPort(entryShadow);
+  row << formatActions(entryShadow);
+  row << '\n';
+
+  row << Zel::_fmt("%5s|", "");
+  row << formatQualifierIp6TrafficClass(entryShadow);
+  row << Zel::_fmt("%7s|", "");
+  row << Zel::_fmt("%39s|", "");
+  row << formatQualifierIpLength(entryShadow, "%13s|");
+  row << formatQualifierIp6HopLimit(entryShadow);
+  row << '\n';
+  return row.text();
+}
+
+Halvo::String Ip6EntryRequestCliFormat::formatSequenceNum(U32 sequenceNum) const {
+  if (sequenceNum == RuleId::dropSequenceNum) return Zel::_fmt("%-9s|", "Drop");
+  return Zel::_fmt("%-9u|", sequenceNum);
+}
+
+Halvo::String Ip6EntryRequestCliFormat::formatQualifierDSCP(const PtrConst& entryShadow) const {
+  return formatDscp(entryShadow, assertions::ip6DscpRecord);
+}
+
+Halvo::String Ip6EntryRequestCliFormat::formatQualifierSrcIp6(const PtrConst& entryShadow) const {
+  return formatIp6(entryShadow, qualifierSrcIp6, qualifierSrcIp6Alt);
+}
+
+Halvo::String Ip6EntryRequestCliFormat::formatQualifierDstIp6(const PtrConst& entryShadow) const {
+  return formatIp6(entryShadow, qualifierDstIp6, qualifierDstIp6Alt);
+}
+
+Halvo::String Ip6EntryRequestCliFormat::formatQualifierIp6TrafficClass(
+    const PtrConst& entryShadow) const {
+  Halvo::String text;
+  if (isProgrammed(entryShadow, qualifierIp6TrafficClass)) {
+    Qualifier const qual =
+        hwQual(entryShadow, qualifierIp6TrafficClass, assertions::ip6TrafficClassRecord);
+    if (qual.mask() != 0) text = Zel::_fmt("%d/0x%02X", qual.value(), qual.mask());
+  }
+  return Zel::_fmt(" %8s |", text);
+}
+
+Halvo::String Ip6EntryRequestCliFormat::formatQualifierIp6HopLimit(
+    const PtrConst& entryShadow) const {
+  Halvo::String text;
+  if (isProgrammed(entryShadow, qualifierIp6HopLimit)) {
+    Qualifier const qual = hwQual(entryShadow, qualifierIp6HopLimit, assertions::ip6HopLimitRecord);
+    if (qual.mask() != 0) text = Zel::_fmt("%d", qual.value());
+  }
+  return Zel::_fmt("%11s|", text);
+}
+
+}  // namespace VelmorTcam

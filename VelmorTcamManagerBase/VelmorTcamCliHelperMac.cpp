@@ -1,0 +1,35 @@
+// The MAC table's own cells. They carry no width: the row that lines them up is a subclass's.
+#include "VelmorTcamManagerBase/VelmorTcamCliHelperReading.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesAssertions.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
+#include "Zel/Format.h"
+
+namespace VelmorTcam {
+
+Halvo::String MacEntryRequestCliFormat::formatQualifierMacAddr(
+    const PtrConst& entryShadow, QualifierType qualifierMacAddr) const {
+  Zel::assertThat(qualifierMacAddr == qualifierSrcMac || qualifierMacAddr == qualifierDstMac,
+                  assertions::macAddrQualifier);
+  Halvo::String address;
+  Halvo::String mask;
+  if (isProgrammed(entryShadow, qualifierMacAddr)) {
+    EthAddrQualifier const qual = hwRecord(entryShadow, qualifierMacAddr, &QualifierData::ethQual,
+                                           &assertions::macAddrRecord);
+    address = qual.address().stringValue();
+    mask = qual.mask().stringValue();
+  }
+  return Zel::_fmt("%s|%s|", address, mask);
+}
+
+Halvo::String MacEntryRequestCliFormat::formatQualifierEtherType(
+    const PtrConst& entryShadow) const {
+  // Absent is blank, any type is "*", and the mask is never shown.
+  Halvo::String text;
+  if (isProgrammed(entryShadow, qualifierEtherType)) {
+    Qualifier const qual = hwQual(entryShadow, qualifierEtherType, assertions::etherTypeRecord);
+    text = qual.mask() != 0 ? Zel::_fmt("%xh", qual.value()) : Halvo::String("*");
+  }
+  return Zel::_fmt("%s|", text);
+}
+
+}  // namespace VelmorTcam

@@ -1,0 +1,4 @@
+// The export mark of libVelmorTcamCliHelper.so. Everything else in it is hidden.
+#pragma once
+
+#define VELMOR_TCAM_API __attribute__((visibility("default")))
