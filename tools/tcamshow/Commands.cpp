@@ -3,6 +3,7 @@
 #include "Command.h"
 #include "ImportClassbench.h"
 #include "LineReader.h"
+#include "ShowTable.h"
 
 namespace tcamshow {
 
@@ -42,10 +43,38 @@ class ImportCommand : public Command {
   std::string file_;
 };
 
+/// `NAME FILE`: a command that reads a snapshot and prints.
+class ShowCommand : public Command {
+ public:
+  using Show = void (*)(InputFile&, OutputBuffer&);
+
+  ShowCommand(const char* name, const char* description, Show show)
+      : name_(name), description_(description), show_(show) {}
+
+  CLI::App* declare(CLI::App& app) override {
+    CLI::App* const command = app.add_subcommand(name_, description_);
+    declareFile(*command, file_);
+    return command;
+  }
+
+  void run(OutputBuffer& out) override {
+    InputFile file(file_);
+    show_(file, out);
+  }
+
+ private:
+  const char* name_;
+  const char* description_;
+  Show show_;
+  std::string file_;
+};
+
 }  // namespace
 
 std::vector<std::unique_ptr<Command>> allCommands() {
   std::vector<std::unique_ptr<Command>> commands;
+  commands.push_back(std::make_unique<ShowCommand>("ip", "The IPv4 table", showIp));
+  commands.push_back(std::make_unique<ShowCommand>("tcam", "Every entry, in one line", showTcam));
   commands.push_back(std::make_unique<ImportCommand>(
       "classbench", "Filter sets of packet-classification research", importClassbench));
   return commands;
