@@ -1,7 +1,5 @@
 #include "Trelix/NetU16.h"
 
-#include <charconv>
-
 #include "Trelix/TextOut.h"
 
 namespace Trelix {
@@ -23,9 +21,7 @@ const char* read(std::string_view text, U16& number) noexcept {
 
 }  // namespace
 
-char* NetU16::write(char* out) const noexcept {
-  return std::to_chars(out, out + maxTextSize, value()).ptr;
-}
+char* NetU16::write(char* out) const noexcept { return Zel::writeDecimal(out, value()); }
 
 NetU16 NetU16::parse(std::string_view text) {
   U16 number = 0;

@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <atomic>
-#include <charconv>
+#include <bit>
 #include <cstdint>
 #include <cstring>
-#include <iterator>
 #include <ostream>
 #include <string>
 
@@ -38,38 +37,40 @@ const EnumValue* findNumber(const TypeDescriptor& descriptor, U32 number) noexce
   return at != values.end() && at->number == number ? &*at : nullptr;
 }
 
+// `name` holds no NUL: strncmp then compares no further than the value's own end, and the byte
+// behind an equal text is there to be read.
 bool isNamed(const EnumValue& value, std::string_view name) noexcept {
-  // strncmp stops at the end of the value's own name; a NUL in `name` can then match no further.
-  return std::strncmp(value.name, name.data(), name.size()) == 0 &&
-         std::strlen(value.name) == name.size();
+  return std::strncmp(value.name, name.data(), name.size()) == 0 && value.name[name.size()] == '\0';
 }
 
 // Where a name was found last, by a hash of type and name. A hint that another name has overwritten
 // costs that search only.
-constexpr std::size_t hintCount = 1024;
-constinit std::atomic<U8> hints[hintCount] = {};
+constexpr unsigned hintBits = 10;
+constinit std::atomic<U8> hints[1U << hintBits] = {};
+
+U64 loadWord(const char* at) noexcept {
+  U64 word;
+  std::memcpy(&word, at, sizeof word);
+  return word;
+}
 
 std::size_t hintIndex(const TypeDescriptor& descriptor, std::string_view name) noexcept {
   constexpr U64 factor = 0x9E3779B97F4A7C15U;
-  U64 hash = reinterpret_cast<std::uintptr_t>(&descriptor) ^ (name.size() * factor);
+  U64 hash = reinterpret_cast<std::uintptr_t>(&descriptor) + name.size();
   const char* at = name.data();
-  std::size_t left = name.size();
-  for (; left >= 8; left -= 8, at += 8) {
-    U64 word;
-    std::memcpy(&word, at, 8);
-    hash = (hash ^ word) * factor;
-    hash ^= hash >> 32;
+  if (name.size() < 8) {
+    for (char const c : name) hash = hash * 31 + static_cast<unsigned char>(c);
+  } else {
+    const char* const last = at + name.size() - 8;
+    for (; at < last; at += 8) hash = (std::rotl(hash, 23) ^ loadWord(at)) * factor;
+    hash = std::rotl(hash, 23) ^ loadWord(last);  // overlaps the word before it
   }
-  U64 tail = 0;
-  if (left != 0) std::memcpy(&tail, at, left);
-  hash = (hash ^ tail) * factor;
-  return hash >> 54;
+  return hash * factor >> (64 - hintBits);
 }
-static_assert(hintCount == std::size_t{1} << (64 - 54));
 
 const EnumValue* findName(const TypeDescriptor& descriptor, std::string_view name) noexcept {
   auto const values = descriptor.enumValues;
-  if (name.empty()) return nullptr;
+  if (name.empty() || std::memchr(name.data(), '\0', name.size()) != nullptr) return nullptr;
   std::atomic<U8>& hint = hints[hintIndex(descriptor, name)];
   std::size_t const hinted = hint.load(std::memory_order_relaxed);
   if (hinted < values.size() && isNamed(values[hinted], name)) [[likely]] {
@@ -104,10 +105,8 @@ Halvo::String textOf(const TypeDescriptor& descriptor, U8 value) {
   std::string_view const full(descriptor.name);
   std::size_t const colon = full.rfind(':');
   Halvo::String text(colon == std::string_view::npos ? full : full.substr(colon + 1));
-  char number[3];
-  auto const end = std::to_chars(std::begin(number), std::end(number), unsigned{value}).ptr;
   text += '(';
-  text.append(number, static_cast<std::size_t>(end - number));
+  appendDecimal(text, value);
   text += ')';
   return text;
 }
@@ -117,8 +116,9 @@ Halvo::String textOf(const TypeDescriptor& descriptor, U8 value) {
 U8 enum8FromNumber(const TypeModule& module, std::size_t type, U32 number) {
   const TypeDescriptor& descriptor = enum8Descriptor(module, type);
   if (findNumber(descriptor, number) == nullptr) [[unlikely]] {
+    char digits[maxDecimalSize];
     throw RangeError(std::string(descriptor.name) + ": no value has the number " +
-                     std::to_string(number));
+                     std::string(digits, writeDecimal(digits, number)));
   }
   return static_cast<U8>(number);
 }

@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstring>
+#include <iterator>
 
 namespace Zel {
 
@@ -34,6 +36,25 @@ void appendOneLine(Halvo::String& out, std::string_view text) {
     }
   }
   if (clean < text.size()) out.append(text.data() + clean, text.size() - clean);
+}
+
+char* writeDecimal(char* out, U64 number) noexcept {
+  char digits[maxDecimalSize];
+  char* begin = std::end(digits);
+  do {
+    *--begin = static_cast<char>('0' + number % 10);
+    number /= 10;
+  } while (number != 0);
+  auto const size = static_cast<std::size_t>(std::end(digits) - begin);
+  std::memcpy(out, begin, size);
+  return out + size;
+}
+
+void appendDecimal(Halvo::String& out, U64 number, std::size_t width) {
+  char digits[maxDecimalSize];
+  auto const size = static_cast<std::size_t>(writeDecimal(digits, number) - digits);
+  if (size < width) out.append(width - size, '0');
+  out.append(digits, size);
 }
 
 std::string quotedForMessage(std::string_view text) {

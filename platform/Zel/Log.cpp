@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <cstring>
-#include <iterator>
 #include <mutex>
 #include <utility>
 
@@ -42,24 +40,18 @@ Halvo::String filled(const char* format, std::string_view argument) {
   return text;
 }
 
-void appendNumber(Halvo::String& out, U64 number) {
-  char digits[20];
-  auto const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-  out.append(digits, static_cast<std::size_t>(end - digits));
-}
-
 void writeLine(const LogRecord& record) {
   Halvo::String line;
   line.reserve(record.text.size() + 80);
   line += '%';
   appendOneLine(line, record.key);
   line += '-';
-  appendNumber(line, record.severity);
+  appendDecimal(line, record.severity);
   line += ": ";
   appendOneLine(line, record.text);
   if (record.suppressed != 0) {
     line += " (";
-    appendNumber(line, record.suppressed);
+    appendDecimal(line, record.suppressed);
     line += " more like it suppressed)";
   }
   line += '\n';

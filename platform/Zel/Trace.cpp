@@ -105,14 +105,6 @@ void readEnvironment() noexcept {
   while (settings != nullptr) delete std::exchange(settings, settings->next);
 }
 
-void appendNumber(Halvo::String& out, U64 number, int width = 1) {
-  char digits[20];
-  auto const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-  auto const size = static_cast<int>(end - digits);
-  if (size < width) out.append(static_cast<std::size_t>(width - size), '0');
-  out.append(digits, static_cast<std::size_t>(size));
-}
-
 // 2024-05-01T12:34:56.123456Z
 void appendTime(Halvo::String& out, std::chrono::nanoseconds sinceEpoch) {
   namespace chrono = std::chrono;
@@ -120,19 +112,19 @@ void appendTime(Halvo::String& out, std::chrono::nanoseconds sinceEpoch) {
   chrono::year_month_day const date{chrono::sys_days(days)};
   chrono::hh_mm_ss const time(chrono::floor<chrono::microseconds>(sinceEpoch - days));
   // The clock's nanoseconds reach from 1677 to 2262: the year is positive.
-  appendNumber(out, static_cast<U64>(static_cast<int>(date.year())), 4);
+  appendDecimal(out, static_cast<U64>(static_cast<int>(date.year())), 4);
   out += '-';
-  appendNumber(out, static_cast<unsigned>(date.month()), 2);
+  appendDecimal(out, static_cast<unsigned>(date.month()), 2);
   out += '-';
-  appendNumber(out, static_cast<unsigned>(date.day()), 2);
+  appendDecimal(out, static_cast<unsigned>(date.day()), 2);
   out += 'T';
-  appendNumber(out, static_cast<U64>(time.hours().count()), 2);
+  appendDecimal(out, static_cast<U64>(time.hours().count()), 2);
   out += ':';
-  appendNumber(out, static_cast<U64>(time.minutes().count()), 2);
+  appendDecimal(out, static_cast<U64>(time.minutes().count()), 2);
   out += ':';
-  appendNumber(out, static_cast<U64>(time.seconds().count()), 2);
+  appendDecimal(out, static_cast<U64>(time.seconds().count()), 2);
   out += '.';
-  appendNumber(out, static_cast<U64>(time.subseconds().count()), 6);
+  appendDecimal(out, static_cast<U64>(time.subseconds().count()), 6);
   out += 'Z';
 }
 
@@ -143,11 +135,11 @@ void emit(TraceRecord& record) {
   line += ' ';
   appendOneLine(line, record.handle);
   line += '/';
-  appendNumber(line, record.level);
+  appendDecimal(line, record.level);
   line += ' ';
   appendOneLine(line, record.source);
   line += ':';
-  appendNumber(line, record.sourceLine);
+  appendDecimal(line, record.sourceLine);
   line += ' ';
   appendOneLine(line, record.function);
   line += ": ";
@@ -229,15 +221,14 @@ void TraceStream::append(std::string_view piece) noexcept {
 }
 
 void TraceStream::appendSigned(S64 number) noexcept {
-  char digits[20];
-  auto const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-  append({digits, static_cast<std::size_t>(end - digits)});
+  if (number < 0) append("-");
+  // Negated as unsigned: the smallest number has no positive of its own.
+  appendUnsigned(number < 0 ? U64{0} - static_cast<U64>(number) : static_cast<U64>(number));
 }
 
 void TraceStream::appendUnsigned(U64 number) noexcept {
-  char digits[20];
-  auto const end = std::to_chars(std::begin(digits), std::end(digits), number).ptr;
-  append({digits, static_cast<std::size_t>(end - digits)});
+  char digits[maxDecimalSize];
+  append({digits, static_cast<std::size_t>(writeDecimal(digits, number) - digits)});
 }
 
 TraceStream& TraceStream::operator<<(double piece) noexcept {
@@ -248,10 +239,16 @@ TraceStream& TraceStream::operator<<(double piece) noexcept {
 }
 
 TraceStream& TraceStream::operator<<(const void* piece) noexcept {
-  char digits[2 + 16] = {'0', 'x'};
-  auto const end =
-      std::to_chars(digits + 2, std::end(digits), reinterpret_cast<std::uintptr_t>(piece), 16).ptr;
-  append({digits, static_cast<std::size_t>(end - digits)});
+  auto number = reinterpret_cast<std::uintptr_t>(piece);
+  char digits[2 + 2 * sizeof number];
+  char* begin = std::end(digits);
+  do {
+    *--begin = "0123456789abcdef"[number & 15];
+    number >>= 4;
+  } while (number != 0);
+  *--begin = 'x';
+  *--begin = '0';
+  append({begin, static_cast<std::size_t>(std::end(digits) - begin)});
   return *this;
 }
 

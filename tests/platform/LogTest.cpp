@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <cstring>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -250,7 +249,9 @@ struct Section {
 
 Section logSection() {
   std::ifstream file("/proc/self/exe", std::ios::binary);
-  std::string const image((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  std::ostringstream copy;
+  copy << file.rdbuf();
+  std::string const image = copy.str();
   Elf64_Ehdr header;
   std::memcpy(&header, image.data(), sizeof header);
   std::vector<Elf64_Shdr> sections(header.e_shnum);
