@@ -145,12 +145,12 @@ struct Field {
   bool has(Flag flag) const { return (flags & flag) != 0; }
 };
 
-/// Signs and base marks before a number: at most three bytes.
+/// Signs and base marks before a number: at most three bytes, the first lowest.
 struct Prefix {
-  char bytes[3];
+  U32 bytes = 0;
   U32 size = 0;
 
-  void add(char byte) { bytes[size++] = byte; }
+  void add(char byte) { bytes |= static_cast<U32>(byte) << (8 * size++); }
 };
 
 /// Lays out a number of `digits` digits. Where they go, or null when the number is only counted.
@@ -176,7 +176,7 @@ struct Prefix {
       at += blanks;
     }
   }
-  for (U32 i = 0; i < prefix.size; ++i) *at++ = prefix.bytes[i];
+  for (U32 bytes = prefix.bytes; bytes != 0; bytes >>= 8) *at++ = static_cast<char>(bytes);
   if (zeros != 0) {
     // A field to the left has its blanks already: no byte too far here.
     if (field.has(left)) {
@@ -228,10 +228,10 @@ struct Prefix {
 }
 
 U32 decimalDigits(U64 value) {
-  // 1233 / 4096 is just above the logarithm of 2 to base 10: one too many at most.
-  U32 const bits = static_cast<U32>(std::bit_width(value | 1));
-  U32 const digits = bits * 1233 >> 12;
-  return digits + (value >= powersOfTen[digits] ? 1 : 0);
+  // 1233 / 4096 is just above the logarithm of 2 to base 10: one too few at most.
+  value |= 1;
+  U32 const fewest = static_cast<U32>(std::bit_width(value)) * 1233 >> 12;
+  return fewest + (value >= powersOfTen[fewest] ? 1 : 0);
 }
 
 /// Writes all digits of `value` so that they end at `end`.
