@@ -25,7 +25,10 @@ class NameTable {
   static constexpr std::size_t none = count;
 
   consteval explicit NameTable(const std::string_view (&names)[count]) {
-    for (std::size_t i = 0; i < count; ++i) names_[i] = names[i];
+    for (std::size_t i = 0; i < count; ++i) {
+      names_[i] = names[i];
+      tails_[i] = tail(names[i]);
+    }
     // Any odd number may do; the first that separates the names is kept.
     multiplier_ = 0x9E3779B97F4A7C15u;
     for (int attempt = 0; !placed(); multiplier_ = multiplier_ * 0xD1342543DE82EF95u + 2) {
@@ -38,8 +41,15 @@ class NameTable {
 
   /// The name's index in the list, or `none`.
   constexpr std::size_t find(std::string_view name) const noexcept {
-    std::size_t const index = slots_[slot(name)];
-    return index != none && names_[index] == name ? index : none;
+    std::uint64_t const end = tail(name);
+    std::size_t const index = slots_[slot(end, name.size())];
+    if (index == none || names_[index].size() != name.size() || tails_[index] != end) return none;
+    // The tail is all of a short name.
+    if (name.size() <= sizeof end) return index;
+    return names_[index].substr(0, name.size() - sizeof end) ==
+                   name.substr(0, name.size() - sizeof end)
+               ? index
+               : none;
   }
 
  private:
@@ -49,25 +59,32 @@ class NameTable {
 
   static constexpr std::uint64_t tail(std::string_view name) noexcept {
     std::uint64_t word = 0;
-    if (!std::is_constant_evaluated() && std::endian::native == std::endian::little &&
-        name.size() >= sizeof word) {
-      std::memcpy(&word, name.data() + (name.size() - sizeof word), sizeof word);
-      return word;
+    std::size_t const size = name.size();
+    if (!std::is_constant_evaluated() && std::endian::native == std::endian::little && size >= 4) {
+      if (size >= sizeof word) {
+        std::memcpy(&word, name.data() + (size - sizeof word), sizeof word);
+        return word;
+      }
+      // Both halves may hold the same bytes, at the same place.
+      std::uint32_t low = 0;
+      std::uint32_t high = 0;
+      std::memcpy(&low, name.data(), sizeof low);
+      std::memcpy(&high, name.data() + (size - sizeof high), sizeof high);
+      return low | std::uint64_t{high} << (size - sizeof high) * 8;
     }
-    std::size_t const from = name.size() < 8 ? 0 : name.size() - 8;
-    for (std::size_t i = name.size(); i-- > from;) {
+    std::size_t const from = size < sizeof word ? 0 : size - sizeof word;
+    for (std::size_t i = size; i-- > from;) {
       word = word << 8 | static_cast<unsigned char>(name[i]);
     }
     return word;
   }
-  constexpr std::size_t slot(std::string_view name) const noexcept {
-    return static_cast<std::size_t>(((tail(name) ^ name.size() << 56) * multiplier_) >>
-                                    (64 - bits));
+  constexpr std::size_t slot(std::uint64_t end, std::size_t size) const noexcept {
+    return static_cast<std::size_t>(((end ^ size << 56) * multiplier_) >> (64 - bits));
   }
   constexpr bool placed() noexcept {
     slots_.fill(static_cast<Index>(none));
     for (std::size_t i = 0; i < count; ++i) {
-      Index& index = slots_[slot(names_[i])];
+      Index& index = slots_[slot(tails_[i], names_[i].size())];
       if (index != none) return false;
       index = static_cast<Index>(i);
     }
@@ -75,6 +92,7 @@ class NameTable {
   }
 
   std::array<std::string_view, count> names_{};
+  std::array<std::uint64_t, count> tails_{};
   std::array<Index, std::size_t{1} << bits> slots_{};
   std::uint64_t multiplier_ = 0;
 };

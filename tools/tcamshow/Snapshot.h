@@ -59,6 +59,9 @@ struct AddressAndMask {
 };
 
 struct Qualifier {
+  // Written out: the addresses are left as they are, for one kind in four fills them.
+  Qualifier() noexcept {}
+
   std::uint8_t type = 0;  ///< the number of the qualifier type
   QualifierKind kind = QualifierKind::word;
   std::uint8_t status = statusProgrammed;
@@ -67,7 +70,7 @@ struct Qualifier {
   std::uint32_t mask = 0;
   /// Value and mask of the kinds ip6 and mac, in network order.
   union {
-    AddressAndMask<Ip6Octets> ip6 = {};
+    AddressAndMask<Ip6Octets> ip6;
     AddressAndMask<MacOctets> mac;
   };
 };

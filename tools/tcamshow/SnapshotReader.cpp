@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <new>
 #include <string>
@@ -89,13 +90,31 @@ struct PlaceHash {
   }
 };
 
-/// Whether a byte below 0x20, or 0x7F, stands in the text.
-bool holdsControlCharacter(std::string_view text) noexcept {
-  bool found = false;
-  for (char const c : text) {
-    found |= static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+/// Up to where a string is plain: the first byte that is a quote, a backslash or a control
+/// character. One of them, or the padding, follows every string.
+const char* plainEnd(const char* at) noexcept {
+  constexpr std::uint64_t ones = 0x0101010101010101u;
+  constexpr std::uint64_t highs = ones * 0x80;
+  if constexpr (std::endian::native == std::endian::little) {
+    for (;; at += sizeof(std::uint64_t)) {
+      std::uint64_t word;
+      std::memcpy(&word, at, sizeof word);
+      // A byte that is 0 borrows from the one above it, so only the lowest mark is sure; it is the
+      // one that is asked for.
+      std::uint64_t const quotes = word ^ ones * '"';
+      std::uint64_t const backslashes = word ^ ones * '\\';
+      std::uint64_t const deletes = word ^ ones * 0x7F;
+      std::uint64_t const marks = ((quotes - ones) & ~quotes) |
+                                  ((backslashes - ones) & ~backslashes) |
+                                  ((deletes - ones) & ~deletes) | ((word - ones * 0x20) & ~word);
+      if ((marks & highs) != 0) return at + std::countr_zero(marks & highs) / 8;
+    }
+  } else {
+    while (*at != '"' && *at != '\\' && *at != 0x7F && static_cast<unsigned char>(*at) >= 0x20) {
+      ++at;
+    }
+    return at;
   }
-  return found;
 }
 
 std::string hexadecimal(unsigned char c) {
@@ -218,28 +237,52 @@ class SnapshotReader::Impl {
     return static_cast<Number>(wide);
   }
 
-  std::string_view text(ondemand::value& value, std::string_view expected = "a string") const {
-    std::string_view text;
-    simdjson::error_code const error = value.get_string().get(text);
-    if (error == simdjson::INCORRECT_TYPE) [[unlikely]] {
+  /// A string's text. Where nothing in it is escaped, which is the rule, that is the line's own.
+  /// With `isPlain`, says whether the text is known to hold no control character.
+  std::string_view text(ondemand::value& value, std::string_view expected = "a string",
+                        bool* isPlain = nullptr) const {
+    std::string_view const token = value.raw_json_token();
+    if (!token.starts_with('"')) [[unlikely]] {
       failMember(": " + described(value) + " is not " + std::string(expected));
     }
-    if (error != simdjson::SUCCESS) [[unlikely]]
+    const char* const from = token.data() + 1;
+    const char* const end = plainEnd(from);
+    if (*end == '"') [[likely]] {
+      check(value.get_raw_json_string().error());
+      if (isPlain != nullptr) *isPlain = true;
+      return {from, static_cast<std::size_t>(end - from)};
+    }
+    std::string_view text;
+    if (value.get_string().get(text) != simdjson::SUCCESS)
       failMember(": the string has a bad escape");
     return text;
   }
 
   std::string_view printable(ondemand::value& value) const {
-    std::string_view const result = text(value);
-    if (holdsControlCharacter(result)) [[unlikely]] {
-      for (char const c : result) {
-        auto const byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F) {
-          failMember(": holds the control character U+00" + hexadecimal(byte));
-        }
+    bool isPlain = false;
+    std::string_view const result = text(value, "a string", &isPlain);
+    if (isPlain) [[likely]]
+      return result;
+    for (char const c : result) {
+      auto const byte = static_cast<unsigned char>(c);
+      if (byte < 0x20 || byte == 0x7F) {
+        failMember(": holds the control character U+00" + hexadecimal(byte));
       }
     }
     return result;
+  }
+
+  /// A member's name, as text() gives a value.
+  std::string_view name(ondemand::field& field) const {
+    const char* const from = field.key().raw();
+    const char* const end = plainEnd(from);
+    if (*end == '"') [[likely]]
+      return {from, static_cast<std::size_t>(end - from)};
+    std::string_view name;
+    if (field.unescaped_key().get(name) != simdjson::SUCCESS) {
+      fail("the name of a member has a bad escape");
+    }
+    return name;
   }
 
   ondemand::object object(ondemand::value& value) const {
@@ -258,15 +301,12 @@ class SnapshotReader::Impl {
       word = number<std::uint32_t>(value);
       return;
     }
-    std::string_view address;
-    simdjson::error_code const error = value.get_string().get(address);
-    if (error == simdjson::INCORRECT_TYPE) {
+    if (!value.raw_json_token().starts_with('"')) {
       word = number<std::uint32_t>(value);
-    } else if (error != simdjson::SUCCESS) {
-      failMember(": the string has a bad escape");
-    } else if (!ipFromText(address, word)) [[unlikely]] {
-      failMember(": " + quoted(address) + " is not an IPv4 address");
+      return;
     }
+    std::string_view const address = text(value);
+    if (!ipFromText(address, word)) failMember(": " + quoted(address) + " is not an IPv4 address");
   }
 
   void qualifierValue(ondemand::value& value, Qualifier& qualifier, bool isMask) const {
@@ -504,12 +544,11 @@ class SnapshotReader::Impl {
 
   /// The type may stand anywhere in the line; where it comes first, nothing else is looked at.
   LineType lineTypeRead(ondemand::object& members) {
-    for (auto field : members) {
-      std::string_view name;
-      check(field.unescaped_key().get(name));
-      if (name != "type") continue;
-      ondemand::value value;
-      check(field.value().get(value));
+    for (auto result : members) {
+      check(result.error());
+      ondemand::field&& field = std::move(result).value_unsafe();
+      if (name(field) != "type") continue;
+      ondemand::value& value = field.value();
       member_ = memberNames[memberType];
       std::string_view const type = text(value);
       std::size_t const found = lineTypes.find(type);
@@ -545,13 +584,12 @@ class SnapshotReader::Impl {
   /// Calls `use(name, value)` for each field, with `place`, which messages name, set to its name.
   template <class Use>
   void eachField(ondemand::object fields, std::string_view& place, const Use& use) {
-    for (auto field : fields) {
-      std::string_view name;
-      check(field.unescaped_key().get(name));
-      ondemand::value value;
-      check(field.value().get(value));
-      place = name;
-      use(name, value);
+    for (auto result : fields) {
+      check(result.error());
+      // The field is used where it stands: it is too costly to hand over.
+      ondemand::field&& field = std::move(result).value_unsafe();
+      place = name(field);
+      use(place, field.value());
     }
     place = {};
   }
