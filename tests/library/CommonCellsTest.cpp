@@ -218,7 +218,7 @@ TEST(PortCells, ShowIcmpTypeAndCode) {
       {"code in a full-mask qualifier", 1, true, 0x0800, 0xFF00, true, 0x0103, 65535,
        "          8|", "          3|"},
       // A mask that leaves the byte free falls back to the port form.
-      {"type byte free", 1, true, 5, 0x00FF, true, 0x0300, 0xFF00, "    5-65285|", "    768-1023|"},
+      {"type byte free", 1, true, 5, 0x00FF, true, 0x0300, 0xFF00, "    5-65285|", "   768-1023|"},
       {"not ICMP", 6, true, 2048, 65280, true, 3, 255, "  2048-2303|", "    3-65283|"},
       {"protocol beyond 8 bits", 0x101, true, 2048, 65280, false, 0, 0, "          8|",
        "          *|"},
