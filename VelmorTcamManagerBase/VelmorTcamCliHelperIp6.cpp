@@ -17,7 +17,7 @@ Halvo::String formatIp6(const VelmorTcamEntryShadow::PtrConst& entryShadow, Qual
   for (QualifierType const type : {first, fallback}) {
     if (!isProgrammed(entryShadow, type)) continue;
     // A record that was never given reads as all zero here, and shows as any address.
-    qual = hwRecord(entryShadow, type, &QualifierData::ip6Qual, nullptr);
+    qual = hwRecord<&QualifierData::ip6Qual>(entryShadow, type);
     break;
   }
   U8 const length = Trelix::ip6AddrToPrefixLen(qual.mask());

@@ -13,8 +13,9 @@ Halvo::String MacEntryRequestCliFormat::formatQualifierMacAddr(
   Halvo::String address;
   Halvo::String mask;
   if (isProgrammed(entryShadow, qualifierMacAddr)) {
-    EthAddrQualifier const qual = hwRecord(entryShadow, qualifierMacAddr, &QualifierData::ethQual,
-                                           &assertions::macAddrRecord);
+    EthAddrQualifier const qual =
+        hwRecord<&QualifierData::ethQual>(entryShadow, qualifierMacAddr);
+    Zel::assertThat(static_cast<bool>(qual), assertions::macAddrRecord);
     address = qual.address().stringValue();
     mask = qual.mask().stringValue();
   }

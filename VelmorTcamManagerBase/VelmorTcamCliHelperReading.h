@@ -12,21 +12,21 @@ inline bool isProgrammed(const VelmorTcamEntryShadow::PtrConst& entryShadow, Qua
 
 /// The record that `accessor` reads of a programmed qualifier. The lookups are not tested: the
 /// shadow guarantees them once the status says programmed, and a broken guarantee is to stop the
-/// process on the spot. `unset`, unless null, is the assertion that the record is set.
-template <class Record>
-Record hwRecord(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType type,
-                Record (QualifierData::*accessor)() const noexcept,
-                const Zel::AssertionSite* unset) {
+/// process on the spot.
+template <auto accessor>
+auto hwRecord(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType type) {
   Halvo::Ptr<QualifierStatus> const status = entryShadow->qualifier(type);
   Halvo::Ptr<QualifierData> const qualData = status->hwQualData(type);
-  Record const record = ((*qualData).*accessor)();
-  if (unset != nullptr) Zel::assertThat(static_cast<bool>(record), *unset);
-  return record;
+  return ((*qualData).*accessor)();
 }
 
+/// The record of a programmed qualifier that takes numbers; `unset` is the assertion that it is
+/// set.
 inline Qualifier hwQual(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType type,
                         const Zel::AssertionSite& unset) {
-  return hwRecord(entryShadow, type, &QualifierData::qual, &unset);
+  Qualifier const record = hwRecord<&QualifierData::qual>(entryShadow, type);
+  Zel::assertThat(static_cast<bool>(record), unset);
+  return record;
 }
 
 }  // namespace VelmorTcam

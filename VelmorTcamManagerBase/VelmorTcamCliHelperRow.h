@@ -17,7 +17,16 @@ class RowText {
   RowText(const RowText&) = delete;
   RowText& operator=(const RowText&) = delete;
 
-  RowText& operator<<(const Halvo::String& cell) { return *this << cell.view(); }
+  RowText& operator<<(const Halvo::String& cell) {
+    std::size_t const size = cell.size();
+    if (size <= Halvo::String::inlineCapacity && room() >= readable) [[likely]] {
+      // A move of fixed size: what it carries too far is written over by what follows.
+      std::memcpy(at_, cell.data(), readable);
+      at_ += size;
+      return *this;
+    }
+    return *this << cell.view();
+  }
   RowText& operator<<(std::string_view text) {
     if (text.size() <= room()) [[likely]] {
       std::memcpy(at_, text.data(), text.size());
@@ -36,6 +45,8 @@ class RowText {
   }
 
  private:
+  static constexpr std::size_t readable = Halvo::String::readableBytes;
+
   std::size_t size() const noexcept { return static_cast<std::size_t>(at_ - buffer_); }
   std::size_t room() const noexcept { return sizeof buffer_ - size(); }
   void spill() {

@@ -31,7 +31,7 @@ String& String::operator=(const String& other) {
   return *this;
 }
 
-void String::heapRelease() noexcept { ::operator delete(heap_.data, heap_.capacity + 1); }
+void String::heapRelease() noexcept { ::operator delete(heap_.data); }
 
 char* String::appendSlow(std::size_t count) {
   std::size_t const size = this->size();

@@ -40,6 +40,9 @@ class VELMOR_PLATFORM_API String {
   using const_iterator = const char*;
 
   static constexpr std::size_t inlineCapacity = 63;
+  /// So many bytes at data() may always be read (a heap text is never smaller), whatever the size;
+  /// what they hold beyond the terminator means nothing.
+  static constexpr std::size_t readableBytes = 64;
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
   String() noexcept { inlineSizeIs(0); }
