@@ -1,9 +1,8 @@
-// Cells and pieces of rows that more than one table uses, beside the virtual ones.
+// Cells that more than one table uses, beside the virtual ones.
 #pragma once
 
 #include "Halvo/String.h"
 #include "VelmorTcamEntryShadow.h"
-#include "VelmorTcamManagerBase/VelmorTcamCliHelperRow.h"
 #include "Zel/Assert.h"
 #include "Zel/Format.h"
 
@@ -11,9 +10,10 @@ namespace VelmorTcam {
 
 /// The hits, with no bar, where the counters are programmed; else nothing. The number is the
 /// caller's; the counters are only held while their status is read.
-inline void appendHits(RowText& row, const VelmorTcamEntryShadow::PtrConst& entryShadow, U64 hits) {
+inline Halvo::String formatHits(const VelmorTcamEntryShadow::PtrConst& entryShadow, U64 hits) {
   [[maybe_unused]] CounterSet const counters = entryShadow->counters();
-  if (entryShadow->counterStatus() == hwQualStatusProgrammed) row << Zel::_fmt("%11lu", hits);
+  if (entryShadow->counterStatus() != hwQualStatusProgrammed) return {};
+  return Zel::_fmt("%11lu", hits);
 }
 
 /// The DSCP cell of both IP tables.

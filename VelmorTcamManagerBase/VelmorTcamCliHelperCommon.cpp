@@ -25,21 +25,46 @@ constexpr PortCell srcPortCell{qualifierL4SrcPort, rangeCheckerL4SrcPort,
 constexpr PortCell dstPortCell{qualifierL4DstPort, rangeCheckerL4DstPort,
                                assertions::l4DstPortRecord};
 
+/// Whether the port qualifiers may carry ICMP. The source port whatever the port in question is: a
+/// code is shown only beside its type.
+bool hasIcmp(const VelmorTcamEntryShadow::PtrConst& entryShadow) {
+  return isProgrammed(entryShadow, qualifierIpProtocol) &&
+         isProgrammed(entryShadow, qualifierL4SrcPort);
+}
+
+/// What `port`, the record of `portType`, carries of ICMP.
+U16 icmpOf(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType portType,
+           const ValueAndMask& port, bool& isIcmp) {
+  ValueAndMask const protocol =
+      hwQual(entryShadow, qualifierIpProtocol, assertions::getQualifierL4PortIfIcmpProtocol);
+  U8 const number = static_cast<U8>(protocol.value);
+  if (number != protocolIcmp && number != protocolIcmp6) return 0;
+  if ((port.mask & 0xFF00) != 0 && portType == qualifierL4SrcPort) {
+    isIcmp = true;
+    return static_cast<U16>(static_cast<U16>(port.value) >> 8);
+  }
+  if ((port.mask & 0x00FF) != 0 && portType == qualifierL4DstPort) {
+    isIcmp = true;
+    return static_cast<U16>(port.value & 0xFF);
+  }
+  return 0;
+}
+
 Halvo::String formatPort(const EntryRequestCliFormat& format,
                          const VelmorTcamEntryShadow::PtrConst& entryShadow, const PortCell& cell) {
   Halvo::String range = format.formatQualifierRangeCheck(entryShadow, cell.rangeChecker);
   if (!range.empty()) return range;
   if (!isProgrammed(entryShadow, cell.type)) return Zel::_fmt("%11s|", "*");
 
-  Qualifier const qual = hwQual(entryShadow, cell.type, cell.unset);
+  ValueAndMask const qual = hwQual(entryShadow, cell.type, cell.unset);
   bool isIcmp = false;
-  U16 const icmp = getQualifierL4PortIfIcmp(entryShadow, cell.type, isIcmp);
-  if (isIcmp) return Zel::_fmt("%11s|", Zel::_fmt("%d", icmp));
+  U16 const icmp = hasIcmp(entryShadow) ? icmpOf(entryShadow, cell.type, qual, isIcmp) : U16{0};
+  if (isIcmp) return Zel::_fmt("%11d|", icmp);
 
-  U16 const low = static_cast<U16>(qual.value());
-  U16 const high = static_cast<U16>(qual.value() | ~qual.mask());  // every free bit set
+  U16 const low = static_cast<U16>(qual.value);
+  U16 const high = static_cast<U16>(qual.value | ~qual.mask);  // every free bit set
   if (low == 0 && high == 0xFFFF) return Zel::_fmt("%11s|", "*");
-  if (low == high) return Zel::_fmt("%11s|", Zel::_fmt("%d", low));
+  if (low == high) return Zel::_fmt("%11d|", low);
   return Zel::_fmt("%11s|", Zel::_fmt("%d-%d", low, high));
 }
 
@@ -47,25 +72,9 @@ Halvo::String formatPort(const EntryRequestCliFormat& format,
 
 U16 getQualifierL4PortIfIcmp(const Halvo::Ptr<const VelmorTcamEntryShadow>& entryShadow,
                              QualifierType portType, bool& isIcmp) {
-  if (!isProgrammed(entryShadow, qualifierIpProtocol)) return 0;
-  // The source port whatever `portType` is: a code is shown only beside its type.
-  if (!isProgrammed(entryShadow, qualifierL4SrcPort)) return 0;
-
-  Qualifier const port = hwQual(entryShadow, portType, assertions::getQualifierL4PortIfIcmp);
-  Qualifier const protocol =
-      hwQual(entryShadow, qualifierIpProtocol, assertions::getQualifierL4PortIfIcmpProtocol);
-  U8 const number = static_cast<U8>(protocol.value());
-  if (number != protocolIcmp && number != protocolIcmp6) return 0;
-
-  if ((port.mask() & 0xFF00) != 0 && portType == qualifierL4SrcPort) {
-    isIcmp = true;
-    return static_cast<U16>(static_cast<U16>(port.value()) >> 8);
-  }
-  if ((port.mask() & 0x00FF) != 0 && portType == qualifierL4DstPort) {
-    isIcmp = true;
-    return static_cast<U16>(port.value() & 0xFF);
-  }
-  return 0;
+  if (!hasIcmp(entryShadow)) return 0;
+  return icmpOf(entryShadow, portType,
+                hwQual(entryShadow, portType, assertions::getQualifierL4PortIfIcmp), isIcmp);
 }
 
 Halvo::String EntryRequestCliFormat::formatSequenceNum(U32 sequenceNum) const {
@@ -75,8 +84,8 @@ Halvo::String EntryRequestCliFormat::formatSequenceNum(U32 sequenceNum) const {
 
 Halvo::String EntryRequestCliFormat::formatQualifierIpProtocol(const PtrConst& entryShadow) const {
   if (!isProgrammed(entryShadow, qualifierIpProtocol)) return Zel::_fmt(" %-6s|", "*");
-  U8 const protocol = static_cast<U8>(
-      hwQual(entryShadow, qualifierIpProtocol, assertions::ipProtocolRecord).value());
+  U8 const protocol =
+      static_cast<U8>(hwQual(entryShadow, qualifierIpProtocol, assertions::ipProtocolRecord).value);
   switch (protocol) {
     case 0:
       return Zel::_fmt(" %-6s|", "*");
@@ -95,8 +104,9 @@ Halvo::String EntryRequestCliFormat::formatQualifierIpProtocol(const PtrConst& e
 
 Halvo::String EntryRequestCliFormat::formatQualifierOuterVlanId(const PtrConst& entryShadow) const {
   if (!isProgrammed(entryShadow, qualifierOuterVlanId)) return Zel::_fmt("%11s|%11s|", "*", "*");
-  Qualifier const vlan = hwQual(entryShadow, qualifierOuterVlanId, assertions::outerVlanIdRecord);
-  return Zel::_fmt("%11s|%11s|", Zel::_fmt("%u", vlan.value()), Zel::_fmt("%u", vlan.mask()));
+  ValueAndMask const vlan =
+      hwQual(entryShadow, qualifierOuterVlanId, assertions::outerVlanIdRecord);
+  return Zel::_fmt("%11u|%11u|", vlan.value, vlan.mask);
 }
 
 Halvo::String EntryRequestCliFormat::formatQualifierL4SrcPort(const PtrConst& entryShadow) const {
@@ -110,13 +120,13 @@ Halvo::String EntryRequestCliFormat::formatQualifierL4DstPort(const PtrConst& en
 Halvo::String EntryRequestCliFormat::formatQualifierTcpControl(const PtrConst& entryShadow) const {
   // Blank when absent, unlike its neighbours' "*".
   if (!isProgrammed(entryShadow, qualifierTcpControl)) return Zel::_fmt(" %-6s|", "");
-  Qualifier const qual = hwQual(entryShadow, qualifierTcpControl, assertions::tcpControlRecord);
-  U16 const flags = Trelix::NetU16(static_cast<U16>(qual.value())).value();
+  ValueAndMask const qual = hwQual(entryShadow, qualifierTcpControl, assertions::tcpControlRecord);
+  U16 const flags = Trelix::NetU16(static_cast<U16>(qual.value)).value();
   char text[] = "FSRPAU";
   for (unsigned bit = 0; bit < 6; ++bit) {
     if ((flags >> bit & 1) == 0) text[bit] = ' ';
   }
-  return Zel::_fmt(" %-6s|", text);
+  return Zel::_fmt(" %-6s|", std::string_view(text, 6));
 }
 
 Halvo::String EntryRequestCliFormat::formatQualifierIpLength(const PtrConst& entryShadow,
@@ -130,8 +140,8 @@ Halvo::String EntryRequestCliFormat::formatQualifierIpLength(const PtrConst& ent
 
 Halvo::String EntryRequestCliFormat::formatQualifierRangeCheck(
     const PtrConst& entryShadow, RangeCheckerType rangeChecker) const {
-  auto const range = entryShadow->rangeChecker(rangeChecker);
-  if (!range || range->status() != hwQualStatusProgrammed) return {};
+  RangeCheckerStatus const* const range = entryShadow->rangeChecker().find(rangeChecker);
+  if (range == nullptr || range->status() != hwQualStatusProgrammed) return {};
   return Zel::_fmt("%11s|", Zel::_fmt("%d-%d", range->low(), range->high()));
 }
 

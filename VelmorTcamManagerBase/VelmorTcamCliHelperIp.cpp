@@ -1,8 +1,7 @@
 // The IPv4 table's own cells, and its row.
-#include <bit>
-
 #include "VelmorTcamManagerBase/VelmorTcamCliHelperCells.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelperReading.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliHelperRow.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesAssertions.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesTrace.h"
@@ -17,10 +16,10 @@ Halvo::String dottedQuad(U32 word) { return Trelix::IpAddr::fromHostOrder(word).
 Halvo::String formatIp(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType type,
                        const Zel::AssertionSite& unset) {
   if (!isProgrammed(entryShadow, type)) return Zel::_fmt("%15s|%15s|", "*", "*");
-  Qualifier const qual = hwQual(entryShadow, type, unset);
-  if (qual.mask() == 0xFFFFFFFF) return Zel::_fmt("%15s|%15s|", dottedQuad(qual.value()), "*");
-  if (qual.mask() == 0) return Zel::_fmt("%15s|%15s|", "*", "*");
-  return Zel::_fmt("%15s|%15s|", dottedQuad(qual.value()), dottedQuad(qual.mask()));
+  ValueAndMask const qual = hwQual(entryShadow, type, unset);
+  if (qual.mask == 0xFFFFFFFF) return Zel::_fmt("%15s|%15s|", dottedQuad(qual.value), "*");
+  if (qual.mask == 0) return Zel::_fmt("%15s|%15s|", "*", "*");
+  return Zel::_fmt("%15s|%15s|", dottedQuad(qual.value), dottedQuad(qual.mask));
 }
 
 }  // namespace
@@ -28,8 +27,8 @@ Halvo::String formatIp(const VelmorTcamEntryShadow::PtrConst& entryShadow, Quali
 Halvo::String formatDscp(const VelmorTcamEntryShadow::PtrConst& entryShadow,
                          const Zel::AssertionSite& unset) {
   if (!isProgrammed(entryShadow, qualifierDSCP)) return Zel::_fmt("%10s|", "");
-  Qualifier const qual = hwQual(entryShadow, qualifierDSCP, unset);
-  return Zel::_fmt("%10s|", Zel::_fmt("%d/0x%02X", qual.value(), qual.mask()));
+  ValueAndMask const qual = hwQual(entryShadow, qualifierDSCP, unset);
+  return Zel::_fmt("%10s|", Zel::_fmt("%d/0x%02X", qual.value, qual.mask));
 }
 
 Halvo::String IpEntryRequestCliFormat::formatEntryRequest(const RequestKey&, const RuleId& ruleId,
@@ -37,26 +36,25 @@ Halvo::String IpEntryRequestCliFormat::formatEntryRequest(const RequestKey&, con
                                                           const PtrConst& entryShadow,
                                                           U64 hits) const {
   VELMOR_TCAM_TRACE(497, "formatEntryRequest", "formatEntryRequest");
-  RowText row;
-
-  row << Zel::_fmt("%-10lu|", entryShadow->shadowId());
-  row << formatSequenceNum(ruleId.sequenceNum());
-  row << formatQualifierIpProtocol(entryShadow);
-  row << formatQualifierSrcIp(entryShadow);
-  row << formatQualifierL4SrcPort(entryShadow);
-  row << formatQualifierOuterVlanId(entryShadow);
-  appendHits(row, entryShadow, hits);
-  row << '\n';
-
-  row << formatQualifierDSCP(entryShadow);
-  row << formatQualifierIpFrag(entryShadow);
-  row << formatQualifierTcpControl(entryShadow);
-  row << formatQualifierDstIp(entryShadow);
-  row << formatQualifierL4DstPort(entryShadow);
-  row << formatQualifierIpLength(entryShadow, "%11s|");
-  row << formatActions(entryShadow);
-  row << '\n';
-  return row.text();
+  Halvo::String const first[] = {
+      Zel::_fmt("%-10lu|", entryShadow->shadowId()),
+      formatSequenceNum(ruleId.sequenceNum()),
+      formatQualifierIpProtocol(entryShadow),
+      formatQualifierSrcIp(entryShadow),
+      formatQualifierL4SrcPort(entryShadow),
+      formatQualifierOuterVlanId(entryShadow),
+      formatHits(entryShadow, hits),
+  };
+  Halvo::String const second[] = {
+      formatQualifierDSCP(entryShadow),
+      formatQualifierIpFrag(entryShadow),
+      formatQualifierTcpControl(entryShadow),
+      formatQualifierDstIp(entryShadow),
+      formatQualifierL4DstPort(entryShadow),
+      formatQualifierIpLength(entryShadow, "%11s|"),
+      formatActions(entryShadow),
+  };
+  return joinLines(first, second);
 }
 
 Halvo::String IpEntryRequestCliFormat::formatQualifierSrcIp(const PtrConst& entryShadow) const {
@@ -74,7 +72,7 @@ Halvo::String IpEntryRequestCliFormat::formatQualifierDSCP(const PtrConst& entry
 Halvo::String IpEntryRequestCliFormat::formatQualifierIpFrag(const PtrConst& entryShadow) const {
   const char* text = "*";
   if (isProgrammed(entryShadow, qualifierIpFrag)) {
-    switch (hwQual(entryShadow, qualifierIpFrag, assertions::ipFragRecord).value()) {
+    switch (hwQual(entryShadow, qualifierIpFrag, assertions::ipFragRecord).value) {
       case 1:
       case 2:
         text = "N";

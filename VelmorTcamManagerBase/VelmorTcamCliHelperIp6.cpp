@@ -1,6 +1,7 @@
 // The IPv6 table's own cells, and its row.
 #include "VelmorTcamManagerBase/VelmorTcamCliHelperCells.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelperReading.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliHelperRow.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesAssertions.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesTrace.h"
@@ -33,36 +34,35 @@ Halvo::String Ip6EntryRequestCliFormat::formatEntryRequest(const RequestKey&, co
                                                            const PtrConst& entryShadow,
                                                            U64 hits) const {
   VELMOR_TCAM_TRACE(562, "formatEntryRequest", "formatEntryRequest");
-  RowText row;
-
-  row << Zel::_fmt("%-5lu|", entryShadow->shadowId());
-  // Bound to this class: a subclass that changes the cell does not change this row.
-  row << Ip6EntryRequestCliFormat::formatSequenceNum(ruleId.sequenceNum());
-  row << formatQualifierIpProtocol(entryShadow);
-  row << formatQualifierSrcIp6(entryShadow);
-  row << formatQualifierL4SrcPort(entryShadow);
-  row << formatQualifierOuterVlanId(entryShadow);
-  appendHits(row, entryShadow, hits);
-  row << '\n';
-
-  // The second and third lines stand one column to the right of the header from here on; scripts
-  // know them so.
-  row << Zel::_fmt("%5s|", "");
-  row << Zel::_fmt("%10s|", "");
-  row << formatQualifierTcpControl(entryShadow);
-  row << formatQualifierDstIp6(entryShadow);
-  row << formatQualifierL4DstPort(entryShadow);
-  row << formatActions(entryShadow);
-  row << '\n';
-
-  row << Zel::_fmt("%5s|", "");
-  row << formatQualifierIp6TrafficClass(entryShadow);
-  row << Zel::_fmt("%7s|", "");
-  row << Zel::_fmt("%39s|", "");
-  row << formatQualifierIpLength(entryShadow, "%13s|");
-  row << formatQualifierIp6HopLimit(entryShadow);
-  row << '\n';
-  return row.text();
+  Halvo::String const first[] = {
+      Zel::_fmt("%-5lu|", entryShadow->shadowId()),
+      // Bound to this class: a subclass that changes the cell does not change this row.
+      Ip6EntryRequestCliFormat::formatSequenceNum(ruleId.sequenceNum()),
+      formatQualifierIpProtocol(entryShadow),
+      formatQualifierSrcIp6(entryShadow),
+      formatQualifierL4SrcPort(entryShadow),
+      formatQualifierOuterVlanId(entryShadow),
+      formatHits(entryShadow, hits),
+  };
+  // From the second cell on, the second and third lines stand one column to the right of the
+  // header; scripts know them so.
+  Halvo::String const second[] = {
+      Zel::_fmt("%5s|", ""),
+      Zel::_fmt("%10s|", ""),
+      formatQualifierTcpControl(entryShadow),
+      formatQualifierDstIp6(entryShadow),
+      formatQualifierL4DstPort(entryShadow),
+      formatActions(entryShadow),
+  };
+  Halvo::String const third[] = {
+      Zel::_fmt("%5s|", ""),
+      formatQualifierIp6TrafficClass(entryShadow),
+      Zel::_fmt("%7s|", ""),
+      Zel::_fmt("%39s|", ""),
+      formatQualifierIpLength(entryShadow, "%13s|"),
+      formatQualifierIp6HopLimit(entryShadow),
+  };
+  return joinLines(first, second, third);
 }
 
 Halvo::String Ip6EntryRequestCliFormat::formatSequenceNum(U32 sequenceNum) const {
@@ -86,9 +86,9 @@ Halvo::String Ip6EntryRequestCliFormat::formatQualifierIp6TrafficClass(
     const PtrConst& entryShadow) const {
   Halvo::String text;
   if (isProgrammed(entryShadow, qualifierIp6TrafficClass)) {
-    Qualifier const qual =
+    ValueAndMask const qual =
         hwQual(entryShadow, qualifierIp6TrafficClass, assertions::ip6TrafficClassRecord);
-    if (qual.mask() != 0) text = Zel::_fmt("%d/0x%02X", qual.value(), qual.mask());
+    if (qual.mask != 0) text = Zel::_fmt("%d/0x%02X", qual.value, qual.mask);
   }
   return Zel::_fmt(" %8s |", text);
 }
@@ -97,8 +97,9 @@ Halvo::String Ip6EntryRequestCliFormat::formatQualifierIp6HopLimit(
     const PtrConst& entryShadow) const {
   Halvo::String text;
   if (isProgrammed(entryShadow, qualifierIp6HopLimit)) {
-    Qualifier const qual = hwQual(entryShadow, qualifierIp6HopLimit, assertions::ip6HopLimitRecord);
-    if (qual.mask() != 0) text = Zel::_fmt("%d", qual.value());
+    ValueAndMask const qual =
+        hwQual(entryShadow, qualifierIp6HopLimit, assertions::ip6HopLimitRecord);
+    if (qual.mask != 0) text = Zel::_fmt("%d", qual.value);
   }
   return Zel::_fmt("%11s|", text);
 }

@@ -13,8 +13,7 @@ Halvo::String MacEntryRequestCliFormat::formatQualifierMacAddr(
   Halvo::String address;
   Halvo::String mask;
   if (isProgrammed(entryShadow, qualifierMacAddr)) {
-    EthAddrQualifier const qual =
-        hwRecord<&QualifierData::ethQual>(entryShadow, qualifierMacAddr);
+    EthAddrQualifier const qual = hwRecord<&QualifierData::ethQual>(entryShadow, qualifierMacAddr);
     Zel::assertThat(static_cast<bool>(qual), assertions::macAddrRecord);
     address = qual.address().stringValue();
     mask = qual.mask().stringValue();
@@ -27,8 +26,8 @@ Halvo::String MacEntryRequestCliFormat::formatQualifierEtherType(
   // Absent is blank, any type is "*", and the mask is never shown.
   Halvo::String text;
   if (isProgrammed(entryShadow, qualifierEtherType)) {
-    Qualifier const qual = hwQual(entryShadow, qualifierEtherType, assertions::etherTypeRecord);
-    text = qual.mask() != 0 ? Zel::_fmt("%xh", qual.value()) : Halvo::String("*");
+    ValueAndMask const qual = hwQual(entryShadow, qualifierEtherType, assertions::etherTypeRecord);
+    text = qual.mask != 0 ? Zel::_fmt("%xh", qual.value) : Halvo::String("*");
   }
   return Zel::_fmt("%s|", text);
 }

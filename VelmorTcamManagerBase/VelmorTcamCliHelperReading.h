@@ -14,19 +14,25 @@ inline bool isProgrammed(const VelmorTcamEntryShadow::PtrConst& entryShadow, Qua
 /// shadow guarantees them once the status says programmed, and a broken guarantee is to stop the
 /// process on the spot.
 template <auto accessor>
-auto hwRecord(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType type) {
+[[gnu::always_inline]] inline auto hwRecord(const VelmorTcamEntryShadow::PtrConst& entryShadow,
+                                            QualifierType type) {
   Halvo::Ptr<QualifierStatus> const status = entryShadow->qualifier(type);
   Halvo::Ptr<QualifierData> const qualData = status->hwQualData(type);
   return ((*qualData).*accessor)();
 }
 
-/// The record of a programmed qualifier that takes numbers; `unset` is the assertion that it is
-/// set.
-inline Qualifier hwQual(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType type,
-                        const Zel::AssertionSite& unset) {
+/// What a qualifier that takes numbers matches on.
+struct ValueAndMask {
+  U32 value;
+  U32 mask;
+};
+
+/// The words of a programmed qualifier; `unset` is the assertion that its record is set.
+inline ValueAndMask hwQual(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType type,
+                           const Zel::AssertionSite& unset) {
   Qualifier const record = hwRecord<&QualifierData::qual>(entryShadow, type);
   Zel::assertThat(static_cast<bool>(record), unset);
-  return record;
+  return {record.value(), record.mask()};
 }
 
 }  // namespace VelmorTcam

@@ -125,7 +125,10 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
   void qualifierDelAll();
   const QualifierMap& qualifier() const noexcept { return qualifier_; }
 
-  std::optional<RangeCheckerStatus> rangeChecker(RangeCheckerType type) const noexcept;
+  std::optional<RangeCheckerStatus> rangeChecker(RangeCheckerType type) const noexcept {
+    RangeCheckerStatus const* const held = rangeChecker_.find(type);
+    return held != nullptr ? std::optional(*held) : std::nullopt;
+  }
   void rangeCheckerIs(RangeCheckerType type, const RangeCheckerStatus& status);
   /// False when there was none.
   bool rangeCheckerDel(RangeCheckerType type) { return rangeChecker_.del(type); }

@@ -66,12 +66,6 @@ void VelmorTcamEntryShadow::qualifierDelAll() {
   qualifier_.clear();
 }
 
-std::optional<RangeCheckerStatus> VelmorTcamEntryShadow::rangeChecker(
-    RangeCheckerType type) const noexcept {
-  RangeCheckerStatus const* const held = rangeChecker_.find(type);
-  return held != nullptr ? std::optional(*held) : std::nullopt;
-}
-
 void VelmorTcamEntryShadow::rangeCheckerIs(RangeCheckerType type,
                                            const RangeCheckerStatus& status) {
   rangeChecker_.getOrCreate(type) = status;

@@ -1,10 +1,10 @@
 #include "Zel/Format.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 
 #include "Zel/Assert.h"
+#include "Zel/FormatDigits.h"
 
 namespace Zel::FormatDetail {
 
@@ -16,25 +16,6 @@ constexpr AssertionSite wrongFormat{"the format's conversions fit its arguments"
 constexpr AssertionSite wrongAppendFormat{
     "the format's conversions fit its arguments", "platform/Zel/Format", 0,
     "void Zel::_fmtAppend(Halvo::String&, RuntimeFormat, const Args&...)"};
-
-constexpr std::array<char, 200> decimalPairs = [] {
-  std::array<char, 200> pairs{};
-  for (std::size_t i = 0; i < 100; ++i) {
-    pairs[2 * i] = static_cast<char>('0' + i / 10);
-    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
-  }
-  return pairs;
-}();
-
-constexpr std::array<U64, 20> powersOfTen = [] {
-  std::array<U64, 20> powers{};
-  U64 power = 1;
-  for (U64& entry : powers) {
-    entry = power;
-    power *= 10;
-  }
-  return powers;
-}();
 
 /// Where the next byte goes and where the room for it ends. By value, so that both stay in
 /// registers.
@@ -225,33 +206,6 @@ struct Prefix {
     if (text[i] == '%') ++i;
   }
   return cursor;
-}
-
-U32 decimalDigits(U64 value) {
-  // 1233 / 4096 is just above the logarithm of 2 to base 10: one too few at most.
-  value |= 1;
-  U32 const fewest = static_cast<U32>(std::bit_width(value)) * 1233 >> 12;
-  return fewest + (value >= powersOfTen[fewest] ? 1 : 0);
-}
-
-/// Writes all digits of `value` so that they end at `end`.
-void writeDecimal(char* end, U64 value) {
-  while (value > 0xFFFFFFFF) {
-    end -= 2;
-    std::memcpy(end, &decimalPairs[static_cast<std::size_t>(value % 100 * 2)], 2);
-    value /= 100;
-  }
-  U32 rest = static_cast<U32>(value);
-  while (rest >= 100) {
-    end -= 2;
-    std::memcpy(end, &decimalPairs[rest % 100 * 2], 2);
-    rest /= 100;
-  }
-  if (rest >= 10) {
-    std::memcpy(end - 2, &decimalPairs[rest * 2], 2);
-  } else {
-    end[-1] = static_cast<char>('0' + rest);
-  }
 }
 
 /// Writes the lowest `digits` digits of base 2^bits so that they end at `end`.
@@ -526,8 +480,33 @@ void formatAppend(Halvo::String& out, const Head& head, const Spec* specs, const
   appendBeside(out, ReadFormat{head, specs, args}, head.text, count);
 }
 
+namespace {
+
+/// Reads `text` as one cell of text with nothing before it, "%13s|" say; false when it is not that.
+bool readTextCell(Cell& cell, std::string_view text) {
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  if (at == end || *at++ != '%') return false;
+  if (at != end && *at == '0') return false;
+  std::size_t width = 0;
+  while (at != end && *at >= '0' && *at <= '9' && width <= Cell::maxWidth) {
+    width = width * 10 + static_cast<std::size_t>(*at++ - '0');
+  }
+  if (at == end || *at++ != 's' || width > Cell::maxWidth) return false;
+  std::string_view const after(at, static_cast<std::size_t>(end - at));
+  if (after.find('%') != after.npos || !packText(cell.after, cell.afterSize, after)) return false;
+  cell.width = static_cast<U8>(width);
+  return true;
+}
+
+}  // namespace
+
 Halvo::String formatRuntime(std::string_view text, const Arg* args, const ArgKind* kinds,
                             std::size_t count) {
+  if (count == 1 && kinds[0] == ArgKind::text) {
+    Cell cell;
+    if (readTextCell(cell, text)) return textCell(cell, {args[0].text, args[0].size});
+  }
   Halvo::String result;
   appendTo(result, UnreadFormat{text, args, kinds, count, wrongFormat},
            Halvo::String::inlineCapacity);

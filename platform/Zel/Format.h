@@ -11,6 +11,7 @@
 #include "Halvo/String.h"
 #include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
+#include "Zel/FormatCell.h"
 #include "Zel/FormatGrammar.h"
 
 // The formats are those of C's printf, in the "C" locale:
@@ -143,6 +144,26 @@ inline Arg argOf(const T& value) noexcept {
   return arg;
 }
 
+template <class... Args>
+inline constexpr bool areNumbers = (isInteger<Args> && ...);
+template <class... Args>
+inline constexpr bool areTexts = ((kindOf<Args>() == ArgKind::text ||
+                                   kindOf<Args>() == ArgKind::array ||
+                                   kindOf<Args>() == ArgKind::cString) &&
+                                  ...);
+
+/// What %s prints of an argument.
+template <class T>
+inline std::string_view textOf(const T& value) noexcept {
+  if constexpr (kindOf<T>() == ArgKind::cString) {
+    const char* const text = value;
+    return text == nullptr ? std::string_view("(null)") : std::string_view(text);
+  } else {
+    Arg const arg = argOf(value);
+    return {arg.text, arg.size};
+  }
+}
+
 VELMOR_PLATFORM_API Halvo::String format(const Head& head, const Spec* specs, const Arg* args);
 VELMOR_PLATFORM_API void formatAppend(Halvo::String& out, const Head& head, const Spec* specs,
                                       const Arg* args, std::size_t count);
@@ -172,6 +193,9 @@ class FormatString {
 
   const FormatDetail::Head& head() const noexcept { return head_; }
   const FormatDetail::Spec* specs() const noexcept { return specs_; }
+  /// Whether the format is one or two cells, and those.
+  bool isCells() const noexcept { return isCells_; }
+  const FormatDetail::Cell* cells() const noexcept { return cells_; }
 
  private:
   static_assert(((FormatDetail::kindOf<Args>() != FormatDetail::ArgKind::unsupported) && ...),
@@ -214,10 +238,15 @@ class FormatString {
     head_.tailBegin = static_cast<U16>(literal - begin);
     head_.tailSize = static_cast<U16>(end - literal);
     head_.tailEscapes = escapes;
+    for (std::size_t i = 0; i < head_.conversions; ++i)
+      escapes |= (specs_[i].flags & FormatDetail::escapes) != 0;
+    isCells_ = !escapes && FormatDetail::readCells(cells_, text, specs_, count, head_.tailBegin);
   }
 
   FormatDetail::Head head_;
   FormatDetail::Spec specs_[sizeof...(Args) == 0 ? 1 : sizeof...(Args)];
+  FormatDetail::Cell cells_[2];
+  bool isCells_ = false;
 };
 
 /// A format that is known only at run time. Refers to its text; for use as an argument at once.
@@ -250,6 +279,30 @@ template <class... Args>
 [[gnu::always_inline]] inline Halvo::String _fmt(FormatString<std::type_identity_t<Args>...> format,
                                                  const Args&... args) {
   FormatDetail::ArgArray<sizeof...(Args)> const erased = {FormatDetail::argOf(args)...};
+  // The compiler knows which of these it is: the others leave nothing behind.
+  if constexpr (sizeof...(Args) == 1 && FormatDetail::areNumbers<Args...>) {
+    if (format.isCells()) {
+      return FormatDetail::numberCell(format.cells()[0],
+                                      FormatDetail::numberOf(format.specs()[0], erased[0].number));
+    }
+  } else if constexpr (sizeof...(Args) == 2 && FormatDetail::areNumbers<Args...>) {
+    if (format.isCells()) {
+      return FormatDetail::numberCells(
+          format.cells()[0], FormatDetail::numberOf(format.specs()[0], erased[0].number),
+          format.cells()[1], FormatDetail::numberOf(format.specs()[1], erased[1].number));
+    }
+  } else if constexpr (sizeof...(Args) == 1 && FormatDetail::areTexts<Args...>) {
+    if (format.isCells()) {
+      return FormatDetail::textCell(format.cells()[0], FormatDetail::textOf(args...));
+    }
+  } else if constexpr (sizeof...(Args) == 2 && FormatDetail::areTexts<Args...>) {
+    if (format.isCells()) {
+      return [&format](const auto& first, const auto& second) {
+        return FormatDetail::textCells(format.cells()[0], FormatDetail::textOf(first),
+                                       format.cells()[1], FormatDetail::textOf(second));
+      }(args...);
+    }
+  }
   return FormatDetail::format(format.head(), format.specs(), erased);
 }
 

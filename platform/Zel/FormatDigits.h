@@ -1,0 +1,60 @@
+// Decimal digits. For the formatter's source files only.
+#pragma once
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstring>
+
+#include "Halvo/Types.h"
+
+namespace Zel::FormatDetail {
+
+inline constexpr std::array<char, 200> decimalPairs = [] {
+  std::array<char, 200> pairs{};
+  for (std::size_t i = 0; i < 100; ++i) {
+    pairs[2 * i] = static_cast<char>('0' + i / 10);
+    pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+  }
+  return pairs;
+}();
+
+inline constexpr std::array<U64, 20> powersOfTen = [] {
+  std::array<U64, 20> powers{};
+  U64 power = 1;
+  for (U64& entry : powers) {
+    entry = power;
+    power *= 10;
+  }
+  return powers;
+}();
+
+/// How many decimal digits `value` has; 1 for 0.
+inline U32 decimalDigits(U64 value) {
+  // 1233 / 4096 is just above the logarithm of 2 to base 10: one too few at most.
+  value |= 1;
+  U32 const fewest = static_cast<U32>(std::bit_width(value)) * 1233 >> 12;
+  return fewest + (value >= powersOfTen[fewest] ? 1 : 0);
+}
+
+/// Writes all digits of `value` so that they end at `end`.
+inline void writeDecimal(char* end, U64 value) {
+  while (value > 0xFFFFFFFF) {
+    end -= 2;
+    std::memcpy(end, &decimalPairs[static_cast<std::size_t>(value % 100 * 2)], 2);
+    value /= 100;
+  }
+  U32 rest = static_cast<U32>(value);
+  while (rest >= 100) {
+    end -= 2;
+    std::memcpy(end, &decimalPairs[rest % 100 * 2], 2);
+    rest /= 100;
+  }
+  if (rest >= 10) {
+    std::memcpy(end - 2, &decimalPairs[rest * 2], 2);
+  } else {
+    end[-1] = static_cast<char>('0' + rest);
+  }
+}
+
+}  // namespace Zel::FormatDetail
