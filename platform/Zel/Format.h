@@ -164,6 +164,28 @@ inline std::string_view textOf(const T& value) noexcept {
   }
 }
 
+/// Whether the cell of this text is made in place: not for an array whose text's end is only known
+/// at run time, since compilers then complain about the moves that its size forbids.
+template <class T>
+[[gnu::always_inline]] inline bool isInPlace(std::string_view text) noexcept {
+  return kindOf<T>() != ArgKind::array || __builtin_constant_p(text.size());
+}
+
+template <class T>
+[[gnu::always_inline]] inline Halvo::String textCellOf(const Cell* cells, const T& value) {
+  std::string_view const text = textOf(value);
+  return isInPlace<T>(text) ? inlineTextCell(cells[0], text) : textCell(cells[0], text);
+}
+
+template <class T, class U>
+[[gnu::always_inline]] inline Halvo::String textCellsOf(const Cell* cells, const T& first,
+                                                        const U& second) {
+  std::string_view const a = textOf(first);
+  std::string_view const b = textOf(second);
+  return isInPlace<T>(a) && isInPlace<U>(b) ? inlineTextCells(cells[0], a, cells[1], b)
+                                            : textCells(cells[0], a, cells[1], b);
+}
+
 VELMOR_PLATFORM_API Halvo::String format(const Head& head, const Spec* specs, const Arg* args);
 VELMOR_PLATFORM_API void formatAppend(Halvo::String& out, const Head& head, const Spec* specs,
                                       const Arg* args, std::size_t count);
@@ -292,16 +314,9 @@ template <class... Args>
           format.cells()[1], FormatDetail::numberOf(format.specs()[1], erased[1].number));
     }
   } else if constexpr (sizeof...(Args) == 1 && FormatDetail::areTexts<Args...>) {
-    if (format.isCells()) {
-      return FormatDetail::textCell(format.cells()[0], FormatDetail::textOf(args...));
-    }
+    if (format.isCells()) return FormatDetail::textCellOf(format.cells(), args...);
   } else if constexpr (sizeof...(Args) == 2 && FormatDetail::areTexts<Args...>) {
-    if (format.isCells()) {
-      return [&format](const auto& first, const auto& second) {
-        return FormatDetail::textCells(format.cells()[0], FormatDetail::textOf(first),
-                                       format.cells()[1], FormatDetail::textOf(second));
-      }(args...);
-    }
+    if (format.isCells()) return FormatDetail::textCellsOf(format.cells(), args...);
   }
   return FormatDetail::format(format.head(), format.specs(), erased);
 }

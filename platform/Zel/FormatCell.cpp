@@ -71,6 +71,12 @@ void appendCell(String& out, Cell cell, std::string_view text) {
   out.append(reinterpret_cast<const char*>(&cell.after), cell.afterSize);
 }
 
+String textCell(Cell cell, std::string_view text) { return inlineTextCell(cell, text); }
+
+String textCells(Cell first, std::string_view firstText, Cell second, std::string_view secondText) {
+  return inlineTextCells(first, firstText, second, secondText);
+}
+
 String numberCell(Cell cell, Number number) {
   Digits const digits(number);
   String out;

@@ -159,7 +159,7 @@ constexpr std::size_t fieldSize(Cell cell, std::size_t size) {
 
 /// "%11s|", say. In the header so that the cell's constants are the code's; an ordinary text comes
 /// out of it without a call.
-[[gnu::always_inline]] inline Halvo::String textCell(Cell cell, std::string_view text) {
+[[gnu::always_inline]] inline Halvo::String inlineTextCell(Cell cell, std::string_view text) {
   Halvo::String out;
   if (text.size() > Halvo::String::inlineCapacity - cellSlack - cell.beforeSize) [[unlikely]] {
     appendCell(out, cell, text);
@@ -167,14 +167,17 @@ constexpr std::size_t fieldSize(Cell cell, std::size_t size) {
   }
   char* const at =
       out.appendUninitialized(cell.beforeSize + fieldSize(cell, text.size()) + cell.afterSize);
-  std::memset(at, ' ', cell.beforeSize + cell.width + 1U);
+  // Of fixed size: three moves.
+  static_assert(Cell::maxWidth + sizeof(Cell::before) == 48);
+  std::memset(at, ' ', 48);
   *putTextCell(at, cell, text) = '\0';
   return out;
 }
 
 /// "%15s|%15s|", say.
-[[gnu::always_inline]] inline Halvo::String textCells(Cell first, std::string_view firstText,
-                                                      Cell second, std::string_view secondText) {
+[[gnu::always_inline]] inline Halvo::String inlineTextCells(Cell first, std::string_view firstText,
+                                                            Cell second,
+                                                            std::string_view secondText) {
   constexpr std::size_t most = Halvo::String::inlineCapacity;
   Halvo::String out;
   std::size_t const size = first.beforeSize + fieldSize(first, firstText.size()) + first.afterSize +
@@ -189,6 +192,11 @@ constexpr std::size_t fieldSize(Cell cell, std::size_t size) {
   *putTextCell(putTextCell(at, first, firstText), second, secondText) = '\0';
   return out;
 }
+
+// The same, called.
+VELMOR_PLATFORM_API Halvo::String textCell(Cell cell, std::string_view text);
+VELMOR_PLATFORM_API Halvo::String textCells(Cell first, std::string_view firstText, Cell second,
+                                            std::string_view secondText);
 
 VELMOR_PLATFORM_API Halvo::String numberCell(Cell cell, Number number);
 VELMOR_PLATFORM_API Halvo::String numberCells(Cell first, Number firstNumber, Cell second,
