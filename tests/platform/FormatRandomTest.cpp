@@ -67,7 +67,7 @@ class Generator {
   void value(std::variant<Types...>& to) {
     unsigned index = below(sizeof...(Types));
     (void)((index-- == 0 ? (to.template emplace<Types>(), true) : false) || ...);
-    std::visit([this](auto& held) { value(held); }, to);
+    std::visit([this](auto& held) { this->value(held); }, to);
   }
 
   std::string literal() {
