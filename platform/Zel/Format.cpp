@@ -358,7 +358,7 @@ struct ReadFormat {
   const Spec* specs;
   const Arg* args;
 
-  [[gnu::noinline]] Cursor put(Cursor cursor, Overflow& overflow) const {
+  [[gnu::always_inline]] Cursor put(Cursor cursor, Overflow& overflow) const {
     const Arg* arg = args;
     for (const Spec *spec = specs, *const end = specs + head.conversions; spec != end; ++spec) {
       putPiece(cursor, overflow, spec->literalBegin, spec->literalSize,
@@ -389,7 +389,7 @@ struct UnreadFormat {
   std::size_t count;
   const AssertionSite& site;
 
-  [[gnu::noinline]] Cursor put(Cursor cursor, Overflow& overflow) const {
+  [[gnu::always_inline]] Cursor put(Cursor cursor, Overflow& overflow) const {
     const char* at = text.data();
     const char* const end = at + text.size();
     const Arg* arg = args;
@@ -416,6 +416,12 @@ struct UnreadFormat {
   }
 };
 
+/// The engine but for the one place that is worth a copy of its own.
+template <class Format>
+[[gnu::noinline]] Cursor putApart(const Format& format, Cursor cursor, Overflow& overflow) {
+  return format.put(cursor, overflow);
+}
+
 /// Ends what did not fit into the string, which is back at its first size.
 template <class Format>
 [[gnu::noinline, gnu::cold]] void appendOverflowed(Halvo::String& out, const Format& format,
@@ -426,24 +432,29 @@ template <class Format>
     std::memcpy(to, text, size);
   } else {
     Overflow exact(to);
-    Cursor const end = format.put({to, to + size}, exact);
+    Cursor const end = putApart(format, {to, to + size}, exact);
     // A text that another thread has changed since it was measured.
     out.shrinkBy(end.room());
   }
 }
 
 template <class Format>
-[[gnu::always_inline]] inline void appendTo(Halvo::String& out, const Format& format,
-                                            std::size_t room) {
-  char* const to = out.appendUninitialized(room);
-  Overflow overflow(to);
-  Cursor const cursor = format.put({to, to + room}, overflow);
+[[gnu::always_inline]] inline void finish(Halvo::String& out, const Format& format, Cursor cursor,
+                                          Overflow& overflow, std::size_t room) {
   if (!overflow.happened()) [[likely]] {
     out.shrinkBy(cursor.room());
   } else {
     out.shrinkBy(room);
     appendOverflowed(out, format, overflow, cursor);
   }
+}
+
+template <class Format>
+void appendTo(Halvo::String& out, const Format& format, std::size_t room) {
+  char* const to = out.appendUninitialized(room);
+  Overflow overflow(to);
+  Cursor const cursor = putApart(format, {to, to + room}, overflow);
+  finish(out, format, cursor, overflow, room);
 }
 
 /// Whether `pointer` lies in the text of `out` or at its end.
@@ -471,7 +482,12 @@ void appendBeside(Halvo::String& out, const Format& format, const char* text, st
 
 Halvo::String format(const Head& head, const Spec* specs, const Arg* args) {
   Halvo::String result;
-  appendTo(result, ReadFormat{head, specs, args}, Halvo::String::inlineCapacity);
+  constexpr std::size_t room = Halvo::String::inlineCapacity;
+  char* const to = result.appendUninitialized(room);
+  Overflow overflow(to);
+  ReadFormat const format{head, specs, args};
+  Cursor const cursor = format.put({to, to + room}, overflow);
+  finish(result, format, cursor, overflow, room);
   return result;
 }
 
