@@ -286,6 +286,27 @@ struct Prefix {
   }
 }
 
+/// putNumber for what most tables hold: a decimal number with no flag but "-" and no precision.
+[[gnu::always_inline]] inline void putPlainDecimal(Cursor& cursor, Overflow& overflow,
+                                                   const Field& field, U64 value, bool negative) {
+  if (negative) value = 0 - value;
+  std::size_t const size = decimalDigits(value) + (negative ? 1 : 0);
+  std::size_t const total = std::max(size, std::size_t{field.width});
+  if (!claim(cursor, overflow, total)) return;
+  char* at = cursor.at;
+  cursor.at += total;
+  if (total != size) {
+    if (field.has(left)) {
+      fill(at + size, cursor.limit, ' ', total - size);
+    } else {
+      fill(at, cursor.limit, ' ', total - size);
+      at += total - size;
+    }
+  }
+  if (negative) *at = '-';
+  writeDecimal(at + size, value);
+}
+
 /// The size of a text that ends at its first NUL or at the precision.
 [[gnu::always_inline]] inline std::size_t boundedSize(const char* text, S32 precision) {
   if (precision < 0) return std::strlen(text);
@@ -315,8 +336,9 @@ struct Prefix {
     }
   }
   const Arg& value = *arg++;
-  const char* text;
-  std::size_t size;
+  const char* text = nullptr;
+  std::size_t size = 0;
+  bool number = false;
   char byte;
   switch (spec.conversion) {
     case Conversion::text:
@@ -339,17 +361,32 @@ struct Prefix {
       size = 1;
       break;
     case Conversion::pointer:
-      if (value.number == 0) {
-        text = "(nil)";
-        size = 5;
-        break;
+      number = value.number != 0;
+      text = "(nil)";
+      size = 5;
+      break;
+    case Conversion::signedDecimal:
+    case Conversion::unsignedDecimal:
+      if (field.precision < 0 && (field.flags & (zero | plus | space)) == 0) [[likely]] {
+        U64 const shifted = value.number << spec.shift;
+        if (spec.conversion == Conversion::signedDecimal) {
+          S64 const narrow = static_cast<S64>(shifted) >> spec.shift;
+          putPlainDecimal(cursor, overflow, field, static_cast<U64>(narrow), narrow < 0);
+        } else {
+          putPlainDecimal(cursor, overflow, field, shifted >> spec.shift, false);
+        }
+        return;
       }
       [[fallthrough]];
     default:
-      putNumber(cursor, overflow, field, spec, value.number);
-      return;
+      number = true;
+      break;
   }
-  putText(cursor, overflow, field, text, size);
+  if (number) {
+    putNumber(cursor, overflow, field, spec, value.number);
+  } else {
+    putText(cursor, overflow, field, text, size);
+  }
 }
 
 /// A format that the compiler has read and checked.
