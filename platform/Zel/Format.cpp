@@ -217,14 +217,14 @@ struct Prefix {
 }
 
 [[gnu::always_inline]] inline void putNumber(Cursor& cursor, Overflow& overflow, Field& field,
-                                             const Spec& spec, U64 value) {
-  Conversion const conversion = spec.conversion;
+                                             const Directive& directive, U64 value) {
+  Conversion const conversion = directive.conversion;
   // What the length modifier keeps, by the conversion's sign.
-  value <<= spec.shift;
+  value <<= directive.shift;
   if (conversion == Conversion::signedDecimal) {
-    value = static_cast<U64>(static_cast<S64>(value) >> spec.shift);
+    value = static_cast<U64>(static_cast<S64>(value) >> directive.shift);
   } else {
-    value >>= spec.shift;
+    value >>= directive.shift;
   }
   Prefix prefix;
   U32 digits;
@@ -317,8 +317,8 @@ struct Prefix {
 
 /// Writes one conversion and steps `arg` over its arguments, which were checked to fit.
 [[gnu::always_inline]] inline void putConversion(Cursor& cursor, Overflow& overflow,
-                                                 const Spec& spec, const Arg*& arg) {
-  Field field{static_cast<U32>(spec.width), spec.precision, spec.flags};
+                                                 const Directive& directive, const Arg*& arg) {
+  Field field{static_cast<U32>(directive.width), directive.precision, directive.flags};
   if ((field.flags & (widthFromArg | precisionFromArg)) != 0) [[unlikely]] {
     if (field.has(widthFromArg)) {
       U32 const width = static_cast<U32>(arg++->number);
@@ -340,7 +340,7 @@ struct Prefix {
   std::size_t size = 0;
   bool number = false;
   char byte;
-  switch (spec.conversion) {
+  switch (directive.conversion) {
     case Conversion::text:
       text = value.text;
       size = value.size;
@@ -368,12 +368,12 @@ struct Prefix {
     case Conversion::signedDecimal:
     case Conversion::unsignedDecimal:
       if (field.precision < 0 && (field.flags & (zero | plus | space)) == 0) [[likely]] {
-        U64 const shifted = value.number << spec.shift;
-        if (spec.conversion == Conversion::signedDecimal) {
-          S64 const narrow = static_cast<S64>(shifted) >> spec.shift;
+        U64 const shifted = value.number << directive.shift;
+        if (directive.conversion == Conversion::signedDecimal) {
+          S64 const narrow = static_cast<S64>(shifted) >> directive.shift;
           putPlainDecimal(cursor, overflow, field, static_cast<U64>(narrow), narrow < 0);
         } else {
-          putPlainDecimal(cursor, overflow, field, shifted >> spec.shift, false);
+          putPlainDecimal(cursor, overflow, field, shifted >> directive.shift, false);
         }
         return;
       }
@@ -383,7 +383,7 @@ struct Prefix {
       break;
   }
   if (number) {
-    putNumber(cursor, overflow, field, spec, value.number);
+    putNumber(cursor, overflow, field, directive, value.number);
   } else {
     putText(cursor, overflow, field, text, size);
   }
@@ -392,15 +392,16 @@ struct Prefix {
 /// A format that the compiler has read and checked.
 struct ReadFormat {
   const Head& head;
-  const Spec* specs;
+  const Directive* directives;
   const Arg* args;
 
   [[gnu::always_inline]] Cursor put(Cursor cursor, Overflow& overflow) const {
     const Arg* arg = args;
-    for (const Spec *spec = specs, *const end = specs + head.conversions; spec != end; ++spec) {
-      putPiece(cursor, overflow, spec->literalBegin, spec->literalSize,
-               (spec->flags & escapes) != 0);
-      putConversion(cursor, overflow, *spec, arg);
+    for (const Directive *directive = directives, *const end = directives + head.conversions;
+         directive != end; ++directive) {
+      putPiece(cursor, overflow, directive->literalBegin, directive->literalSize,
+               (directive->flags & escapes) != 0);
+      putConversion(cursor, overflow, *directive, arg);
     }
     putPiece(cursor, overflow, head.tailBegin, head.tailSize, head.tailEscapes);
     return cursor;
@@ -443,10 +444,10 @@ struct UnreadFormat {
         putLiteral(cursor, overflow, at++, 1);
         continue;
       }
-      Spec spec;
-      assertThat(readConversion(at, end, spec) == Fault::none, site);
-      assertThat(bindConversion(spec, kinds, count, next) == Fault::none, site);
-      putConversion(cursor, overflow, spec, arg);
+      Directive directive;
+      assertThat(readConversion(at, end, directive) == Fault::none, site);
+      assertThat(bindConversion(directive, kinds, count, next) == Fault::none, site);
+      putConversion(cursor, overflow, directive, arg);
     }
     assertThat(next == count, site);
     return cursor;
@@ -517,20 +518,20 @@ void appendBeside(Halvo::String& out, const Format& format, const char* text, st
 
 }  // namespace
 
-Halvo::String format(const Head& head, const Spec* specs, const Arg* args) {
+Halvo::String format(const Head& head, const Directive* directives, const Arg* args) {
   Halvo::String result;
   constexpr std::size_t room = Halvo::String::inlineCapacity;
   char* const to = result.appendUninitialized(room);
   Overflow overflow(to);
-  ReadFormat const format{head, specs, args};
+  ReadFormat const format{head, directives, args};
   Cursor const cursor = format.put({to, to + room}, overflow);
   finish(result, format, cursor, overflow, room);
   return result;
 }
 
-void formatAppend(Halvo::String& out, const Head& head, const Spec* specs, const Arg* args,
-                  std::size_t count) {
-  appendBeside(out, ReadFormat{head, specs, args}, head.text, count);
+void formatAppend(Halvo::String& out, const Head& head, const Directive* directives,
+                  const Arg* args, std::size_t count) {
+  appendBeside(out, ReadFormat{head, directives, args}, head.text, count);
 }
 
 namespace {

@@ -186,9 +186,11 @@ template <class T, class U>
                                             : textCells(cells[0], a, cells[1], b);
 }
 
-VELMOR_PLATFORM_API Halvo::String format(const Head& head, const Spec* specs, const Arg* args);
-VELMOR_PLATFORM_API void formatAppend(Halvo::String& out, const Head& head, const Spec* specs,
-                                      const Arg* args, std::size_t count);
+VELMOR_PLATFORM_API Halvo::String format(const Head& head, const Directive* directives,
+                                         const Arg* args);
+VELMOR_PLATFORM_API void formatAppend(Halvo::String& out, const Head& head,
+                                      const Directive* directives, const Arg* args,
+                                      std::size_t count);
 VELMOR_PLATFORM_API Halvo::String formatRuntime(std::string_view text, const Arg* args,
                                                 const ArgKind* kinds, std::size_t count);
 VELMOR_PLATFORM_API void formatAppendRuntime(Halvo::String& out, std::string_view text,
@@ -214,7 +216,7 @@ class FormatString {
   }
 
   const FormatDetail::Head& head() const noexcept { return head_; }
-  const FormatDetail::Spec* specs() const noexcept { return specs_; }
+  const FormatDetail::Directive* directives() const noexcept { return directives_; }
   /// Whether the format is one or two cells, and those.
   bool isCells() const noexcept { return isCells_; }
   const FormatDetail::Cell* cells() const noexcept { return cells_; }
@@ -244,14 +246,14 @@ class FormatString {
         at += 2;
         continue;
       }
-      FormatDetail::Spec spec;
-      spec.literalBegin = static_cast<U16>(literal - begin);
-      spec.literalSize = static_cast<U16>(at - literal);
+      FormatDetail::Directive directive;
+      directive.literalBegin = static_cast<U16>(literal - begin);
+      directive.literalSize = static_cast<U16>(at - literal);
       ++at;
-      FormatDetail::compileFault(FormatDetail::readConversion(at, end, spec));
-      FormatDetail::compileFault(FormatDetail::bindConversion(spec, kinds, count, next));
-      if (escapes) spec.flags = static_cast<U8>(spec.flags | FormatDetail::escapes);
-      specs_[head_.conversions++] = spec;
+      FormatDetail::compileFault(FormatDetail::readConversion(at, end, directive));
+      FormatDetail::compileFault(FormatDetail::bindConversion(directive, kinds, count, next));
+      if (escapes) directive.flags = static_cast<U8>(directive.flags | FormatDetail::escapes);
+      directives_[head_.conversions++] = directive;
       literal = at;
       escapes = false;
     }
@@ -261,12 +263,13 @@ class FormatString {
     head_.tailSize = static_cast<U16>(end - literal);
     head_.tailEscapes = escapes;
     for (std::size_t i = 0; i < head_.conversions; ++i)
-      escapes |= (specs_[i].flags & FormatDetail::escapes) != 0;
-    isCells_ = !escapes && FormatDetail::readCells(cells_, text, specs_, count, head_.tailBegin);
+      escapes |= (directives_[i].flags & FormatDetail::escapes) != 0;
+    isCells_ =
+        !escapes && FormatDetail::readCells(cells_, text, directives_, count, head_.tailBegin);
   }
 
   FormatDetail::Head head_;
-  FormatDetail::Spec specs_[sizeof...(Args) == 0 ? 1 : sizeof...(Args)];
+  FormatDetail::Directive directives_[sizeof...(Args) == 0 ? 1 : sizeof...(Args)];
   FormatDetail::Cell cells_[2];
   bool isCells_ = false;
 };
@@ -304,21 +307,21 @@ template <class... Args>
   // The compiler knows which of these it is: the others leave nothing behind.
   if constexpr (sizeof...(Args) == 1 && FormatDetail::areNumbers<Args...>) {
     if (format.isCells()) {
-      return FormatDetail::numberCell(format.cells()[0],
-                                      FormatDetail::numberOf(format.specs()[0], erased[0].number));
+      return FormatDetail::numberCell(
+          format.cells()[0], FormatDetail::numberOf(format.directives()[0], erased[0].number));
     }
   } else if constexpr (sizeof...(Args) == 2 && FormatDetail::areNumbers<Args...>) {
     if (format.isCells()) {
       return FormatDetail::numberCells(
-          format.cells()[0], FormatDetail::numberOf(format.specs()[0], erased[0].number),
-          format.cells()[1], FormatDetail::numberOf(format.specs()[1], erased[1].number));
+          format.cells()[0], FormatDetail::numberOf(format.directives()[0], erased[0].number),
+          format.cells()[1], FormatDetail::numberOf(format.directives()[1], erased[1].number));
     }
   } else if constexpr (sizeof...(Args) == 1 && FormatDetail::areTexts<Args...>) {
     if (format.isCells()) return FormatDetail::textCellOf(format.cells(), args...);
   } else if constexpr (sizeof...(Args) == 2 && FormatDetail::areTexts<Args...>) {
     if (format.isCells()) return FormatDetail::textCellsOf(format.cells(), args...);
   }
-  return FormatDetail::format(format.head(), format.specs(), erased);
+  return FormatDetail::format(format.head(), format.directives(), erased);
 }
 
 /// Appends to `out` what _fmt would return, with no string between. Leaves `out` as it was when it
@@ -328,12 +331,13 @@ template <class... Args>
                                               FormatString<std::type_identity_t<Args>...> format,
                                               const Args&... args) {
   FormatDetail::ArgArray<sizeof...(Args)> const erased = {FormatDetail::argOf(args)...};
-  FormatDetail::formatAppend(out, format.head(), format.specs(), erased, sizeof...(Args));
+  FormatDetail::formatAppend(out, format.head(), format.directives(), erased, sizeof...(Args));
 }
 
-/// As the other _fmt, for a format known only at run time. Stops the process when the conversions
-/// do not fit the arguments in kind, size or count, when a conversion is unknown and when the
-/// format ends within one; what is not there is never read.
+/// As the other _fmt, for a format known only at run time. Stops the process, by the assertion "the
+/// format's conversions fit its arguments", when the conversions do not fit the arguments in kind,
+/// size or count, when a conversion is unknown and when the format ends within one; what is not
+/// there is never read.
 ///
 ///     Zel::_fmt(Zel::runtimeFormat(format), text)
 template <class... Args>

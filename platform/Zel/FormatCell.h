@@ -45,34 +45,37 @@ struct Cell {
 };
 static_assert(sizeof(Cell) == 16);
 
-constexpr bool isHex(const Spec& spec) {
-  return spec.conversion == Conversion::hexLower || spec.conversion == Conversion::hexUpper;
+constexpr bool isHex(const Directive& directive) {
+  return directive.conversion == Conversion::hexLower ||
+         directive.conversion == Conversion::hexUpper;
 }
 
 /// Whether a field written so can be a cell: its width is short and known, it has no precision and
 /// no flag but "-" or, for base 16, "0".
-constexpr bool isCell(const Spec& spec) {
-  bool const number = spec.conversion == Conversion::signedDecimal ||
-                      spec.conversion == Conversion::unsignedDecimal || isHex(spec);
-  bool const text = spec.conversion == Conversion::text || spec.conversion == Conversion::cString;
-  int const allowed = isHex(spec) && (spec.flags & left) == 0 ? zero : left;
-  return ((number && (spec.shift == 0 || spec.shift == 32)) || text) &&
-         (spec.flags & ~allowed) == 0 && spec.precision < 0 && spec.width >= 0 &&
-         static_cast<std::size_t>(spec.width) <= ((spec.flags & zero) != 0 ? 16 : Cell::maxWidth);
+constexpr bool isCell(const Directive& directive) {
+  bool const number = directive.conversion == Conversion::signedDecimal ||
+                      directive.conversion == Conversion::unsignedDecimal || isHex(directive);
+  bool const text =
+      directive.conversion == Conversion::text || directive.conversion == Conversion::cString;
+  int const allowed = isHex(directive) && (directive.flags & left) == 0 ? zero : left;
+  return ((number && (directive.shift == 0 || directive.shift == 32)) || text) &&
+         (directive.flags & ~allowed) == 0 && directive.precision < 0 && directive.width >= 0 &&
+         static_cast<std::size_t>(directive.width) <=
+             ((directive.flags & zero) != 0 ? 16 : Cell::maxWidth);
 }
 
 /// Reads the format of one or two conversions as that many cells; false when it is not made so.
-constexpr bool readCells(Cell* cells, std::string_view text, const Spec* specs, std::size_t count,
-                         std::size_t tailBegin) {
+constexpr bool readCells(Cell* cells, std::string_view text, const Directive* directives,
+                         std::size_t count, std::size_t tailBegin) {
   if (text.find('%') == text.npos || count == 0 || count > 2) return false;
   for (std::size_t i = 0; i < count; ++i) {
-    const Spec& spec = specs[i];
-    if (!isCell(spec)) return false;
+    const Directive& directive = directives[i];
+    if (!isCell(directive)) return false;
     // Leading zeros are the number's own.
-    cells[i].width = (spec.flags & zero) != 0 ? U8{0} : static_cast<U8>(spec.width);
-    cells[i].left = (spec.flags & left) != 0;
+    cells[i].width = (directive.flags & zero) != 0 ? U8{0} : static_cast<U8>(directive.width);
+    cells[i].left = (directive.flags & left) != 0;
     // The text between two cells belongs to the first.
-    std::string_view const literal = text.substr(spec.literalBegin, spec.literalSize);
+    std::string_view const literal = text.substr(directive.literalBegin, directive.literalSize);
     if (i == 0 ? !packText(cells[0].before, cells[0].beforeSize, literal)
                : !packText(cells[i - 1].after, cells[i - 1].afterSize, literal)) {
       return false;
@@ -93,15 +96,15 @@ struct Number {
 };
 
 /// The number that a conversion makes of an argument's 64 bits.
-constexpr Number numberOf(const Spec& spec, U64 bits) {
-  if (spec.conversion != Conversion::signedDecimal) {
-    U64 const magnitude = spec.shift == 0 ? bits : U64{static_cast<U32>(bits)};
-    if (!isHex(spec)) return {magnitude, false, Base::decimal, 0};
+constexpr Number numberOf(const Directive& directive, U64 bits) {
+  if (directive.conversion != Conversion::signedDecimal) {
+    U64 const magnitude = directive.shift == 0 ? bits : U64{static_cast<U32>(bits)};
+    if (!isHex(directive)) return {magnitude, false, Base::decimal, 0};
     return {magnitude, false,
-            spec.conversion == Conversion::hexLower ? Base::hexLower : Base::hexUpper,
-            (spec.flags & zero) != 0 ? static_cast<U8>(spec.width) : U8{0}};
+            directive.conversion == Conversion::hexLower ? Base::hexLower : Base::hexUpper,
+            (directive.flags & zero) != 0 ? static_cast<U8>(directive.width) : U8{0}};
   }
-  S64 const number = spec.shift == 0 ? static_cast<S64>(bits) : S64{static_cast<S32>(bits)};
+  S64 const number = directive.shift == 0 ? static_cast<S64>(bits) : S64{static_cast<S32>(bits)};
   bool const negative = number < 0;
   return {negative ? 0 - static_cast<U64>(number) : static_cast<U64>(number), negative,
           Base::decimal, 0};

@@ -43,7 +43,7 @@ enum Flag : U8 {
 };
 
 /// One conversion, read. 16 bytes, so that a call site stores it with one instruction.
-struct Spec {
+struct Directive {
   U16 literalBegin = 0;  ///< the literal text before the conversion, as the format spells it
   U16 literalSize = 0;
   S32 width = 0;
@@ -53,7 +53,7 @@ struct Spec {
   U8 shift = 0;       ///< 64 less the bits of the value that the length modifier keeps
   bool wide = false;  ///< the length modifier asks for 8 bytes
 };
-static_assert(sizeof(Spec) == 16);
+static_assert(sizeof(Directive) == 16);
 
 enum class Fault : U8 {
   none,
@@ -72,27 +72,27 @@ enum class Fault : U8 {
 
 /// Reads digits from `at` on into `number`.
 constexpr Fault readNumber(const char*& at, const char* end, S32& number) {
-  constexpr U32 largest = 0x7FFFFFFF;
-  U32 value = 0;
-  while (at != end && *at >= '0' && *at <= '9') {
-    U32 const digit = static_cast<U32>(*at - '0');
-    if (value > (largest - digit) / 10) return Fault::numberTooLarge;
+  constexpr U64 largest = 0x7FFFFFFF;
+  U64 value = 0;
+  for (; at != end; ++at) {
+    U32 const digit = static_cast<U32>(*at) - '0';
+    if (digit > 9) break;
     value = value * 10 + digit;
-    ++at;
+    if (value > largest) return Fault::numberTooLarge;
   }
   number = static_cast<S32>(value);
   return Fault::none;
 }
 
 /// Reads hh, h, l, ll, j, z or t. Whether there was one: the modifiers belong to integers alone.
-constexpr bool readLengthModifier(const char*& at, const char* end, Spec& spec) {
-  spec.shift = 32;
+constexpr bool readLengthModifier(const char*& at, const char* end, Directive& directive) {
+  directive.shift = 32;
   if (at == end) return false;
   switch (*at) {
     case 'h':
-      spec.shift = 48;
+      directive.shift = 48;
       if (++at != end && *at == 'h') {
-        spec.shift = 56;
+        directive.shift = 56;
         ++at;
       }
       return true;
@@ -107,15 +107,16 @@ constexpr bool readLengthModifier(const char*& at, const char* end, Spec& spec) 
     default:
       return false;
   }
-  spec.shift = 0;
-  spec.wide = true;
+  directive.shift = 0;
+  directive.wide = true;
   return true;
 }
 
 /// Reads one conversion; `at` is after its '%' and is left after its letter.
-constexpr Fault readConversion(const char*& at, const char* end, Spec& spec) {
+constexpr Fault readConversion(const char*& at, const char* end, Directive& directive) {
   U32 flags = 0;
-  for (; at != end; ++at) {
+  // All flags lie below the digits.
+  for (; at != end && *at <= '0'; ++at) {
     if (*at == '-') {
       flags |= left;
     } else if (*at == '0') {
@@ -133,7 +134,7 @@ constexpr Fault readConversion(const char*& at, const char* end, Spec& spec) {
   if (at != end && *at == '*') {
     flags |= widthFromArg;
     ++at;
-  } else if (Fault const fault = readNumber(at, end, spec.width); fault != Fault::none) {
+  } else if (Fault const fault = readNumber(at, end, directive.width); fault != Fault::none) {
     return fault;
   }
   if (at != end && *at == '.') {
@@ -141,76 +142,76 @@ constexpr Fault readConversion(const char*& at, const char* end, Spec& spec) {
     if (at != end && *at == '*') {
       flags |= precisionFromArg;
       ++at;
-    } else if (Fault const fault = readNumber(at, end, spec.precision); fault != Fault::none) {
+    } else if (Fault const fault = readNumber(at, end, directive.precision); fault != Fault::none) {
       return fault;
     }
   }
-  bool const modified = readLengthModifier(at, end, spec);
+  bool const modified = readLengthModifier(at, end, directive);
   if (at == end) return Fault::incompleteConversion;
   U32 meaningful = left | widthFromArg | precisionFromArg;
   bool number = true;
   switch (*at++) {
     case 'd':
     case 'i':
-      spec.conversion = Conversion::signedDecimal;
+      directive.conversion = Conversion::signedDecimal;
       meaningful |= zero | plus | space;
       break;
     case 'u':
-      spec.conversion = Conversion::unsignedDecimal;
+      directive.conversion = Conversion::unsignedDecimal;
       meaningful |= zero;
       break;
     case 'o':
-      spec.conversion = Conversion::octal;
+      directive.conversion = Conversion::octal;
       meaningful |= zero | alternate;
       break;
     case 'x':
-      spec.conversion = Conversion::hexLower;
+      directive.conversion = Conversion::hexLower;
       meaningful |= zero | alternate;
       break;
     case 'X':
-      spec.conversion = Conversion::hexUpper;
+      directive.conversion = Conversion::hexUpper;
       meaningful |= zero | alternate;
       break;
     case 'p':
-      spec.conversion = Conversion::pointer;
+      directive.conversion = Conversion::pointer;
       meaningful |= zero | plus | space | alternate;
       flags |= alternate;
-      spec.shift = 0;
+      directive.shift = 0;
       number = false;
       break;
     case 'c':
-      spec.conversion = Conversion::character;
+      directive.conversion = Conversion::character;
       number = false;
       break;
     case 's':
-      spec.conversion = Conversion::text;
+      directive.conversion = Conversion::text;
       number = false;
       break;
     default:
       return Fault::unknownConversion;
   }
   if (modified && !number) return Fault::modifierNotForConversion;
-  if ((flags & left) != 0 || spec.precision >= 0) meaningful &= ~U32{zero};
-  spec.flags = static_cast<U8>(flags & meaningful);
+  if ((flags & left) != 0 || directive.precision >= 0) meaningful &= ~U32{zero};
+  directive.flags = static_cast<U8>(flags & meaningful);
   return Fault::none;
 }
 
 /// Checks the conversion against the arguments from `next` on and steps `next` over its own.
-constexpr Fault bindConversion(Spec& spec, const ArgKind* kinds, std::size_t count,
+constexpr Fault bindConversion(Directive& directive, const ArgKind* kinds, std::size_t count,
                                std::size_t& next) {
-  U32 const stars = ((spec.flags & widthFromArg) != 0 ? 1U : 0U) +
-                    ((spec.flags & precisionFromArg) != 0 ? 1U : 0U);
+  U32 const stars = ((directive.flags & widthFromArg) != 0 ? 1U : 0U) +
+                    ((directive.flags & precisionFromArg) != 0 ? 1U : 0U);
   if (count - next <= stars) return Fault::tooFewArguments;
   for (U32 star = 0; star < stars; ++star) {
     if (kinds[next++] != ArgKind::int4) return Fault::starNeedsInt;
   }
   ArgKind const kind = kinds[next++];
   bool const integer = kind == ArgKind::int4 || kind == ArgKind::int8;
-  switch (spec.conversion) {
+  switch (directive.conversion) {
     case Conversion::text:
     case Conversion::cString:
       if (kind == ArgKind::cString) {
-        spec.conversion = Conversion::cString;
+        directive.conversion = Conversion::cString;
       } else if (kind != ArgKind::text && kind != ArgKind::array) {
         return Fault::notText;
       }
@@ -221,7 +222,7 @@ constexpr Fault bindConversion(Spec& spec, const ArgKind* kinds, std::size_t cou
                  : Fault::notAPointer;
     default:
       if (!integer) return Fault::notAnInteger;
-      return spec.wide == (kind == ArgKind::int8) ? Fault::none : Fault::integerSize;
+      return directive.wide == (kind == ArgKind::int8) ? Fault::none : Fault::integerSize;
   }
 }
 
