@@ -172,7 +172,7 @@ struct Prefix {
 [[gnu::always_inline]] inline void putText(Cursor& cursor, Overflow& overflow, const Field& field,
                                            const char* text, std::size_t size) {
   std::size_t const blanks = field.width > size ? field.width - size : 0;
-  // Two claims, so that no sum can wrap.
+  // Apart, so that the sum below cannot wrap.
   if (size > Halvo::String::maxSize()) [[unlikely]] {
     cursor = overflow.moreRoom(cursor, size);
     return;
