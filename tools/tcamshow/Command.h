@@ -3,6 +3,8 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "OutputBuffer.h"
@@ -27,6 +29,9 @@ class Command {
 inline void declareFile(CLI::App& command, std::string& file) {
   command.add_option("FILE", file, "The file to read; standard input when absent or -");
 }
+
+/// Writes a message on standard error, after the program's name.
+void complain(std::string_view message) noexcept;
 
 /// Every command, in the order in which the help lists them.
 std::vector<std::unique_ptr<Command>> allCommands();

@@ -1,7 +1,13 @@
+#include <unistd.h>
+
+#include <exception>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "Command.h"
 #include "ImportClassbench.h"
+#include "ImportOpenconfig.h"
 #include "LineReader.h"
 #include "ShowTable.h"
 
@@ -9,7 +15,25 @@ namespace tcamshow {
 
 Command::~Command() = default;
 
+void complain(std::string_view message) noexcept {
+  // Nobody is left to tell when this cannot be written.
+  try {
+    OutputBuffer error(STDERR_FILENO);
+    error.write("tcamshow: ");
+    error.write(message);
+    error.write("\n");
+    error.flush();
+  } catch (const std::exception&) {
+  }
+}
+
 namespace {
+
+void importOpenconfigWarning(InputFile& file, OutputBuffer& out) {
+  std::vector<std::string> warnings;
+  importOpenconfig(file, out, warnings);
+  for (const std::string& warning : warnings) complain(warning);
+}
 
 /// `import FORMAT FILE`: what the formats share.
 class ImportCommand : public Command {
@@ -77,6 +101,8 @@ std::vector<std::unique_ptr<Command>> allCommands() {
   commands.push_back(std::make_unique<ShowCommand>("tcam", "Every entry, in one line", showTcam));
   commands.push_back(std::make_unique<ImportCommand>(
       "classbench", "Filter sets of packet-classification research", importClassbench));
+  commands.push_back(std::make_unique<ImportCommand>("openconfig", "ACL documents of OpenConfig",
+                                                     importOpenconfigWarning));
   return commands;
 }
 

@@ -25,7 +25,7 @@ class FilterReader {
   /// Fills what the filter matches; `entry` is at its defaults.
   void read(EntryLine& entry) {
     std::string_view source = field("source address");
-    if (!source.starts_with('@')) fail("a filter begins with '@', not " + quoted(source));
+    if (!source.starts_with('@')) fail("a filter begins with '@', not " + inQuotes(source));
     source.remove_prefix(1);
     Qualifier sourceQualifier;
     Qualifier destinationQualifier;
@@ -41,7 +41,7 @@ class FilterReader {
     Masked const protocol = masked("protocol", field("protocol"), 255);
     Masked flags;
     if (!atEnd()) flags = masked("flags", field("flags"), 65535);
-    if (!atEnd()) fail("something follows the last field: " + quoted(rest_));
+    if (!atEnd()) fail("something follows the last field: " + inQuotes(rest_));
 
     sourceQualifier.type = sourceIsIp6 ? qualifierType::srcIp6 : qualifierType::srcIp;
     destinationQualifier.type = sourceIsIp6 ? qualifierType::dstIp6 : qualifierType::dstIp;
@@ -95,7 +95,7 @@ class FilterReader {
     const char* const end = digits.data() + digits.size();
     auto const [at, error] = std::from_chars(digits.data(), end, result, base);
     if (digits.empty() || at != end || error == std::errc::invalid_argument) {
-      fail(std::string(name) + ": " + quoted(text) + " is not a number");
+      fail(std::string(name) + ": " + inQuotes(text) + " is not a number");
     }
     if (error != std::errc() || result > largest) {
       fail(std::string(name) + ": " + shown(text) + " is more than " + std::to_string(largest));
@@ -110,7 +110,7 @@ class FilterReader {
   };
   Parts parts(std::string_view name, std::string_view text) const {
     std::size_t const slash = text.find('/');
-    if (slash == text.npos) fail(std::string(name) + ": " + quoted(text) + " has no '/'");
+    if (slash == text.npos) fail(std::string(name) + ": " + inQuotes(text) + " has no '/'");
     return {text.substr(0, slash), text.substr(slash + 1)};
   }
 
@@ -126,7 +126,7 @@ class FilterReader {
     bool const isIp6 = both.value.find(':') != text.npos;
     if (isIp6 ? !ip6FromText(both.value, qualifier.ip6.value)
               : !ipFromText(both.value, qualifier.value)) {
-      fail(std::string(name) + ": " + quoted(both.value) + " is not an address");
+      fail(std::string(name) + ": " + inQuotes(both.value) + " is not an address");
     }
     std::uint32_t const length = number(std::string(name) + " length", both.mask, isIp6 ? 128 : 32);
     if (isIp6) {
@@ -147,7 +147,7 @@ class FilterReader {
     Range result;
     result.low = number(name, field(name), largestPort);
     std::string_view const colon = field(name);
-    if (colon != ":") fail(std::string(name) + ": ':' is expected, not " + quoted(colon));
+    if (colon != ":") fail(std::string(name) + ": ':' is expected, not " + inQuotes(colon));
     result.high = number(name, field(name), largestPort);
     if (result.low > result.high) {
       fail(std::string(name) + ": " + std::to_string(result.low) + " is more than " +

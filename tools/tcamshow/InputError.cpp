@@ -29,9 +29,8 @@ OutputError::~OutputError() = default;
 ClosedPipe::ClosedPipe() : std::runtime_error("the output is closed") {}
 ClosedPipe::~ClosedPipe() = default;
 
-std::string shown(std::string_view text) {
+std::string shown(std::string_view text, std::size_t longest) {
   static constexpr char digits[] = "0123456789abcdef";
-  constexpr std::size_t longest = 60;
   std::string out;
   for (std::size_t i = 0; i < text.size(); ++i) {
     auto const c = static_cast<unsigned char>(text[i]);
@@ -47,6 +46,6 @@ std::string shown(std::string_view text) {
   return out;
 }
 
-std::string quoted(std::string_view text) { return '"' + shown(text) + '"'; }
+std::string inQuotes(std::string_view text) { return '"' + shown(text) + '"'; }
 
 }  // namespace tcamshow

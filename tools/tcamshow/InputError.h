@@ -1,6 +1,7 @@
 // The errors that end a command.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
@@ -39,9 +40,10 @@ class ClosedPipe : public std::runtime_error {
   ~ClosedPipe() override;
 };
 
-/// Text of the input as a message may show it: on one line, cut when it is long.
-std::string shown(std::string_view text);
+/// Text of the input as a message may show it: on one line, cut when it is longer than `longest`
+/// bytes.
+std::string shown(std::string_view text, std::size_t longest = 60);
 /// The same, in double quotes.
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 }  // namespace tcamshow

@@ -306,7 +306,8 @@ class SnapshotReader::Impl {
       return;
     }
     std::string_view const address = text(value);
-    if (!ipFromText(address, word)) failMember(": " + quoted(address) + " is not an IPv4 address");
+    if (!ipFromText(address, word))
+      failMember(": " + inQuotes(address) + " is not an IPv4 address");
   }
 
   void qualifierValue(ondemand::value& value, Qualifier& qualifier, bool isMask) const {
@@ -318,14 +319,14 @@ class SnapshotReader::Impl {
       case QualifierKind::ip6: {
         std::string_view const address = text(value, "an IPv6 address");
         if (!ip6FromText(address, isMask ? qualifier.ip6.mask : qualifier.ip6.value)) {
-          failMember(": " + quoted(address) + " is not an IPv6 address");
+          failMember(": " + inQuotes(address) + " is not an IPv6 address");
         }
         return;
       }
       case QualifierKind::mac: {
         std::string_view const address = text(value, "a MAC address");
         if (!macFromText(address, isMask ? qualifier.mac.mask : qualifier.mac.value)) {
-          failMember(": " + quoted(address) + " is not a MAC address");
+          failMember(": " + inQuotes(address) + " is not a MAC address");
         }
         return;
       }
@@ -393,7 +394,7 @@ class SnapshotReader::Impl {
       case memberTable: {
         std::string_view const name = text(value);
         if (!tableByName(name, entry_.table)) {
-          failMember(": " + quoted(name) + R"( is not "ip", "ip6", "mac" or "tcam")");
+          failMember(": " + inQuotes(name) + R"( is not "ip", "ip6", "mac" or "tcam")");
         }
         break;
       }
@@ -440,7 +441,7 @@ class SnapshotReader::Impl {
       case memberStage: {
         std::string_view const name = text(value);
         if (!stageByName(name, place.stage)) {
-          failMember(": " + quoted(name) + R"( is not "lookup", "ingress" or "egress")");
+          failMember(": " + inQuotes(name) + R"( is not "lookup", "ingress" or "egress")");
         }
         break;
       }
@@ -553,7 +554,7 @@ class SnapshotReader::Impl {
       std::string_view const type = text(value);
       std::size_t const found = lineTypes.find(type);
       if (found == lineTypes.none) {
-        failMember(": " + quoted(type) + R"( is not "snapshot", "group" or "entry")");
+        failMember(": " + inQuotes(type) + R"( is not "snapshot", "group" or "entry")");
       }
       return static_cast<LineType>(found);
     }

@@ -18,18 +18,6 @@ constexpr int exitOk = 0;
 constexpr int exitFailure = 1;
 constexpr int exitUsage = 2;
 
-void complain(std::string_view message) noexcept {
-  // Nobody is left to tell when this cannot be written.
-  try {
-    OutputBuffer error(STDERR_FILENO);
-    error.write("tcamshow: ");
-    error.write(message);
-    error.write("\n");
-    error.flush();
-  } catch (const std::exception&) {
-  }
-}
-
 /// Writes what the command line asks for, which is not to be lost unnoticed; the exit status.
 int deliver(OutputBuffer& out, std::string_view text) {
   out.write(text);
@@ -58,6 +46,16 @@ int run(int argc, char** argv, OutputBuffer& out) {
     return deliver(out, app.help());
   } catch (const CLI::CallForVersion& version) {
     return deliver(out, std::string(version.what()) + "\n");
+  } catch (const CLI::RequiredError& error) {
+    // An unknown word where a command is wanted is told as that.
+    auto const unknown = app.remaining(true);
+    std::string message = error.what();
+    if (!unknown.empty()) {
+      message = (unknown.front().starts_with('-') ? "no such option: " : "no such command: ") +
+                unknown.front();
+    }
+    complain(message + "\nTry 'tcamshow --help'.");
+    return exitUsage;
   } catch (const CLI::ParseError& error) {
     complain(std::string(error.what()) + "\nTry 'tcamshow --help'.");
     return exitUsage;
