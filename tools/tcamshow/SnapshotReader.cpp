@@ -132,7 +132,7 @@ std::string jsonFault(simdjson::error_code error) {
     case simdjson::UNESCAPED_CHARS:
       return "not valid JSON: a control character stands in a string";
     case simdjson::INCOMPLETE_ARRAY_OR_OBJECT:
-      return "not valid JSON: the object does not end";
+      return "not valid JSON: the line does not end where the object does";
     case simdjson::MEMALLOC:
       throw std::bad_alloc();
     default:
