@@ -21,12 +21,12 @@ std::string document(const std::string& acls) {
 }
 
 std::string acl(const std::string& name, const std::string& entries) {
-  return '"' + name + R"(":{"acl-entries":{"acl-entry":{)" + entries + "}}}";
+  return "\"" + name + R"(":{"acl-entries":{"acl-entry":{)" + entries + "}}}";
 }
 
 /// An entry with these members beside its sequence number and action.
 std::string entry(const std::string& name, const std::string& members) {
-  return '"' + name + R"(":{"config":{"sequence-id":)" + name +
+  return "\"" + name + R"(":{"config":{"sequence-id":)" + name +
          R"(},"actions":{"config":{"forwarding-action":"ACCEPT"}})" +
          (members.empty() ? "" : "," + members) + "}";
 }
@@ -233,8 +233,8 @@ TEST(ImportOpenconfig, RefusesBadEntries) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.members);
-    ProcessResult const result = import(
-        document(acl("good", entry("1", "")) + "," + acl("A", "\n" + entry("7", row.members))));
+    ProcessResult const result = import(document(
+        acl("good", entry("1", "")) + "," + acl("A", std::string("\n") + entry("7", row.members))));
     EXPECT_EQ(result.err,
               std::string("tcamshow: <stdin>:2: ACL \"A\", entry \"7\": ") + row.error + "\n");
     EXPECT_EQ(result.out, "");

@@ -71,12 +71,12 @@ ProcessResult runProcess(const std::vector<std::string>& arguments, const Proces
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
 
   std::vector<char*> argv;
-  std::vector<std::string> copies = arguments;
+  std::vector<std::string> copies;
   if (options.addressSpaceKib != 0) {
     std::string const limit = std::to_string(options.addressSpaceKib);
-    copies.insert(copies.begin(),
-                  {"/bin/sh", "-c", "ulimit -v " + limit + " && exec \"$0\" \"$@\""});
+    copies = {"/bin/sh", "-c", "ulimit -v " + limit + " && exec \"$0\" \"$@\""};
   }
+  copies.insert(copies.end(), arguments.begin(), arguments.end());
   for (std::string& argument : copies) argv.push_back(argument.data());
   argv.push_back(nullptr);
   pid_t child = -1;
@@ -108,7 +108,9 @@ ProcessResult runProcess(const std::vector<std::string>& arguments, const Proces
   return result;
 }
 
-ProcessResult runTcamshow(std::vector<std::string> arguments, const ProcessOptions& options) {
-  arguments.insert(arguments.begin(), TCAMSHOW_PROGRAM);
-  return runProcess(arguments, options);
+ProcessResult runTcamshow(const std::vector<std::string>& arguments,
+                          const ProcessOptions& options) {
+  std::vector<std::string> whole = {TCAMSHOW_PROGRAM};
+  whole.insert(whole.end(), arguments.begin(), arguments.end());
+  return runProcess(whole, options);
 }

@@ -28,4 +28,5 @@ ProcessResult runProcess(const std::vector<std::string>& arguments,
                          const ProcessOptions& options = {});
 
 /// The program under test with these arguments.
-ProcessResult runTcamshow(std::vector<std::string> arguments, const ProcessOptions& options = {});
+ProcessResult runTcamshow(const std::vector<std::string>& arguments,
+                          const ProcessOptions& options = {});

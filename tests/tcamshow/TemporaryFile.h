@@ -4,13 +4,15 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 class TemporaryFile {
  public:
-  explicit TemporaryFile(std::string_view text = {}) : path_("/tmp/tcamshow_test_XXXXXX") {
+  explicit TemporaryFile(std::string_view text = {})
+      : path_(std::filesystem::temp_directory_path() / "tcamshow_test_XXXXXX") {
     int const descriptor = ::mkstemp(path_.data());
     if (descriptor < 0) throw std::runtime_error("mkstemp");
     while (!text.empty()) {
