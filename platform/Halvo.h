@@ -6,6 +6,7 @@
 #include "Halvo/ModuleInspectData.h"
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
+#include "Halvo/RQueue.h"
 #include "Halvo/String.h"
 #include "Halvo/ThreadControl.h"
 #include "Halvo/Types.h"
