@@ -10,4 +10,5 @@
 #include "Zel/Log.h"
 #include "Zel/NodeType.h"
 #include "Zel/Trace.h"
+#include "Zel/RbTreeMap.h"
 #include "Zel/TypeModule.h"

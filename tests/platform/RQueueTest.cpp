@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <csignal>
 #include <deque>
 #include <iterator>
 #include <random>
@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "FailingNew.h"
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
 #include "Halvo/String.h"
@@ -352,6 +353,17 @@ TEST_F(RQueueDeathTest, DestroyingALinkedBlock) {
                "^assertion failed: !linked\\(\\) at platform/Halvo/RQueue:0 in "
                "Halvo::RQueueBlock::~RQueueBlock\\(\\)\n");
   Ring::blockDelete(ring.blockPop(), 8, QE_Test::memAllocationTracker_);
+}
+
+TEST_F(RQueueDeathTest, NoMemoryForABlock) {
+  Queue<String> queue;
+  for (int i = 0; i < 12; ++i) queue.enq("x");
+  EXPECT_EXIT(
+      {
+        memoryIsOut = true;
+        queue.enq("x");  // needs a block of 16, too large for the slabs
+      },
+      testing::KilledBySignal(SIGABRT), "");
 }
 
 TEST_F(RQueueDeathTest, CapacityThatIsNotAPowerOfTwo) {

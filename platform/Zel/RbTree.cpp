@@ -1,0 +1,529 @@
+#include "Zel/RbTree.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include "Sobrel.h"
+
+namespace Zel::impl {
+
+using Leaf = RbTreeLeaf;
+using Inner = RbTree::Inner;
+
+constinit Halvo::MemoryTracker RbTree::blockTracker_{"Zel::RbTreeBlock"};
+
+struct RbTree::Inner {
+  U16 count;
+  U16 unused[3];
+  U64 hints[innerCapacity];
+  void* elements[innerCapacity];
+  void* children[innerCapacity];
+};
+static_assert(sizeof(RbTree::Inner) <= Sobrel::largestSlabObject);
+
+namespace {
+
+// The room of the only leaf as it grows: most trees have very few elements.
+constexpr U16 leafRooms[] = {1, 4, 12, 30, RbTree::leafCapacity};
+// Below these a block takes from a neighbour, or the two become one when they fill no more than
+// three quarters: neither is then near to the next such step.
+constexpr U32 leafMinimum = 22;
+constexpr U32 leafMergeLimit = 46;
+constexpr U32 innerMinimum = 14;
+constexpr U32 innerMergeLimit = 32;
+
+constexpr std::size_t leafBytes(U32 capacity) { return sizeof(Leaf) + capacity * std::size_t{16}; }
+static_assert(leafBytes(RbTree::leafCapacity) <= Sobrel::largestSlabObject);
+
+Leaf* leafNew(U16 capacity) {
+  void* const memory = Sobrel::trackedAlloc(RbTree::blockTracker_, leafBytes(capacity));
+  return new (memory) Leaf{0, capacity, 0, nullptr, nullptr};
+}
+void leafDelete(Leaf* leaf) noexcept {
+  Sobrel::trackedFree(RbTree::blockTracker_, leaf, leafBytes(leaf->capacity));
+}
+Inner* innerNew() {
+  auto* const inner =
+      static_cast<Inner*>(Sobrel::trackedAlloc(RbTree::blockTracker_, sizeof(Inner)));
+  inner->count = 0;
+  return inner;
+}
+void innerDelete(Inner* inner) noexcept {
+  Sobrel::trackedFree(RbTree::blockTracker_, inner, sizeof(Inner));
+}
+
+// How many of the ordered numbers are below the limit. No branch depends on them.
+U32 countBelow(const U64* hints, U32 count, U64 limit) noexcept {
+  U32 base = 0;
+  while (count > 1) {
+    U32 const half = count / 2;
+    base += (0U - static_cast<U32>(hints[base + half - 1] < limit)) & half;
+    count -= half;
+  }
+  return base + static_cast<U32>(count == 1 && hints[base] < limit);
+}
+U32 countUpTo(const U64* hints, U32 count, U64 limit) noexcept {
+  return limit == ~U64{0} ? count : countBelow(hints, count, limit + 1);
+}
+
+// How many of the ordered entries are less than the key.
+U32 rankBelow(const U64* hints, void* const* elements, U32 count,
+              const RbTreeProbe& probe) noexcept {
+  U32 low = countBelow(hints, count, probe.hint);
+  if (probe.isBelow == nullptr || low == count || hints[low] != probe.hint) return low;
+  U32 high = countUpTo(hints, count, probe.hint);
+  while (low < high) {
+    U32 const middle = (low + high) / 2;
+    if (probe.isBelow(elements[middle], probe.key)) {
+      low = middle + 1;
+    } else {
+      high = middle;
+    }
+  }
+  return low;
+}
+// How many of the ordered entries are not greater than the key.
+U32 rankUpTo(const U64* hints, void* const* elements, U32 count,
+             const RbTreeProbe& probe) noexcept {
+  U32 high = countUpTo(hints, count, probe.hint);
+  if (probe.isAbove == nullptr || high == 0 || hints[high - 1] != probe.hint) return high;
+  U32 low = countBelow(hints, count, probe.hint);
+  while (low < high) {
+    U32 const middle = (low + high) / 2;
+    if (probe.isAbove(elements[middle], probe.key)) {
+      high = middle;
+    } else {
+      low = middle + 1;
+    }
+  }
+  return low;
+}
+
+U32 childFor(const Inner& inner, const RbTreeProbe& probe) noexcept {
+  return rankUpTo(inner.hints + 1, inner.elements + 1, inner.count - 1U, probe);
+}
+U32 placeIn(Leaf& leaf, const RbTreeProbe& probe) noexcept {
+  return rankBelow(leaf.hints(), leaf.elements(), leaf.count, probe);
+}
+// Whether the key is that of the entry at its place.
+bool isAt(Leaf& leaf, U32 index, const RbTreeProbe& probe) noexcept {
+  return index < leaf.count && leaf.hints()[index] == probe.hint &&
+         (probe.isAbove == nullptr || !probe.isAbove(leaf.elements()[index], probe.key));
+}
+
+template <class T>
+void shift(T* array, U32 from, U32 to, U32 end) noexcept {
+  std::memmove(array + to, array + from, (end - from) * sizeof(T));
+}
+template <class T>
+void copy(const T* from, U32 count, T* to) noexcept {
+  std::memcpy(to, from, count * sizeof(T));
+}
+
+void put(Leaf& leaf, U32 index, U64 hint, void* element) noexcept {
+  shift(leaf.hints(), index, index + 1, leaf.count);
+  shift(leaf.elements(), index, index + 1, leaf.count);
+  leaf.hints()[index] = hint;
+  leaf.elements()[index] = element;
+  ++leaf.count;
+}
+void erase(Leaf& leaf, U32 index) noexcept {
+  shift(leaf.hints(), index + 1, index, leaf.count);
+  shift(leaf.elements(), index + 1, index, leaf.count);
+  --leaf.count;
+}
+void put(Inner& inner, U32 index, U64 hint, void* element, void* child) noexcept {
+  shift(inner.hints, index, index + 1, inner.count);
+  shift(inner.elements, index, index + 1, inner.count);
+  shift(inner.children, index, index + 1, inner.count);
+  inner.hints[index] = hint;
+  inner.elements[index] = element;
+  inner.children[index] = child;
+  ++inner.count;
+}
+void erase(Inner& inner, U32 index) noexcept {
+  shift(inner.hints, index + 1, index, inner.count);
+  shift(inner.elements, index + 1, index, inner.count);
+  shift(inner.children, index + 1, index, inner.count);
+  --inner.count;
+}
+
+// Moves entries between neighbours so that the left one has `leftCount`.
+template <class Block, class Arrays>
+void balance(Block& left, Block& right, U32 leftCount, Arrays arrays) noexcept {
+  U32 const total = left.count + U32{right.count};
+  arrays([&](auto* l, auto* r) {
+    if (leftCount > left.count) {
+      U32 const moved = leftCount - left.count;
+      copy(r, moved, l + left.count);
+      shift(r, moved, 0, right.count);
+    } else {
+      U32 const moved = left.count - leftCount;
+      shift(r, 0, moved, right.count);
+      copy(l + leftCount, moved, r);
+    }
+  });
+  left.count = static_cast<U16>(leftCount);
+  right.count = static_cast<U16>(total - leftCount);
+}
+void balance(Leaf& left, Leaf& right, U32 leftCount) noexcept {
+  balance(left, right, leftCount, [&](auto move) {
+    move(left.hints(), right.hints());
+    move(left.elements(), right.elements());
+  });
+}
+void balance(Inner& left, Inner& right, U32 leftCount) noexcept {
+  balance(left, right, leftCount, [&](auto move) {
+    move(left.hints, right.hints);
+    move(left.elements, right.elements);
+    move(left.children, right.children);
+  });
+}
+
+// Blocks at hand before a split begins: what it does not use goes back.
+class Spare {
+ public:
+  explicit Spare(U32 inners) {
+    leaf = leafNew(RbTree::leafCapacity);
+    try {
+      while (inners_ < inners) {
+        inner_[inners_] = innerNew();
+        ++inners_;
+      }
+    } catch (...) {
+      while (inners_ > 0) innerDelete(inner_[--inners_]);
+      leafDelete(leaf);
+      throw;
+    }
+  }
+  Inner* takeInner() noexcept { return inner_[--inners_]; }
+  Leaf* leaf;
+
+ private:
+  Inner* inner_[RbTree::maxHeight + 1];
+  U32 inners_ = 0;
+};
+
+}  // namespace
+
+RbTreeLeaf* RbTree::descend(const RbTreeProbe& probe) const noexcept {
+  void* block = root_;
+  for (U32 level = height_; level != 0; --level) {
+    auto* const inner = static_cast<Inner*>(block);
+    block = inner->children[childFor(*inner, probe)];
+  }
+  return static_cast<Leaf*>(block);
+}
+
+void* RbTree::find(const RbTreeProbe& probe) const noexcept {
+  if (size_ == 0) return nullptr;
+  Leaf& leaf = *descend(probe);
+  U32 const index = placeIn(leaf, probe);
+  return isAt(leaf, index, probe) ? leaf.elements()[index] : nullptr;
+}
+
+RbTree::Position RbTree::first() const noexcept {
+  void* block = root_;
+  for (U32 level = height_; level != 0; --level) block = static_cast<Inner*>(block)->children[0];
+  return {static_cast<Leaf*>(block), 0};
+}
+
+RbTree::Position RbTree::last() const noexcept {
+  if (size_ == 0) return {};
+  void* block = root_;
+  for (U32 level = height_; level != 0; --level) {
+    auto* const inner = static_cast<Inner*>(block);
+    block = inner->children[inner->count - 1];
+  }
+  auto* const leaf = static_cast<Leaf*>(block);
+  return {leaf, leaf->count - 1U};
+}
+
+RbTree::Position RbTree::lowerBound(const RbTreeProbe& probe) const noexcept {
+  if (size_ == 0) return {};
+  Leaf* const leaf = descend(probe);
+  U32 const index = placeIn(*leaf, probe);
+  return index < leaf->count ? Position{leaf, index} : Position{leaf->next, 0};
+}
+
+RbTree::Position RbTree::upperBound(const RbTreeProbe& probe) const noexcept {
+  if (size_ == 0) return {};
+  Leaf* const leaf = descend(probe);
+  U32 const index = rankUpTo(leaf->hints(), leaf->elements(), leaf->count, probe);
+  return index < leaf->count ? Position{leaf, index} : Position{leaf->next, 0};
+}
+
+void* RbTree::locate(const RbTreeProbe& probe, Path& path) const noexcept {
+  path.at = {};
+  if (size_ == 0) return nullptr;
+  void* block = root_;
+  for (U32 level = 0; level < height_; ++level) {
+    auto* const inner = static_cast<Inner*>(block);
+    U32 const child = childFor(*inner, probe);
+    path.inner[level] = inner;
+    path.child[level] = child;
+    block = inner->children[child];
+  }
+  auto* const leaf = static_cast<Leaf*>(block);
+  path.at = {leaf, placeIn(*leaf, probe)};
+  return isAt(*leaf, path.at.index, probe) ? leaf->elements()[path.at.index] : nullptr;
+}
+
+// The block below `level` that the path leads through has a new first element.
+void RbTree::minimumChanged(const Path& path, U32 level, U64 hint, void* element) noexcept {
+  while (level-- > 0) {
+    U32 const child = path.child[level];
+    path.inner[level]->hints[child] = hint;
+    path.inner[level]->elements[child] = element;
+    if (child != 0) return;
+  }
+}
+
+void RbTree::insertAt(Path& path, U64 hint, void* element) {
+  Leaf* leaf = path.at.leaf;
+  if (leaf == nullptr) {
+    leaf = leafNew(leafRooms[0]);
+    root_ = leaf;
+  } else if (leaf->count == leaf->capacity) {
+    if (leaf->capacity == leafCapacity) {
+      leafSplit(path, hint, element);
+      ++size_;
+      ++version_;
+      return;
+    }
+    Leaf* const larger = leafNew(*std::upper_bound(leafRooms, std::end(leafRooms), leaf->count));
+    copy(leaf->hints(), leaf->count, larger->hints());
+    copy(leaf->elements(), leaf->count, larger->elements());
+    larger->count = leaf->count;
+    leafDelete(leaf);
+    leaf = larger;
+    root_ = leaf;
+  }
+  put(*leaf, path.at.index, hint, element);
+  if (path.at.index == 0) minimumChanged(path, height_, hint, element);
+  ++size_;
+  ++version_;
+}
+
+void RbTree::leafSplit(Path& path, U64 hint, void* element) {
+  U32 full = 0;
+  while (full < height_ && path.inner[height_ - 1 - full]->count == innerCapacity) ++full;
+  Spare spare(full + (full == height_ ? 1 : 0));
+
+  // Input in order, from either side, leaves full blocks behind; other input leaves halves.
+  Leaf* const leaf = path.at.leaf;
+  Leaf* const fresh = spare.leaf;
+  U32 const index = path.at.index;
+  bool freshIsLeft = false;
+  if (index == leaf->count && leaf->next == nullptr) {
+    put(*fresh, 0, hint, element);
+  } else if (index == 0 && leaf->previous == nullptr) {
+    put(*fresh, 0, hint, element);
+    freshIsLeft = true;
+  } else {
+    constexpr U32 half = leafCapacity / 2;
+    balance(*leaf, *fresh, half);
+    if (index <= half) {
+      put(*leaf, index, hint, element);
+    } else {
+      put(*fresh, index - half, hint, element);
+    }
+  }
+  Leaf* const left = freshIsLeft ? leaf->previous : leaf;
+  Leaf* const right = freshIsLeft ? leaf : leaf->next;
+  fresh->previous = left;
+  fresh->next = right;
+  if (left != nullptr) left->next = fresh;
+  if (right != nullptr) right->previous = fresh;
+
+  void* added = fresh;
+  U64 addedHint = fresh->hints()[0];
+  void* addedElement = fresh->elements()[0];
+  for (U32 level = height_; level-- > 0;) {
+    Inner& inner = *path.inner[level];
+    U32 const at = path.child[level] + (freshIsLeft ? 0 : 1);
+    if (inner.count < innerCapacity) {
+      put(inner, at, addedHint, addedElement, added);
+      if (at == 0) minimumChanged(path, level, addedHint, addedElement);
+      return;
+    }
+    // No inner block has less than two children, or an empty leaf could find itself alone.
+    Inner& freshInner = *spare.takeInner();
+    if (at == 0) {
+      balance(freshInner, inner, 1);
+      put(freshInner, 0, addedHint, addedElement, added);
+      if (level > 0) {
+        path.inner[level - 1]->hints[0] = inner.hints[0];
+        path.inner[level - 1]->elements[0] = inner.elements[0];
+      }
+      freshIsLeft = true;
+    } else {
+      U32 const kept = at == innerCapacity ? innerCapacity - 1 : innerCapacity / 2;
+      balance(inner, freshInner, kept);
+      if (at <= kept) {
+        put(inner, at, addedHint, addedElement, added);
+      } else {
+        put(freshInner, at - kept, addedHint, addedElement, added);
+      }
+      freshIsLeft = false;
+    }
+    added = &freshInner;
+    addedHint = freshInner.hints[0];
+    addedElement = freshInner.elements[0];
+  }
+
+  Inner& root = *spare.takeInner();
+  void* const old = root_;
+  U64 const oldHint = height_ == 0 ? leaf->hints()[0] : static_cast<Inner*>(old)->hints[0];
+  void* const oldElement =
+      height_ == 0 ? leaf->elements()[0] : static_cast<Inner*>(old)->elements[0];
+  put(root, 0, oldHint, oldElement, old);
+  put(root, freshIsLeft ? 0 : 1, addedHint, addedElement, added);
+  root_ = &root;
+  ++height_;
+}
+
+void RbTree::removeAt(Path& path) noexcept {
+  Leaf& leaf = *path.at.leaf;
+  erase(leaf, path.at.index);
+  --size_;
+  ++version_;
+  if (height_ == 0) {
+    if (leaf.count == 0) {
+      leafDelete(&leaf);
+      root_ = nullptr;
+    }
+    return;
+  }
+  if (path.at.index == 0 && leaf.count != 0) {
+    minimumChanged(path, height_, leaf.hints()[0], leaf.elements()[0]);
+  }
+  if (leaf.count < leafMinimum) leafUnderflow(path);
+}
+
+void RbTree::leafUnderflow(Path& path) noexcept {
+  U32 const level = height_ - 1;
+  Inner& parent = *path.inner[level];
+  U32 const at = path.child[level] == 0 ? 0 : path.child[level] - 1;
+  Leaf& left = *static_cast<Leaf*>(parent.children[at]);
+  Leaf& right = *static_cast<Leaf*>(parent.children[at + 1]);
+  U32 const total = left.count + U32{right.count};
+  bool const merges = total <= leafMergeLimit;
+  balance(left, right, merges ? total : total / 2);
+  // The left one may have been empty.
+  path.child[level] = at;
+  minimumChanged(path, height_, left.hints()[0], left.elements()[0]);
+  if (!merges) {
+    parent.hints[at + 1] = right.hints()[0];
+    parent.elements[at + 1] = right.elements()[0];
+    return;
+  }
+  left.next = right.next;
+  if (right.next != nullptr) right.next->previous = &left;
+  leafDelete(&right);
+  erase(parent, at + 1);
+  underflow(path);
+}
+
+// After a child of the lowest inner block on the path has gone.
+void RbTree::underflow(Path& path) noexcept {
+  for (U32 level = height_ - 1; level > 0; --level) {
+    if (path.inner[level]->count >= innerMinimum) return;
+    Inner& parent = *path.inner[level - 1];
+    U32 const at = path.child[level - 1] == 0 ? 0 : path.child[level - 1] - 1;
+    Inner& left = *static_cast<Inner*>(parent.children[at]);
+    Inner& right = *static_cast<Inner*>(parent.children[at + 1]);
+    U32 const total = left.count + U32{right.count};
+    if (total > innerMergeLimit) {
+      balance(left, right, total / 2);
+      parent.hints[at + 1] = right.hints[0];
+      parent.elements[at + 1] = right.elements[0];
+      return;
+    }
+    balance(left, right, total);
+    innerDelete(&right);
+    erase(parent, at + 1);
+  }
+  auto* const root = static_cast<Inner*>(root_);
+  if (root->count == 1) {
+    root_ = root->children[0];
+    --height_;
+    innerDelete(root);
+  }
+}
+
+void RbTree::contentsSwap(RbTree& other) noexcept {
+  std::swap(root_, other.root_);
+  std::swap(size_, other.size_);
+  std::swap(height_, other.height_);
+  ++version_;
+  ++other.version_;
+}
+
+namespace {
+
+void blockFree(void* block, U32 height) noexcept {
+  if (height == 0) return leafDelete(static_cast<Leaf*>(block));
+  auto* const inner = static_cast<Inner*>(block);
+  for (U32 i = 0; i < inner->count; ++i) blockFree(inner->children[i], height - 1);
+  innerDelete(inner);
+}
+
+std::size_t bytesOf(void* block, U32 height) noexcept {
+  if (height == 0) return leafBytes(static_cast<Leaf*>(block)->capacity);
+  auto* const inner = static_cast<Inner*>(block);
+  std::size_t bytes = sizeof(Inner);
+  for (U32 i = 0; i < inner->count; ++i) bytes += bytesOf(inner->children[i], height - 1);
+  return bytes;
+}
+
+// Checks one block and what is below it, and counts the elements.
+bool isBlockSound(void* block, U32 height, bool isRoot, U64 hint, void* element,
+                  const Leaf*& previous, U32& size) noexcept {
+  if (height == 0) {
+    auto* const leaf = static_cast<Leaf*>(block);
+    bool sound = leaf->count != 0 && leaf->count <= leaf->capacity && leaf->previous == previous &&
+                 leaf->hints()[0] == hint && leaf->elements()[0] == element &&
+                 std::is_sorted(leaf->hints(), leaf->hints() + leaf->count);
+    if (previous != nullptr) sound = sound && previous->next == leaf;
+    previous = leaf;
+    size += leaf->count;
+    return sound && (isRoot || leaf->capacity == RbTree::leafCapacity);
+  }
+  auto* const inner = static_cast<Inner*>(block);
+  bool sound = inner->count >= 2 && inner->count <= RbTree::innerCapacity &&
+               inner->hints[0] == hint && inner->elements[0] == element &&
+               std::is_sorted(inner->hints, inner->hints + inner->count);
+  for (U32 i = 0; sound && i < inner->count; ++i) {
+    sound = isBlockSound(inner->children[i], height - 1, false, inner->hints[i], inner->elements[i],
+                         previous, size);
+  }
+  return sound;
+}
+
+}  // namespace
+
+void RbTree::blocksFree() noexcept {
+  if (root_ != nullptr) blockFree(root_, height_);
+  root_ = nullptr;
+  height_ = 0;
+  size_ = 0;
+  ++version_;
+}
+
+std::size_t RbTree::blockBytes() const noexcept {
+  return root_ == nullptr ? 0 : bytesOf(root_, height_);
+}
+
+bool RbTree::isSound() const noexcept {
+  if (root_ == nullptr) return size_ == 0 && height_ == 0;
+  Position const at = first();
+  const Leaf* previous = nullptr;
+  U32 size = 0;
+  return isBlockSound(root_, height_, true, at.leaf->hints()[0], at.leaf->elements()[0], previous,
+                      size) &&
+         size == size_ && previous == last().leaf && previous->next == nullptr;
+}
+
+}  // namespace Zel::impl

@@ -1,0 +1,158 @@
+// RbTree: the part of the ordered maps and sets that knows nothing of their elements.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+#include <type_traits>
+
+#include "Halvo/MemoryTracker.h"
+#include "Halvo/String.h"
+#include "Halvo/Types.h"
+#include "VelmorPlatformExport.h"
+
+namespace Zel {
+
+/// How a tree orders its keys by a number first.
+///
+/// `hint(key)` must agree with `Less`: hint(a) < hint(b) only if a is less than b. Where `exact`,
+/// keys of equal hints are equal also, and the tree never calls `Less`; elsewhere `Less` decides
+/// among keys of equal hints. The tree keeps the hints side by side, so a good hint spares it most
+/// looks at elements. Specialise it for a type of your own before its first tree:
+///
+///     template <>
+///     struct Zel::RbTreeOrder<Entry, std::less<Entry>> {
+///       static constexpr bool exact = true;
+///       static U64 hint(const Entry& e) noexcept { return U64{e.slot} << 32 | e.id; }
+///     };
+template <class K, class Less>
+struct RbTreeOrder {
+  static constexpr bool exact = (std::is_integral_v<K> || std::is_enum_v<K>)&&(
+      std::is_same_v<Less, std::less<K>> || std::is_same_v<Less, std::less<>>);
+  static U64 hint([[maybe_unused]] const K& key) noexcept {
+    if constexpr (!exact) {
+      return 0;
+    } else if constexpr (std::is_signed_v<K>) {
+      return static_cast<U64>(key) ^ U64 { 1 } << 63;
+    } else {
+      return static_cast<U64>(key);
+    }
+  }
+};
+/// Strings: their first eight bytes.
+template <>
+struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
+  static constexpr bool exact = false;
+  static U64 hint(std::string_view text) noexcept {
+    U64 bytes = 0;
+    std::memcpy(&bytes, text.data(), text.size() < 8 ? text.size() : 8);
+    return __builtin_bswap64(bytes);
+  }
+};
+
+namespace impl {
+
+/// A run of elements in order, side by side: behind this head stand `capacity` hints, then as many
+/// pointers to elements.
+struct RbTreeLeaf {
+  U16 count;
+  U16 capacity;
+  U32 unused;
+  RbTreeLeaf* previous;  ///< null at the first
+  RbTreeLeaf* next;      ///< null at the last
+
+  U64* hints() noexcept { return static_cast<U64*>(static_cast<void*>(this + 1)); }
+  void** elements() noexcept { return static_cast<void**>(static_cast<void*>(hints() + capacity)); }
+};
+
+/// What a search looks for. The two comparisons are null where hints are exact.
+struct RbTreeProbe {
+  U64 hint;
+  const void* key;
+  bool (*isBelow)(const void* element, const void* key);  ///< element < key
+  bool (*isAbove)(const void* element, const void* key);  ///< key < element
+};
+
+/// Ordered pointers to elements: a tree whose leaves are runs of up to 62 elements, and whose inner
+/// blocks have up to 42 children each.
+///
+/// Invariant: all leaves are equally deep and linked in order; none is empty. Each entry of an
+/// inner block names the first element of the child it leads to. Blocks but those on the tree's
+/// edges are filled to a third or more. A tree of up to 62 elements is a single leaf, which grows
+/// with them; an empty one has no block.
+///
+/// Elements never move; the places of their pointers do, with each insertion and removal, and
+/// version() changes with each.
+class VELMOR_PLATFORM_API RbTree {
+ public:
+  static constexpr U32 leafCapacity = 62;   // with the head, what the largest slab object holds
+  static constexpr U32 innerCapacity = 42;  // likewise
+  static constexpr U32 maxHeight = 12;      // levels of inner blocks; eight hold 2^32 elements
+
+  struct Position {
+    RbTreeLeaf* leaf = nullptr;  ///< null behind the last element
+    U32 index = 0;
+  };
+  struct Inner;
+  /// The way from the root to a place in a leaf.
+  struct Path {
+    Inner* inner[maxHeight];
+    U32 child[maxHeight];
+    Position at;
+  };
+
+  constexpr RbTree() noexcept = default;
+  RbTree(const RbTree&) = delete;
+  RbTree& operator=(const RbTree&) = delete;
+
+  U32 size() const noexcept { return size_; }
+  U32 generation() const noexcept { return generation_; }
+  U32 version() const noexcept { return version_; }
+  void generationAdvance() noexcept { generation_ += 2; }
+  /// Bytes of all blocks, elements not counted.
+  std::size_t blockBytes() const noexcept;
+
+  /// The element of the key, null when there is none.
+  void* find(const RbTreeProbe& probe) const noexcept;
+  Position first() const noexcept;
+  Position last() const noexcept;
+  /// The first element that is not less than the key.
+  Position lowerBound(const RbTreeProbe& probe) const noexcept;
+  /// The first element that is greater than the key.
+  Position upperBound(const RbTreeProbe& probe) const noexcept;
+
+  /// The element of the key; where there is none, null and the place for it.
+  void* locate(const RbTreeProbe& probe, Path& path) const noexcept;
+  /// Adds an element at the place that locate() found. Throws std::bad_alloc before it changes
+  /// anything.
+  void insertAt(Path& path, U64 hint, void* element);
+  /// Removes the pointer that locate() found. Leaves the generation to the caller.
+  void removeAt(Path& path) noexcept;
+
+  /// Exchanges the elements, not the generations.
+  void contentsSwap(RbTree& other) noexcept;
+  /// Frees all blocks; the elements are the caller's.
+  void blocksFree() noexcept;
+
+  /// Whether every invariant holds: for tests. Looks at hints only.
+  bool isSound() const noexcept;
+
+  /// Counts the blocks of all trees.
+  static Halvo::MemoryTracker blockTracker_;
+
+ private:
+  RbTreeLeaf* descend(const RbTreeProbe& probe) const noexcept;
+  void minimumChanged(const Path& path, U32 level, U64 hint, void* element) noexcept;
+  void leafSplit(Path& path, U64 hint, void* element);
+  void underflow(Path& path) noexcept;
+  void leafUnderflow(Path& path) noexcept;
+
+  void* root_ = nullptr;  // an Inner, or the only leaf where the height is zero
+  U32 size_ = 0;
+  U32 generation_ = 1;
+  U32 version_ = 0;
+  U32 height_ = 0;  // levels of inner blocks
+};
+
+}  // namespace impl
+}  // namespace Zel

@@ -1,0 +1,473 @@
+// RbTreeMap and RbTreeSet: the ordered collections.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <iterator>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+#include "Halvo/Types.h"
+#include "Sobrel.h"
+#include "Zel/RbTree.h"
+
+namespace Zel {
+
+namespace impl {
+
+/// What map and set share. `Element` holds the key as `key`.
+template <class K, class Element, class Tag, class Less>
+class RbTreeOf {
+  using Order = RbTreeOrder<K, Less>;
+
+  template <bool isConst>
+  class BasicIterator;
+
+ public:
+  using Key = K;
+  using iterator = BasicIterator<false>;
+  using const_iterator = BasicIterator<true>;
+
+  RbTreeOf(const RbTreeOf&) = delete;
+  RbTreeOf& operator=(const RbTreeOf&) = delete;
+
+  U32 size() const noexcept { return tree_.size(); }
+  bool empty() const noexcept { return size() == 0; }
+  /// Starts at 1; goes up by 2 with each removal of an element and each clear(), that of an empty
+  /// collection also. Insertions leave it alone.
+  U32 generation() const noexcept { return tree_.generation(); }
+  bool has(const K& key) const noexcept { return tree_.find(probeFor(key)) != nullptr; }
+  /// Bytes of all memory but the collection's own 24 and what the elements own, as asked for of
+  /// the allocator.
+  std::size_t memoryBytes() const noexcept { return tree_.blockBytes() + size() * sizeof(Element); }
+
+  /// Removes the element of the key; false when there is none.
+  bool del(const K& key) {
+    Holder const gone(unlinked(probeFor(key)));
+    return gone.element != nullptr;
+  }
+  /// Removes what the iterator means. If an element was removed since the iterator was made or
+  /// last stepped, that is the key it last held, be that removed and added anew, or passed on the
+  /// way to the end; else the element under it, and nothing at the end. False when nothing was
+  /// removed. The iterator's `++` then goes to the element behind.
+  bool del(const iterator& at) {
+    if (!at.isHeld_ || (at.leaf_ == nullptr && at.generation_ == generation())) return false;
+    Holder const gone(unlinked(at.heldProbe()));
+    return gone.element != nullptr;
+  }
+  /// Removes all.
+  void clear() noexcept {
+    tree_.generationAdvance();
+    // Empty before the first element goes: a destructor may look at the collection.
+    RbTree old;
+    old.contentsSwap(tree_);
+    elementsDelete(old);
+  }
+
+  iterator begin() { return iterator(this, tree_.first()); }
+  iterator end() noexcept { return iterator(this); }
+  const_iterator begin() const { return const_iterator(this, tree_.first()); }
+  const_iterator end() const noexcept { return const_iterator(this); }
+  /// At the last element; end() where there is none.
+  iterator last() { return iterator(this, tree_.last()); }
+  const_iterator last() const { return const_iterator(this, tree_.last()); }
+  /// At the key; end() when it is not there.
+  iterator at(const K& key) { return iterator(this, positionOf(key)); }
+  const_iterator at(const K& key) const { return const_iterator(this, positionOf(key)); }
+  /// At the first element that is not less than the key.
+  iterator lowerBound(const K& key) { return iterator(this, tree_.lowerBound(probeFor(key))); }
+  const_iterator lowerBound(const K& key) const {
+    return const_iterator(this, tree_.lowerBound(probeFor(key)));
+  }
+  /// At the first element that is greater than the key.
+  iterator upperBound(const K& key) { return iterator(this, tree_.upperBound(probeFor(key))); }
+  const_iterator upperBound(const K& key) const {
+    return const_iterator(this, tree_.upperBound(probeFor(key)));
+  }
+
+  /// Whether the structure below is as it should be: for tests.
+  bool isSound() const noexcept { return tree_.isSound(); }
+
+ protected:
+  RbTreeOf() noexcept = default;
+  RbTreeOf(RbTreeOf&& other) noexcept {
+    tree_.contentsSwap(other.tree_);
+    other.tree_.generationAdvance();
+  }
+  RbTreeOf& operator=(RbTreeOf&& other) noexcept {
+    if (this != &other) {
+      clear();
+      tree_.contentsSwap(other.tree_);
+      other.tree_.generationAdvance();
+    }
+    return *this;
+  }
+  ~RbTreeOf() { elementsDelete(tree_); }
+  void swap(RbTreeOf& other) noexcept {
+    tree_.contentsSwap(other.tree_);
+    tree_.generationAdvance();
+    other.tree_.generationAdvance();
+  }
+
+  // Deletes an element at the end of its scope: when it goes the tree is whole, and without it.
+  struct Holder {
+    explicit Holder(Element* held) noexcept : element(held) {}
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+    ~Holder() {
+      if (element != nullptr) elementDelete(element);
+    }
+    Element* element;
+  };
+
+  static RbTreeProbe probeFor(const K& key) noexcept {
+    if constexpr (Order::exact) {
+      return {Order::hint(key), nullptr, nullptr, nullptr};
+    } else {
+      return {Order::hint(key), &key, isBelow, isAbove};
+    }
+  }
+  Element* found(const K& key) const noexcept {
+    return static_cast<Element*>(tree_.find(probeFor(key)));
+  }
+  // The element of the key and false; where there was none, a new one made by `make`, and true.
+  template <class Make>
+  std::pair<Element*, bool> elementFor(const K& key, Make make) {
+    RbTree::Path path;
+    RbTreeProbe const probe = probeFor(key);
+    if (void* const present = tree_.locate(probe, path)) {
+      return {static_cast<Element*>(present), false};
+    }
+    void* const memory = Sobrel::trackedAlloc(Tag::memAllocationTracker_, sizeof(Element));
+    Element* element = nullptr;
+    try {
+      element = make(memory);
+      tree_.insertAt(path, probe.hint, element);
+    } catch (...) {
+      if (element != nullptr) {
+        elementDelete(element);
+      } else {
+        Sobrel::trackedFree(Tag::memAllocationTracker_, memory, sizeof(Element));
+      }
+      throw;
+    }
+    return {element, true};
+  }
+  Element* unlinked(const RbTreeProbe& probe) noexcept {
+    RbTree::Path path;
+    void* const element = tree_.locate(probe, path);
+    if (element == nullptr) return nullptr;
+    tree_.removeAt(path);
+    tree_.generationAdvance();
+    return static_cast<Element*>(element);
+  }
+  // The element under the iterator, or that of the key it holds should it be stale; null at the
+  // end.
+  Element* unlinked(const iterator& at) noexcept {
+    return at.leaf_ == nullptr ? nullptr : unlinked(at.heldProbe());
+  }
+
+ private:
+  static bool isBelow(const void* element, const void* key) {
+    return Less{}(static_cast<const Element*>(element)->key, *static_cast<const K*>(key));
+  }
+  static bool isAbove(const void* element, const void* key) {
+    return Less{}(*static_cast<const K*>(key), static_cast<const Element*>(element)->key);
+  }
+  RbTree::Position positionOf(const K& key) const noexcept {
+    RbTree::Position const at = tree_.lowerBound(probeFor(key));
+    if (at.leaf == nullptr) return at;
+    auto* const element = static_cast<const Element*>(at.leaf->elements()[at.index]);
+    bool const equal =
+        Order::exact ? at.leaf->hints()[at.index] == Order::hint(key) : !Less{}(key, element->key);
+    return equal ? at : RbTree::Position{};
+  }
+  static void elementDelete(Element* element) noexcept {
+    element->~Element();
+    Sobrel::trackedFree(Tag::memAllocationTracker_, element, sizeof(Element));
+  }
+  static void elementsDelete(RbTree& tree) noexcept {
+    for (RbTreeLeaf* leaf = tree.first().leaf; leaf != nullptr; leaf = leaf->next) {
+      for (U32 i = 0; i < leaf->count; ++i)
+        elementDelete(static_cast<Element*>(leaf->elements()[i]));
+    }
+    tree.blocksFree();
+  }
+
+  RbTree tree_;
+};
+
+/// Stands at an element, or at the end. See the collections for what it withstands.
+template <class K, class Element, class Tag, class Less>
+template <bool isConst>
+class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
+  using Owner = std::conditional_t<isConst, const RbTreeOf, RbTreeOf>;
+  // Where the hint is not the whole key, an iterator that can remove keeps a copy of the key.
+  static constexpr bool copiesKey = !Order::exact && !isConst;
+  struct NoKey {};
+  using HeldKey = std::conditional_t<copiesKey, K, NoKey>;
+
+ public:
+  using iterator_category = std::forward_iterator_tag;
+  using difference_type = std::ptrdiff_t;
+  using value_type = std::remove_cvref_t<typename Element::template Item<isConst>>;
+  using reference = typename Element::template Item<isConst>;
+  using pointer = void;
+
+  BasicIterator() noexcept = default;
+  template <bool otherIsConst>
+  requires(isConst && !otherIsConst) BasicIterator(const BasicIterator<otherIsConst>& other)
+      : owner_(other.owner_),
+        leaf_(other.leaf_),
+        index_(other.index_),
+        version_(other.version_),
+        generation_(other.generation_),
+        isHeld_(other.isHeld_),
+        hint_(other.hint_),
+        element_(other.element_) {}
+
+  /// The key of the element, in place.
+  const K& key() const noexcept { return element_->key; }
+  /// Maps only: the value of the element, in place.
+  auto& value() const noexcept requires requires(Element& e) { e.value; }
+  {
+    if constexpr (isConst) {
+      return std::as_const(element_->value);
+    } else {
+      return element_->value;
+    }
+  }
+  reference operator*() const noexcept { return element_->template item<isConst>(); }
+  /// The generation at which the iterator was made or last stepped.
+  U32 generation() const noexcept { return generation_; }
+
+  BasicIterator& operator++() {
+    if (leaf_ == nullptr) return *this;
+    if (version_ == owner_->tree_.version()) [[likely]] {
+      if (++index_ == leaf_->count) {
+        leaf_ = leaf_->next;
+        index_ = 0;
+      }
+      load();
+    } else {
+      resume();
+    }
+    return *this;
+  }
+  BasicIterator operator++(int) {
+    BasicIterator const before(*this);
+    ++*this;
+    return before;
+  }
+  /// Both must be iterators of one collection; at the end, or at one element.
+  friend bool operator==(const BasicIterator& a, const BasicIterator& b) noexcept {
+    return a.element_ == b.element_;
+  }
+
+ private:
+  friend RbTreeOf;
+  friend BasicIterator<true>;
+  explicit BasicIterator(Owner* owner) noexcept
+      : owner_(owner), version_(owner->tree_.version()), generation_(owner->generation()) {}
+  BasicIterator(Owner* owner, RbTree::Position at)
+      : owner_(owner),
+        leaf_(at.leaf),
+        index_(at.index),
+        version_(owner->tree_.version()),
+        generation_(owner->generation()) {
+    load();
+  }
+
+  void load() {
+    if (leaf_ == nullptr) {
+      element_ = nullptr;
+      return;
+    }
+    void** const elements = leaf_->elements();
+    element_ = static_cast<Element*>(elements[index_]);
+    hint_ = leaf_->hints()[index_];
+    isHeld_ = true;
+    if constexpr (copiesKey) heldKey_ = element_->key;
+    // Elements lie anywhere. The capacity bounds the look ahead; what it finds there is not used.
+    if (index_ + ahead < leaf_->capacity) __builtin_prefetch(elements[index_ + ahead]);
+  }
+  RbTreeProbe heldProbe() const noexcept {
+    if constexpr (Order::exact) {
+      return {hint_, nullptr, nullptr, nullptr};
+    } else if constexpr (copiesKey) {
+      return probeFor(heldKey_);
+    } else {
+      return probeFor(element_->key);
+    }
+  }
+  // `++` after the tree has changed.
+  [[gnu::always_inline]] void resume() {
+    RbTree::Position at;
+    // Without a key of its own the iterator needs its element, which may be gone.
+    if (Order::exact || copiesKey || generation_ == owner_->generation()) {
+      at = owner_->tree_.upperBound(heldProbe());
+    }
+    leaf_ = at.leaf;
+    index_ = at.index;
+    version_ = owner_->tree_.version();
+    generation_ = owner_->generation();
+    load();
+  }
+
+  static constexpr U32 ahead = 6;
+
+  Owner* owner_ = nullptr;
+  RbTreeLeaf* leaf_ = nullptr;  // null at the end
+  U32 index_ = 0;
+  U32 version_ = 0;
+  U32 generation_ = 0;
+  bool isHeld_ = false;  // whether it ever stood at an element
+  U64 hint_ = 0;
+  Element* element_ = nullptr;
+  [[no_unique_address]] HeldKey heldKey_{};
+};
+
+template <class K, class V>
+struct RbTreeMapElement {
+  template <bool isConst>
+  struct Item {
+    const K& key;
+    std::conditional_t<isConst, const V, V>& value;
+  };
+  template <bool isConst>
+  Item<isConst> item() noexcept {
+    return {key, value};
+  }
+  const K key;
+  V value;
+};
+
+template <class K>
+struct RbTreeSetElement {
+  template <bool isConst>
+  using Item = const K&;
+  template <bool isConst>
+  const K& item() noexcept {
+    return key;
+  }
+  const K key;
+};
+
+}  // namespace impl
+
+/// A map from K to V in ascending order of the keys.
+///
+/// Invariant: each key is in the map once. Elements never move: a pointer or reference to a key or
+/// value stays valid until its element is removed, whatever else is added or removed. The map
+/// itself takes 24 bytes, and allocates nothing while it is empty.
+///
+/// An iterator withstands every change. It gives key() and value() as long as its own element is in
+/// the map; `++` always goes to the first element behind the key that it last held; del() says what
+/// it removes. (Two limits: a const_iterator whose keys are not wholly told by RbTreeOrder's hint
+/// ends its walk once an element was removed; and an iterator must not be used once its map has
+/// been moved from, swapped or destroyed.)
+///
+/// `Tag` names the elements for memory accounting: its static
+/// `Zel::AllocationTracker memAllocationTracker_` counts them. What an insertion throws (memory, a
+/// copy that throws) leaves the map as it was. One thread at a time; any number may read a map that
+/// nobody changes.
+///
+///     Zel::RbTreeMap<U32, Halvo::Ptr<Group>, HN_Group> groups;
+///     groups.insert(7, Halvo::makePtr<Group>(7));
+///     for (auto [id, group] : groups) group->print();
+///     Halvo::Ptr<Group> removed = groups.take(7);
+template <class K, class V, class Tag, class Less = std::less<K>>
+class RbTreeMap : public impl::RbTreeOf<K, impl::RbTreeMapElement<K, V>, Tag, Less> {
+  using Element = impl::RbTreeMapElement<K, V>;
+  using Base = impl::RbTreeOf<K, Element, Tag, Less>;
+
+ public:
+  using Value = V;
+  using typename Base::iterator;
+
+  RbTreeMap() noexcept = default;
+  RbTreeMap(RbTreeMap&&) noexcept = default;
+  RbTreeMap& operator=(RbTreeMap&&) noexcept = default;
+  void swap(RbTreeMap& other) noexcept { Base::swap(other); }
+
+  /// The value of `key`, null when the map has none.
+  V* find(const K& key) noexcept { return valueOf(this->found(key)); }
+  const V* find(const K& key) const noexcept { return valueOf(this->found(key)); }
+  /// A copy of the value of `key`; V{} when the map has none.
+  V get(const K& key) const {
+    Element* const element = this->found(key);
+    return element == nullptr ? V{} : element->value;
+  }
+
+  /// Adds the element unless the key is there; then the present value stays and `value` is dropped.
+  /// Gives the value that the map now holds and whether it is the new one.
+  std::pair<V*, bool> insert(const K& key, V value) {
+    auto const [element, isNew] = this->elementFor(key, [&](void* memory) {
+      return new (memory) Element{key, std::move(value)};
+    });
+    return {&element->value, isNew};
+  }
+  /// The value of `key`, which is added with a default value when it is not there.
+  V& getOrCreate(const K& key) {
+    return this->elementFor(key,
+                            [&](void* memory) {
+                              return new (memory) Element{key, V{}};
+                            })
+        .first->value;
+  }
+  /// The value of `key`, which is added with what `make()` returns when it is not there. `make`
+  /// must not change the map.
+  template <class Make>
+  V& getOrMake(const K& key, Make make) {
+    return this->elementFor(key,
+                            [&](void* memory) {
+                              return new (memory) Element{key, make()};
+                            })
+        .first->value;
+  }
+
+  /// Removes the element of the key and gives its value; V{} when there is none.
+  V take(const K& key) { return valueTaken(this->unlinked(this->probeFor(key))); }
+  /// Removes the element under the iterator, or that of the key it last held should an element
+  /// have been removed since, and gives its value; V{} when there is none, and at the end.
+  V take(const iterator& at) { return valueTaken(this->unlinked(at)); }
+
+ private:
+  static V* valueOf(Element* element) noexcept {
+    return element == nullptr ? nullptr : &element->value;
+  }
+  static V valueTaken(Element* element) {
+    typename Base::Holder const gone(element);
+    return element == nullptr ? V{} : std::move(element->value);
+  }
+};
+
+/// A set of K in ascending order. All that RbTreeMap says holds for it too, of elements that are
+/// their own keys.
+template <class K, class Tag, class Less = std::less<K>>
+class RbTreeSet : public impl::RbTreeOf<K, impl::RbTreeSetElement<K>, Tag, Less> {
+  using Element = impl::RbTreeSetElement<K>;
+  using Base = impl::RbTreeOf<K, Element, Tag, Less>;
+
+ public:
+  RbTreeSet() noexcept = default;
+  RbTreeSet(RbTreeSet&&) noexcept = default;
+  RbTreeSet& operator=(RbTreeSet&&) noexcept = default;
+  void swap(RbTreeSet& other) noexcept { Base::swap(other); }
+
+  /// The element that is equal to `key`, null when the set has none.
+  const K* find(const K& key) const noexcept {
+    Element* const element = this->found(key);
+    return element == nullptr ? nullptr : &element->key;
+  }
+  /// Adds a copy of the element unless an equal one is there, which then stays as it is. Gives the
+  /// one that the set now holds and whether it is the new one.
+  std::pair<const K*, bool> insert(const K& key) {
+    auto const [element, isNew] =
+        this->elementFor(key, [&](void* memory) { return new (memory) Element{key}; });
+    return {&element->key, isNew};
+  }
+};
+
+}  // namespace Zel

@@ -1,0 +1,484 @@
+#include "Zel/RbTreeMap.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "FailingNew.h"
+#include "Halvo/Node.h"
+#include "Halvo/Ptr.h"
+#include "Halvo/String.h"
+
+namespace {
+
+using Halvo::S16;
+using Halvo::String;
+using Halvo::U32;
+using Halvo::U64;
+using Zel::RbTreeMap;
+using Zel::RbTreeSet;
+
+struct HN_Test {
+  static Zel::AllocationTracker memAllocationTracker_;
+};
+constinit Zel::AllocationTracker HN_Test::memAllocationTracker_{"RbTreeMapTest::HN_Test"};
+
+// Descending priority, then ascending id; the text takes no part.
+struct Entry {
+  U32 priority = 0;
+  U32 id = 0;
+  String text;
+  friend bool operator<(const Entry& a, const Entry& b) {
+    return a.priority != b.priority ? a.priority > b.priority : a.id < b.id;
+  }
+};
+
+// A key without a hint, whose copies may throw.
+struct Plain {
+  static bool throws;
+  explicit Plain(int n = 0) : number(n) {}
+  Plain(const Plain& other) : number(other.number) {
+    if (throws) throw std::runtime_error("copy");
+  }
+  Plain& operator=(const Plain&) = default;
+  friend bool operator<(const Plain& a, const Plain& b) { return a.number < b.number; }
+  friend bool operator==(const Plain&, const Plain&) = default;
+  int number;
+};
+bool Plain::throws = false;
+
+}  // namespace
+
+template <>
+struct Zel::RbTreeOrder<Entry, std::less<Entry>> {
+  static constexpr bool exact = true;
+  static U64 hint(const Entry& e) noexcept { return U64{~e.priority} << 32 | e.id; }
+};
+
+namespace {
+
+template <class K, class V, class Less = std::less<K>>
+using Map = RbTreeMap<K, V, HN_Test, Less>;
+template <class K, class Less = std::less<K>>
+using Set = RbTreeSet<K, HN_Test, Less>;
+
+template <class AnyMap>
+std::vector<typename AnyMap::Key> keysOf(const AnyMap& map) {
+  std::vector<typename AnyMap::Key> keys;
+  for (auto it = map.begin(); it != map.end(); ++it) keys.push_back(it.key());
+  return keys;
+}
+
+class RbTreeMapTest : public testing::Test {
+ protected:
+  void TearDown() override {
+    EXPECT_EQ(HN_Test::memAllocationTracker_.liveObjects(), 0U);
+    EXPECT_EQ(HN_Test::memAllocationTracker_.liveBytes(), 0U);
+    EXPECT_EQ(Zel::impl::RbTree::blockTracker_.liveObjects(), 0U);
+    EXPECT_EQ(Zel::impl::RbTree::blockTracker_.liveBytes(), 0U);
+  }
+};
+
+TEST_F(RbTreeMapTest, EmptyMapHasNoMemory) {
+  Map<U32, Halvo::Ptr<Halvo::Node>> map;
+  EXPECT_EQ(sizeof map, 24U);
+  EXPECT_EQ(map.memoryBytes(), 0U);
+  EXPECT_EQ(map.find(1), nullptr);
+  EXPECT_EQ(map.take(1), nullptr);
+  EXPECT_FALSE(map.del(1));
+  EXPECT_FALSE(map.del(map.begin()));
+  EXPECT_TRUE(map.begin() == map.end());
+  EXPECT_TRUE(map.last() == map.end());
+  EXPECT_TRUE(map.lowerBound(0) == map.end());
+  EXPECT_EQ(map.generation(), 1U);
+}
+
+TEST_F(RbTreeMapTest, OneElementTakesLittle) {
+  Map<U32, Halvo::Ptr<Halvo::Node>> map;
+  map.insert(1, nullptr);
+  EXPECT_LE(sizeof map + map.memoryBytes(), 80U);
+}
+
+TEST_F(RbTreeMapTest, IteratesInAscendingOrder) {
+  Map<S16, int> pipes;
+  for (int key : {2, -1, 0, 32767, -32768}) pipes.insert(static_cast<S16>(key), key);
+  EXPECT_EQ(keysOf(pipes), (std::vector<S16>{-32768, -1, 0, 2, 32767}));
+  Map<U32, int> groups;
+  for (U32 key : {7U, 0xFFFFFFFFU, 0U}) groups.insert(key, 0);
+  EXPECT_EQ(keysOf(groups), (std::vector<U32>{0, 7, 0xFFFFFFFF}));
+  Map<U64, int> wide;
+  for (U64 key : {~U64{0}, ~U64{0} - 1, U64{0}}) wide.insert(key, 0);
+  EXPECT_EQ(keysOf(wide), (std::vector<U64>{0, ~U64{0} - 1, ~U64{0}}));
+  EXPECT_TRUE(wide.has(~U64{0}));
+  Map<int, int, std::greater<int>> falling;
+  for (int key : {1, 3, 2}) falling.insert(key, 0);
+  EXPECT_EQ(keysOf(falling), (std::vector<int>{3, 2, 1}));
+}
+
+TEST_F(RbTreeMapTest, OrdersStringsByTheirBytes) {
+  std::vector<std::string> texts{
+      "",         "a",           "b",      "A",    "acl-ipv4-1",          "acl-ipv4-2",
+      "acl-ipv4", "acl-ipv4-10", "\xff",   "\x80", std::string("a\0", 2), std::string("a\0b", 3),
+      "aaaaaaaa", "aaaaaaaab",   "aaaaaaa"};
+  Map<String, int> map;
+  for (auto const& text : texts) map.insert(String(text), 0);
+  std::sort(texts.begin(), texts.end());
+  std::vector<std::string> met;
+  for (auto [key, value] : map) met.push_back(key.str());
+  EXPECT_EQ(met, texts);
+  for (auto const& text : texts) EXPECT_TRUE(map.has(String(text)));
+  EXPECT_FALSE(map.has("acl-ipv4-"));
+}
+
+TEST_F(RbTreeMapTest, SetKeepsTheElementThatIsThere) {
+  Set<Entry> set;
+  EXPECT_TRUE(set.insert({10, 5, "a"}).second);
+  auto const [kept, isNew] = set.insert({10, 5, "b"});
+  EXPECT_FALSE(isNew);
+  EXPECT_EQ(kept->text, "a");
+  EXPECT_EQ(set.size(), 1U);
+  EXPECT_TRUE(set.has({10, 5, "other"}));
+  EXPECT_FALSE(set.has({5, 10, "a"}));
+  for (auto [priority, id] : {std::pair{5U, 1U}, {20U, 1U}, {7U, 3U}, {7U, 1U}}) {
+    set.insert({priority, id, {}});
+  }
+  std::vector<std::pair<U32, U32>> met;
+  for (const Entry& entry : set) met.emplace_back(entry.priority, entry.id);
+  EXPECT_EQ(met, (std::vector<std::pair<U32, U32>>{{20, 1}, {10, 5}, {7, 1}, {7, 3}, {5, 1}}));
+}
+
+TEST_F(RbTreeMapTest, MapInsertsGetsAndTakes) {
+  Map<U32, String> map;
+  auto const [first, isNew] = map.insert(1, "one");
+  EXPECT_TRUE(isNew);
+  auto const [second, isNewAgain] = map.insert(1, "other");
+  EXPECT_FALSE(isNewAgain);
+  EXPECT_EQ(first, second);
+  EXPECT_EQ(map.get(1), "one");
+  EXPECT_EQ(map.get(2), "");
+  map.getOrCreate(2) = "two";
+  EXPECT_EQ(map.getOrMake(2, [] { return String("not called"); }), "two");
+  EXPECT_EQ(map.getOrMake(3, [] { return String("three"); }), "three");
+  EXPECT_EQ(map.take(2), "two");
+  EXPECT_EQ(map.take(2), "");
+  EXPECT_EQ(map.size(), 2U);
+}
+
+TEST_F(RbTreeMapTest, GenerationCountsRemovalsAlone) {
+  Map<U32, int> map;
+  for (U32 i = 0; i < 1000; ++i) map.insert(i, 0);
+  EXPECT_EQ(map.generation(), 1U);
+  EXPECT_FALSE(map.del(5000));
+  EXPECT_EQ(map.take(5000), 0);
+  EXPECT_EQ(map.generation(), 1U);
+  EXPECT_TRUE(map.del(5));
+  EXPECT_EQ(map.generation(), 3U);
+  map.take(6);
+  EXPECT_EQ(map.generation(), 5U);
+  EXPECT_TRUE(map.del(map.begin()));
+  EXPECT_EQ(map.generation(), 7U);
+  map.clear();
+  EXPECT_EQ(map.generation(), 9U);
+  map.clear();
+  EXPECT_EQ(map.generation(), 11U);
+}
+
+TEST_F(RbTreeMapTest, DeletesByIterator) {
+  Set<Entry> set;
+  for (U32 i = 0; i < 10; ++i) set.insert({1, i, {}});
+  auto const atEnd = set.end();
+  auto it = set.at({1, 4, {}});
+  EXPECT_FALSE(set.del(atEnd));
+  EXPECT_TRUE(set.del(it));
+  EXPECT_FALSE(set.has({1, 4, {}}));
+  // Stale now: goes by the key that it last held.
+  EXPECT_FALSE(set.del(it));
+  EXPECT_EQ(set.generation(), 3U);
+  set.insert({1, 4, "again"});
+  EXPECT_TRUE(set.del(it));
+  EXPECT_EQ(set.generation(), 5U);
+  ++it;
+  EXPECT_EQ(it.key().id, 5U);
+  // Another's removal.
+  EXPECT_TRUE(set.del({1, 0, {}}));
+  EXPECT_TRUE(set.del(it));
+  EXPECT_FALSE(set.has({1, 5, {}}));
+  EXPECT_FALSE(set.del(atEnd));
+}
+
+TEST_F(RbTreeMapTest, IteratorAtTheEndRemovesOnlyWhenStale) {
+  Set<Entry> set;
+  set.insert({1, 1, {}});
+  set.insert({1, 2, {}});
+  auto it = set.begin();
+  ++it;
+  ++it;
+  ASSERT_TRUE(it == set.end());
+  EXPECT_FALSE(set.del(it));
+  set.del({1, 1, {}});
+  EXPECT_TRUE(set.del(it));  // by the key it last held
+  EXPECT_TRUE(set.empty());
+
+  Map<U32, int> map;
+  map.insert(1, 10);
+  map.insert(2, 20);
+  auto at = map.at(2);
+  ++at;
+  map.del(1);
+  EXPECT_EQ(map.take(at), 0);  // stands at no element
+  EXPECT_EQ(map.take(map.begin()), 20);
+}
+
+TEST_F(RbTreeMapTest, WalkWithstandsChanges) {
+  for (int count : {5, 60, 63, 2000}) {
+    SCOPED_TRACE(count);
+    Map<U32, int> map;
+    for (int i = 0; i < count; ++i) map.insert(static_cast<U32>(2 * i), i);
+    U32 expected = 0;
+    for (auto it = map.begin(); it != map.end(); ++it) {
+      ASSERT_EQ(it.key(), expected);
+      expected += 2;
+      map.insert(it.key() + 1, 0);  // behind it, and not far: stepped over below
+      if (it.key() % 4 == 0) {
+        ASSERT_TRUE(map.del(it));
+      }
+      ASSERT_TRUE(map.del(expected - 1));
+    }
+    EXPECT_EQ(expected, static_cast<U32>(2 * count));
+    EXPECT_EQ(map.size(), static_cast<U32>(count / 2));
+  }
+  Map<String, int> names;
+  for (int i = 0; i < 300; ++i) names.insert(String("acl-ipv4-") + String(std::to_string(i)), i);
+  int met = 0;
+  for (auto it = names.begin(); it != names.end(); ++it, ++met) names.del(it);
+  EXPECT_EQ(met, 300);
+  EXPECT_TRUE(names.empty());
+}
+
+TEST_F(RbTreeMapTest, ConstWalkOverStringsEndsAfterARemoval) {
+  Map<String, int> map;
+  for (const char* key : {"a", "b", "c", "d"}) map.insert(key, 0);
+  auto it = std::as_const(map).begin();
+  map.insert("ab", 0);
+  ++it;
+  EXPECT_EQ(it.key(), "ab");
+  map.del("ab");
+  ++it;
+  EXPECT_TRUE(it == std::as_const(map).end());
+}
+
+TEST_F(RbTreeMapTest, ElementsNeverMove) {
+  std::mt19937 random(7);
+  Map<U32, U32> map;
+  std::map<U32, U32*> places;
+  for (int step = 0; step < 100'000; ++step) {
+    U32 const key = static_cast<U32>(random() % 3000);
+    if (random() % 2 == 0) {
+      places[key] = map.insert(key, key).first;
+    } else {
+      map.del(key);
+      places.erase(key);
+    }
+  }
+  for (auto [key, place] : places) ASSERT_EQ(map.find(key), place);
+}
+
+TEST_F(RbTreeMapTest, OrderedInputFillsItsBlocks) {
+  Map<U32, U32> rising;
+  Map<U32, U32> falling;
+  constexpr U32 count = 100'000;
+  for (U32 i = 0; i < count; ++i) {
+    rising.insert(i, i);
+    falling.insert(count - i, i);
+  }
+  EXPECT_TRUE(rising.isSound());
+  EXPECT_TRUE(falling.isSound());
+  EXPECT_LE(rising.memoryBytes(), count * (8 + 18));
+  EXPECT_LE(falling.memoryBytes(), count * (8 + 18));
+}
+
+TEST_F(RbTreeMapTest, MovesAndSwaps) {
+  Map<U32, int> a;
+  for (U32 i = 0; i < 100; ++i) a.insert(i, 0);
+  Map<U32, int> b(std::move(a));
+  EXPECT_TRUE(a.empty());
+  EXPECT_EQ(a.generation(), 3U);
+  EXPECT_EQ(b.size(), 100U);
+  a.insert(7, 7);
+  a.swap(b);
+  EXPECT_EQ(a.size(), 100U);
+  EXPECT_EQ(b.get(7), 7);
+  b = std::move(a);
+  EXPECT_EQ(b.size(), 100U);
+  EXPECT_TRUE(a.empty());
+}
+
+TEST_F(RbTreeMapTest, ThrowingCopiesLeaveTheMapAsItWas) {
+  Map<Plain, int> map;
+  for (int i = 0; i < 200; ++i) {
+    Plain const key(i * 37 % 200);
+    Plain::throws = true;
+    EXPECT_THROW(map.insert(key, i), std::runtime_error);
+    Plain::throws = false;
+    EXPECT_EQ(map.size(), static_cast<U32>(i));
+    EXPECT_THROW(map.getOrMake(key, []() -> int { throw std::runtime_error("make"); }),
+                 std::runtime_error);
+    EXPECT_TRUE(map.isSound());
+    EXPECT_TRUE(map.insert(key, i).second);
+  }
+  EXPECT_EQ(HN_Test::memAllocationTracker_.liveObjects(), 200U);
+}
+
+TEST_F(RbTreeMapTest, ElementMayLookAtTheMapAsItGoes) {
+  struct Looker : Halvo::Node {
+    Map<U32, Halvo::Ptr<Looker>>* map = nullptr;
+    U32 key = 0;
+    bool* sawItself = nullptr;
+    ~Looker() override { *sawItself |= map->has(key) || !map->isSound(); }
+  };
+  Map<U32, Halvo::Ptr<Looker>> map;
+  bool sawItself = false;
+  for (U32 i = 0; i < 200; ++i) {
+    auto looker = Halvo::makePtr<Looker>();
+    looker->map = &map;
+    looker->key = i;
+    looker->sawItself = &sawItself;
+    map.insert(i, std::move(looker));
+  }
+  for (U32 i = 0; i < 150; ++i) map.del(i);
+  map.take(170);
+  map.clear();
+  EXPECT_FALSE(sawItself);
+}
+
+// A long random life beside std::map, with two iterators that go along.
+template <class K, class MakeKey>
+void liveRandomly(int steps, U32 keyRange, U32 seed, MakeKey makeKey) {
+  std::mt19937 engine(seed);
+  auto const random = [&engine](U32 range) { return static_cast<U32>(engine()) % range; };
+  Map<K, U32> map;
+  std::map<K, U32> oracle;
+  U32 generation = 1;
+  auto it = map.begin();
+  bool isHeld = false;
+  K held{};
+  U32 bias = 5;
+  for (int step = 0; step < steps; ++step) {
+    if (step % 10'000 == 0) bias = 2 + random(7);
+    K const key = makeKey(random(keyRange));
+    U32 const what = random(12);
+    if (what < bias) {
+      U32 const value = random(1000);
+      bool const isNew = oracle.emplace(key, value).second;
+      auto const [at, inserted] = map.insert(key, value);
+      ASSERT_EQ(inserted, isNew);
+      ASSERT_EQ(*at, oracle[key]);
+    } else if (what < 8) {
+      bool const was = oracle.erase(key) != 0;
+      if (was) generation += 2;
+      ASSERT_EQ(map.del(key), was);
+    } else if (what == 8) {
+      auto const above = oracle.lower_bound(key);
+      auto const at = map.lowerBound(key);
+      ASSERT_EQ(at == map.end(), above == oracle.end());
+      if (above != oracle.end()) {
+        ASSERT_EQ(at.key(), above->first);
+      }
+      auto const behind = oracle.upper_bound(key);
+      auto const atBehind = map.upperBound(key);
+      ASSERT_EQ(atBehind == map.end(), behind == oracle.end());
+      if (behind != oracle.end()) {
+        ASSERT_EQ(atBehind.key(), behind->first);
+      }
+    } else if (what == 9) {
+      // The iterator steps; what is behind the key it held is known.
+      auto next = isHeld ? oracle.upper_bound(held) : oracle.begin();
+      if (isHeld) {
+        ++it;
+      } else {
+        it = map.begin();
+      }
+      isHeld = next != oracle.end();
+      ASSERT_EQ(it == map.end(), !isHeld);
+      if (isHeld) {
+        held = next->first;
+        ASSERT_EQ(it.key(), held);
+        ASSERT_EQ(it.value(), next->second);
+      }
+    } else if (what == 10 && isHeld) {
+      bool const was = oracle.erase(held) != 0;
+      if (was) generation += 2;
+      ASSERT_EQ(map.del(it), was);
+    } else {
+      auto const at = oracle.find(key);
+      const U32* const found = map.find(key);
+      ASSERT_EQ(found != nullptr, at != oracle.end());
+      ASSERT_EQ(map.at(key) != map.end(), at != oracle.end());
+      if (found != nullptr) {
+        ASSERT_EQ(*found, at->second);
+      }
+    }
+    ASSERT_EQ(map.size(), oracle.size());
+    ASSERT_EQ(map.generation(), generation);
+    if (step % 5'000 == 0) {
+      ASSERT_TRUE(map.isSound());
+      ASSERT_TRUE(std::equal(
+          map.begin(), map.end(), oracle.begin(), oracle.end(),
+          [](auto const& a, auto const& b) { return a.key == b.first && a.value == b.second; }));
+    }
+  }
+  ASSERT_TRUE(map.isSound());
+  while (!map.empty()) ASSERT_TRUE(map.del(random(2) == 0 ? map.begin() : map.last()));
+  ASSERT_TRUE(map.isSound());
+}
+
+TEST_F(RbTreeMapTest, AgreesWithAnOracleForAMillionSteps) {
+  liveRandomly<U32>(300'000, 100, 1, [](U32 n) { return n * 2'654'435'761U; });
+  liveRandomly<U32>(300'000, 20'000, 2, [](U32 n) { return n; });
+  liveRandomly<S16>(100'000, 3'000, 3, [](U32 n) { return static_cast<S16>(n * 21); });
+  liveRandomly<String>(150'000, 3'000, 4, [](U32 n) {
+    return String(n % 3 == 0 ? "acl-ipv4-" : "") + String(std::to_string(n * 7919));
+  });
+  liveRandomly<Plain>(150'000, 2'000, 5, [](U32 n) { return Plain(static_cast<int>(n)); });
+}
+
+TEST_F(RbTreeMapTest, IsSoundInEveryStateOfOrderedGrowthAndShrinking) {
+  enum Way { rising, falling, random };
+  for (Way grow : {rising, falling, random}) {
+    for (Way shrink : {rising, falling, random}) {
+      SCOPED_TRACE(testing::Message() << grow << ' ' << shrink);
+      std::mt19937 engine(9);
+      constexpr U32 count = 8000;
+      auto const keysIn = [&](Way way) {
+        std::vector<U32> keys(count);
+        for (U32 i = 0; i < count; ++i) keys[i] = way == falling ? count - 1 - i : i;
+        if (way == random) std::shuffle(keys.begin(), keys.end(), engine);
+        return keys;
+      };
+      Map<U32, U32> map;
+      U32 step = 0;
+      for (U32 key : keysIn(grow)) {
+        map.insert(key, key);
+        if (++step % 97 == 0) {
+          ASSERT_TRUE(map.isSound()) << step;
+        }
+      }
+      for (U32 key : keysIn(shrink)) {
+        ASSERT_TRUE(map.del(key));
+        if (++step % 97 == 0 || map.size() < 100) {
+          ASSERT_TRUE(map.isSound()) << step;
+        }
+      }
+      ASSERT_TRUE(map.empty());
+    }
+  }
+}
+
+}  // namespace
