@@ -103,7 +103,7 @@ struct AltMap {
   }
 };
 Halvo::String nameOf(U32 n) {
-  return Halvo::String("acl-ipv4-") + std::to_string(n * 2'654'435'761U);
+  return Halvo::String("acl-ipv4-" + std::to_string(n * 2'654'435'761U));
 }
 struct OursNames {
   Zel::RbTreeMap<Halvo::String, Halvo::Ptr<Record>, HN_Bench> all;

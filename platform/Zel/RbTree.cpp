@@ -38,7 +38,7 @@ static_assert(leafBytes(RbTree::leafCapacity) <= Sobrel::largestSlabObject);
 
 Leaf* leafNew(U16 capacity) {
   void* const memory = Sobrel::trackedAlloc(RbTree::blockTracker_, leafBytes(capacity));
-  return new (memory) Leaf{0, capacity, 0, nullptr, nullptr};
+  return new (memory) Leaf{0, capacity, 0, 0, nullptr, nullptr};
 }
 void leafDelete(Leaf* leaf) noexcept {
   Sobrel::trackedFree(RbTree::blockTracker_, leaf, leafBytes(leaf->capacity));
@@ -121,16 +121,37 @@ void copy(const T* from, U32 count, T* to) noexcept {
   std::memcpy(to, from, count * sizeof(T));
 }
 
+// Moves the run to the front of its places.
+void align(Leaf& leaf) noexcept {
+  U64* const hints = leaf.hints();
+  void** const elements = leaf.elements();
+  leaf.begin = 0;
+  std::memmove(leaf.hints(), hints, leaf.count * sizeof *hints);
+  std::memmove(leaf.elements(), elements, leaf.count * sizeof *elements);
+}
 void put(Leaf& leaf, U32 index, U64 hint, void* element) noexcept {
-  shift(leaf.hints(), index, index + 1, leaf.count);
-  shift(leaf.elements(), index, index + 1, leaf.count);
+  if (leaf.begin != 0 && index * 2 < leaf.count) {
+    --leaf.begin;
+    shift(leaf.hints(), 1, 0, index + 1);
+    shift(leaf.elements(), 1, 0, index + 1);
+  } else {
+    if (U32{leaf.begin} + leaf.count == leaf.capacity) align(leaf);
+    shift(leaf.hints(), index, index + 1, leaf.count);
+    shift(leaf.elements(), index, index + 1, leaf.count);
+  }
   leaf.hints()[index] = hint;
   leaf.elements()[index] = element;
   ++leaf.count;
 }
 void erase(Leaf& leaf, U32 index) noexcept {
-  shift(leaf.hints(), index + 1, index, leaf.count);
-  shift(leaf.elements(), index + 1, index, leaf.count);
+  if (index * 2 < leaf.count) {
+    shift(leaf.hints(), 0, 1, index);
+    shift(leaf.elements(), 0, 1, index);
+    ++leaf.begin;
+  } else {
+    shift(leaf.hints(), index + 1, index, leaf.count);
+    shift(leaf.elements(), index + 1, index, leaf.count);
+  }
   --leaf.count;
 }
 void put(Inner& inner, U32 index, U64 hint, void* element, void* child) noexcept {
@@ -168,6 +189,8 @@ void balance(Block& left, Block& right, U32 leftCount, Arrays arrays) noexcept {
   right.count = static_cast<U16>(total - leftCount);
 }
 void balance(Leaf& left, Leaf& right, U32 leftCount) noexcept {
+  align(left);
+  align(right);
   balance(left, right, leftCount, [&](auto move) {
     move(left.hints(), right.hints());
     move(left.elements(), right.elements());
@@ -254,9 +277,8 @@ RbTree::Position RbTree::upperBound(const RbTreeProbe& probe) const noexcept {
   return index < leaf->count ? Position{leaf, index} : Position{leaf->next, 0};
 }
 
-void* RbTree::locate(const RbTreeProbe& probe, Path& path) const noexcept {
-  path.at = {};
-  if (size_ == 0) return nullptr;
+// Fills in the inner blocks on the way to the key, and the leaf.
+void RbTree::descendAlong(const RbTreeProbe& probe, Path& path) const noexcept {
   void* block = root_;
   for (U32 level = 0; level < height_; ++level) {
     auto* const inner = static_cast<Inner*>(block);
@@ -265,9 +287,51 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) const noexcept {
     path.child[level] = child;
     block = inner->children[child];
   }
-  auto* const leaf = static_cast<Leaf*>(block);
-  path.at = {leaf, placeIn(*leaf, probe)};
-  return isAt(*leaf, path.at.index, probe) ? leaf->elements()[path.at.index] : nullptr;
+  path.at.leaf = static_cast<Leaf*>(block);
+  path.isKnown = true;
+}
+
+// The same for the first leaf, without a search.
+void RbTree::pathAlongEdge(Path& path) const noexcept {
+  void* block = root_;
+  for (U32 level = 0; level < height_; ++level) {
+    path.inner[level] = static_cast<Inner*>(block);
+    path.child[level] = 0;
+    block = path.inner[level]->children[0];
+  }
+  path.isKnown = true;
+}
+
+void* RbTree::locate(const RbTreeProbe& probe, Path& path) const noexcept {
+  path.at = {};
+  path.isKnown = true;
+  if (size_ == 0) return nullptr;
+  if (probe.isBelow == nullptr && recent_ != nullptr) {
+    // Ordered input and removal stay at one end of a leaf for long.
+    Leaf& leaf = *recent_;
+    U64* const hints = leaf.hints();
+    U32 const last = leaf.count - 1U;
+    path.at.leaf = &leaf;
+    path.isKnown = false;
+    if (hints[0] == probe.hint) return leaf.elements()[0];
+    if (hints[0] < probe.hint) {
+      if (probe.hint < hints[last]) {
+        U32 const index = 1 + countBelow(hints + 1, last, probe.hint);
+        path.at.index = index;
+        return hints[index] == probe.hint ? leaf.elements()[index] : nullptr;
+      }
+      path.at.index = last;
+      if (hints[last] == probe.hint) return leaf.elements()[last];
+      ++path.at.index;
+      if (leaf.next == nullptr) return nullptr;
+    } else if (leaf.previous == nullptr) {
+      return nullptr;
+    }
+  }
+  descendAlong(probe, path);
+  path.at.index = placeIn(*path.at.leaf, probe);
+  return isAt(*path.at.leaf, path.at.index, probe) ? path.at.leaf->elements()[path.at.index]
+                                                   : nullptr;
 }
 
 // The block below `level` that the path leads through has a new first element.
@@ -287,6 +351,11 @@ void RbTree::insertAt(Path& path, U64 hint, void* element) {
     root_ = leaf;
   } else if (leaf->count == leaf->capacity) {
     if (leaf->capacity == leafCapacity) {
+      if (!path.isKnown) {
+        U32 const index = path.at.index;
+        descendAlong({leaf->hints()[0], nullptr, nullptr, nullptr}, path);
+        path.at.index = index;
+      }
       leafSplit(path, hint, element);
       ++size_;
       ++version_;
@@ -301,7 +370,11 @@ void RbTree::insertAt(Path& path, U64 hint, void* element) {
     root_ = leaf;
   }
   put(*leaf, path.at.index, hint, element);
-  if (path.at.index == 0) minimumChanged(path, height_, hint, element);
+  if (path.at.index == 0 && leaf->previous == nullptr && height_ != 0) {
+    if (!path.isKnown) pathAlongEdge(path);
+    minimumChanged(path, height_, hint, element);
+  }
+  recent_ = leaf;
   ++size_;
   ++version_;
 }
@@ -316,10 +389,14 @@ void RbTree::leafSplit(Path& path, U64 hint, void* element) {
   Leaf* const fresh = spare.leaf;
   U32 const index = path.at.index;
   bool freshIsLeft = false;
+  recent_ = fresh;
   if (index == leaf->count && leaf->next == nullptr) {
     put(*fresh, 0, hint, element);
   } else if (index == 0 && leaf->previous == nullptr) {
-    put(*fresh, 0, hint, element);
+    fresh->begin = leafCapacity - 1;  // the run grows towards the front
+    fresh->hints()[0] = hint;
+    fresh->elements()[0] = element;
+    fresh->count = 1;
     freshIsLeft = true;
   } else {
     constexpr U32 half = leafCapacity / 2;
@@ -384,22 +461,45 @@ void RbTree::leafSplit(Path& path, U64 hint, void* element) {
   ++height_;
 }
 
-void RbTree::removeAt(Path& path) noexcept {
+void RbTree::removeAt(Path& path, bool hintsAreExact) noexcept {
   Leaf& leaf = *path.at.leaf;
+  // The leaves at the edges may drain, as a queue does, without a look at their neighbours.
+  bool const isAtEdge = leaf.previous == nullptr || leaf.next == nullptr;
+  bool const goesUnder = !isAtEdge && leaf.count <= leafMinimum;
+  if (!path.isKnown && (goesUnder || leaf.count == 1)) {
+    U32 const index = path.at.index;
+    descendAlong({leaf.hints()[index], nullptr, nullptr, nullptr}, path);
+    path.at.index = index;
+  }
   erase(leaf, path.at.index);
   --size_;
   ++version_;
-  if (height_ == 0) {
-    if (leaf.count == 0) {
-      leafDelete(&leaf);
-      root_ = nullptr;
-    }
-    return;
-  }
-  if (path.at.index == 0 && leaf.count != 0) {
+  recent_ = &leaf;
+  if (leaf.count == 0) return leafRemove(path);
+  if (height_ == 0) return;
+  // A hint that is too low does no harm; a pointer to an element that is gone would.
+  if (path.at.index == 0 && !hintsAreExact) {
     minimumChanged(path, height_, leaf.hints()[0], leaf.elements()[0]);
   }
-  if (leaf.count < leafMinimum) leafUnderflow(path);
+  if (goesUnder) leafUnderflow(path);
+}
+
+// The leaf at the end of the path has lost its last element.
+void RbTree::leafRemove(Path& path) noexcept {
+  Leaf* const leaf = path.at.leaf;
+  recent_ = nullptr;
+  if (leaf->previous != nullptr) leaf->previous->next = leaf->next;
+  if (leaf->next != nullptr) leaf->next->previous = leaf->previous;
+  leafDelete(leaf);
+  if (height_ == 0) {
+    root_ = nullptr;
+    return;
+  }
+  U32 const level = height_ - 1;
+  Inner& parent = *path.inner[level];
+  erase(parent, path.child[level]);
+  if (path.child[level] == 0) minimumChanged(path, level, parent.hints[0], parent.elements[0]);
+  underflow(path);
 }
 
 void RbTree::leafUnderflow(Path& path) noexcept {
@@ -411,9 +511,7 @@ void RbTree::leafUnderflow(Path& path) noexcept {
   U32 const total = left.count + U32{right.count};
   bool const merges = total <= leafMergeLimit;
   balance(left, right, merges ? total : total / 2);
-  // The left one may have been empty.
-  path.child[level] = at;
-  minimumChanged(path, height_, left.hints()[0], left.elements()[0]);
+  recent_ = &left;
   if (!merges) {
     parent.hints[at + 1] = right.hints()[0];
     parent.elements[at + 1] = right.elements()[0];
@@ -454,6 +552,7 @@ void RbTree::underflow(Path& path) noexcept {
 }
 
 void RbTree::contentsSwap(RbTree& other) noexcept {
+  std::swap(recent_, other.recent_);
   std::swap(root_, other.root_);
   std::swap(size_, other.size_);
   std::swap(height_, other.height_);
@@ -479,14 +578,19 @@ std::size_t bytesOf(void* block, U32 height) noexcept {
 }
 
 // Checks one block and what is below it, and counts the elements.
-bool isBlockSound(void* block, U32 height, bool isRoot, U64 hint, void* element,
-                  const Leaf*& previous, U32& size) noexcept {
+bool isBlockSound(void* block, U32 height, bool isRoot, U64 hint, void* element, bool hintsAreExact,
+                  Leaf*& previous, U32& size) noexcept {
   if (height == 0) {
     auto* const leaf = static_cast<Leaf*>(block);
-    bool sound = leaf->count != 0 && leaf->count <= leaf->capacity && leaf->previous == previous &&
-                 leaf->hints()[0] == hint && leaf->elements()[0] == element &&
+    bool sound = leaf->count != 0 && leaf->begin + leaf->count <= leaf->capacity &&
+                 leaf->previous == previous && hint <= leaf->hints()[0] &&
                  std::is_sorted(leaf->hints(), leaf->hints() + leaf->count);
-    if (previous != nullptr) sound = sound && previous->next == leaf;
+    if (!hintsAreExact) {
+      sound = sound && leaf->hints()[0] == hint && leaf->elements()[0] == element;
+    }
+    if (previous != nullptr) {
+      sound = sound && previous->next == leaf && previous->hints()[previous->count - 1] <= hint;
+    }
     previous = leaf;
     size += leaf->count;
     return sound && (isRoot || leaf->capacity == RbTree::leafCapacity);
@@ -497,7 +601,7 @@ bool isBlockSound(void* block, U32 height, bool isRoot, U64 hint, void* element,
                std::is_sorted(inner->hints, inner->hints + inner->count);
   for (U32 i = 0; sound && i < inner->count; ++i) {
     sound = isBlockSound(inner->children[i], height - 1, false, inner->hints[i], inner->elements[i],
-                         previous, size);
+                         hintsAreExact, previous, size);
   }
   return sound;
 }
@@ -506,6 +610,7 @@ bool isBlockSound(void* block, U32 height, bool isRoot, U64 hint, void* element,
 
 void RbTree::blocksFree() noexcept {
   if (root_ != nullptr) blockFree(root_, height_);
+  recent_ = nullptr;
   root_ = nullptr;
   height_ = 0;
   size_ = 0;
@@ -516,13 +621,15 @@ std::size_t RbTree::blockBytes() const noexcept {
   return root_ == nullptr ? 0 : bytesOf(root_, height_);
 }
 
-bool RbTree::isSound() const noexcept {
+bool RbTree::isSound(bool hintsAreExact) const noexcept {
   if (root_ == nullptr) return size_ == 0 && height_ == 0;
-  Position const at = first();
-  const Leaf* previous = nullptr;
+  bool const isLeaf = height_ == 0;
+  Leaf* const leaf = first().leaf;
+  U64 const hint = isLeaf ? leaf->hints()[0] : static_cast<Inner*>(root_)->hints[0];
+  void* const element = isLeaf ? leaf->elements()[0] : static_cast<Inner*>(root_)->elements[0];
+  Leaf* previous = nullptr;
   U32 size = 0;
-  return isBlockSound(root_, height_, true, at.leaf->hints()[0], at.leaf->elements()[0], previous,
-                      size) &&
+  return isBlockSound(root_, height_, true, hint, element, hintsAreExact, previous, size) &&
          size == size_ && previous == last().leaf && previous->next == nullptr;
 }
 

@@ -52,17 +52,24 @@ struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
 
 namespace impl {
 
-/// A run of elements in order, side by side: behind this head stand `capacity` hints, then as many
-/// pointers to elements.
+/// A run of elements in order, side by side: behind this head stand places for `capacity` hints,
+/// then for as many pointers to elements. Those in use begin at place `begin`, so that a run which
+/// grows or shrinks at either end moves nothing.
 struct RbTreeLeaf {
   U16 count;
   U16 capacity;
-  U32 unused;
+  U16 begin;
+  U16 unused;
   RbTreeLeaf* previous;  ///< null at the first
   RbTreeLeaf* next;      ///< null at the last
 
-  U64* hints() noexcept { return static_cast<U64*>(static_cast<void*>(this + 1)); }
-  void** elements() noexcept { return static_cast<void**>(static_cast<void*>(hints() + capacity)); }
+  U64* hints() noexcept { return places() + begin; }
+  void** elements() noexcept {
+    return static_cast<void**>(static_cast<void*>(places() + capacity)) + begin;
+  }
+
+ private:
+  U64* places() noexcept { return static_cast<U64*>(static_cast<void*>(this + 1)); }
 };
 
 /// What a search looks for. The two comparisons are null where hints are exact.
@@ -77,9 +84,10 @@ struct RbTreeProbe {
 /// blocks have up to 42 children each.
 ///
 /// Invariant: all leaves are equally deep and linked in order; none is empty. Each entry of an
-/// inner block names the first element of the child it leads to. Blocks but those on the tree's
-/// edges are filled to a third or more. A tree of up to 62 elements is a single leaf, which grows
-/// with them; an empty one has no block.
+/// inner block names the first element of the child it leads to; where hints are exact it may also
+/// hold a hint that is lower, of an element now gone, but not below the elements before. Blocks but
+/// those on the tree's edges are filled to a third or more. A tree of up to 62 elements is a single
+/// leaf, which grows with them; an empty one has no block.
 ///
 /// Elements never move; the places of their pointers do, with each insertion and removal, and
 /// version() changes with each.
@@ -99,6 +107,7 @@ class VELMOR_PLATFORM_API RbTree {
     Inner* inner[maxHeight];
     U32 child[maxHeight];
     Position at;
+    bool isKnown;  ///< false where the leaf was found at hand, without a descent
   };
 
   constexpr RbTree() noexcept = default;
@@ -127,7 +136,7 @@ class VELMOR_PLATFORM_API RbTree {
   /// anything.
   void insertAt(Path& path, U64 hint, void* element);
   /// Removes the pointer that locate() found. Leaves the generation to the caller.
-  void removeAt(Path& path) noexcept;
+  void removeAt(Path& path, bool hintsAreExact) noexcept;
 
   /// Exchanges the elements, not the generations.
   void contentsSwap(RbTree& other) noexcept;
@@ -135,7 +144,7 @@ class VELMOR_PLATFORM_API RbTree {
   void blocksFree() noexcept;
 
   /// Whether every invariant holds: for tests. Looks at hints only.
-  bool isSound() const noexcept;
+  bool isSound(bool hintsAreExact) const noexcept;
 
   /// Counts the blocks of all trees.
   static Halvo::MemoryTracker blockTracker_;
@@ -144,9 +153,14 @@ class VELMOR_PLATFORM_API RbTree {
   RbTreeLeaf* descend(const RbTreeProbe& probe) const noexcept;
   void minimumChanged(const Path& path, U32 level, U64 hint, void* element) noexcept;
   void leafSplit(Path& path, U64 hint, void* element);
-  void underflow(Path& path) noexcept;
+  void pathAlongEdge(Path& path) const noexcept;
+  void descendAlong(const RbTreeProbe& probe, Path& path) const noexcept;
+  void leafRemove(Path& path) noexcept;
   void leafUnderflow(Path& path) noexcept;
+  void underflow(Path& path) noexcept;
 
+  // The leaf of the last insertion or removal: the next is often there too. Null or valid.
+  RbTreeLeaf* recent_ = nullptr;
   void* root_ = nullptr;  // an Inner, or the only leaf where the height is zero
   U32 size_ = 0;
   U32 generation_ = 1;

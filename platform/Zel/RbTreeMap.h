@@ -38,7 +38,7 @@ class RbTreeOf {
   /// collection also. Insertions leave it alone.
   U32 generation() const noexcept { return tree_.generation(); }
   bool has(const K& key) const noexcept { return tree_.find(probeFor(key)) != nullptr; }
-  /// Bytes of all memory but the collection's own 24 and what the elements own, as asked for of
+  /// Bytes of all memory but the collection's own 32 and what the elements own, as asked for of
   /// the allocator.
   std::size_t memoryBytes() const noexcept { return tree_.blockBytes() + size() * sizeof(Element); }
 
@@ -87,7 +87,7 @@ class RbTreeOf {
   }
 
   /// Whether the structure below is as it should be: for tests.
-  bool isSound() const noexcept { return tree_.isSound(); }
+  bool isSound() const noexcept { return tree_.isSound(Order::exact); }
 
  protected:
   RbTreeOf() noexcept = default;
@@ -158,7 +158,7 @@ class RbTreeOf {
     RbTree::Path path;
     void* const element = tree_.locate(probe, path);
     if (element == nullptr) return nullptr;
-    tree_.removeAt(path);
+    tree_.removeAt(path, Order::exact);
     tree_.generationAdvance();
     return static_cast<Element*>(element);
   }
@@ -289,8 +289,8 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
     hint_ = leaf_->hints()[index_];
     isHeld_ = true;
     if constexpr (copiesKey) heldKey_ = element_->key;
-    // Elements lie anywhere. The capacity bounds the look ahead; what it finds there is not used.
-    if (index_ + ahead < leaf_->capacity) __builtin_prefetch(elements[index_ + ahead]);
+    // Elements lie anywhere in memory.
+    if (index_ + ahead < leaf_->count) __builtin_prefetch(elements[index_ + ahead]);
   }
   RbTreeProbe heldProbe() const noexcept {
     if constexpr (Order::exact) {
@@ -360,7 +360,7 @@ struct RbTreeSetElement {
 ///
 /// Invariant: each key is in the map once. Elements never move: a pointer or reference to a key or
 /// value stays valid until its element is removed, whatever else is added or removed. The map
-/// itself takes 24 bytes, and allocates nothing while it is empty.
+/// itself takes 32 bytes, and allocates nothing while it is empty.
 ///
 /// An iterator withstands every change. It gives key() and value() as long as its own element is in
 /// the map; `++` always goes to the first element behind the key that it last held; del() says what
