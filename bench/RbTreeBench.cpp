@@ -143,15 +143,22 @@ std::vector<U32> keysIn(Order order, std::int64_t count, unsigned seed = 1) {
   return keys;
 }
 
+// Another order each time: a processor learns the branches of one that comes again.
+void shuffleAgain(Order order, std::vector<U32>& keys, std::mt19937& random) {
+  if (order == shuffled) std::shuffle(keys.begin(), keys.end(), random);
+}
+
 template <class Tree, Order order>
 void insert(benchmark::State& state) {
-  auto const keys = keysIn(order, state.range(0));
+  auto keys = keysIn(order, state.range(0));
+  std::mt19937 random(2);
   for (auto _ : state) {
     Tree tree;
     for (U32 key : keys) tree.add(key);
     benchmark::DoNotOptimize(&tree);
     state.PauseTiming();
     { Tree const gone = std::move(tree); }
+    shuffleAgain(order, keys, random);
     state.ResumeTiming();
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
@@ -160,9 +167,15 @@ template <class Tree, Order order>
 void lookup(benchmark::State& state) {
   Tree tree;
   for (U32 key : keysIn(order, state.range(0))) tree.add(key);
-  auto const keys = keysIn(order, state.range(0), 2);
+  auto keys = keysIn(order, state.range(0), 2);
+  std::mt19937 random(2);
   for (auto _ : state) {
     for (U32 key : keys) benchmark::DoNotOptimize(tree.has(key));
+    if (order == shuffled) {
+      state.PauseTiming();
+      shuffleAgain(order, keys, random);
+      state.ResumeTiming();
+    }
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
@@ -175,9 +188,11 @@ void walk(benchmark::State& state) {
 }
 template <class Tree, Order order>
 void del(benchmark::State& state) {
-  auto const keys = keysIn(order, state.range(0), 2);
+  auto keys = keysIn(order, state.range(0), 2);
+  std::mt19937 random(2);
   for (auto _ : state) {
     state.PauseTiming();
+    shuffleAgain(order, keys, random);
     Tree tree;
     for (U32 key : keysIn(order, state.range(0))) tree.add(key);
     state.ResumeTiming();

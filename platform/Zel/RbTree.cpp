@@ -54,44 +54,29 @@ void innerDelete(Inner* inner) noexcept {
 }
 
 // How many of the ordered numbers are below the limit. No branch depends on them.
-U32 countBelow(const U64* hints, U32 count, U64 limit) noexcept {
-  U32 base = 0;
+[[gnu::always_inline]] inline U32 countBelow(const U64* hints, U32 count, U64 limit) noexcept {
+  const U64* from = hints;
   while (count > 1) {
     U32 const half = count / 2;
-    base += (0U - static_cast<U32>(hints[base + half - 1] < limit)) & half;
+    const U64* const behind = from + half;
+    from = behind[-1] < limit ? behind : from;
     count -= half;
   }
-  return base + static_cast<U32>(count == 1 && hints[base] < limit);
+  return static_cast<U32>(from - hints) + static_cast<U32>(count == 1 && *from < limit);
 }
-U32 countUpTo(const U64* hints, U32 count, U64 limit) noexcept {
+[[gnu::always_inline]] inline U32 countUpTo(const U64* hints, U32 count, U64 limit) noexcept {
   return limit == ~U64{0} ? count : countBelow(hints, count, limit + 1);
 }
 
-// How many of the ordered entries are less than the key.
-U32 rankBelow(const U64* hints, void* const* elements, U32 count,
-              const RbTreeProbe& probe) noexcept {
-  U32 low = countBelow(hints, count, probe.hint);
-  if (probe.isBelow == nullptr || low == count || hints[low] != probe.hint) return low;
-  U32 high = countUpTo(hints, count, probe.hint);
+// Among entries of the probe's hint, which begin at `low`: where the first stands of which
+// `isBehind` is true.
+template <class IsBehind>
+[[gnu::noinline]] U32 rankAmongEqual(const U64* hints, U32 low, U32 count, U64 hint,
+                                     IsBehind isBehind) noexcept {
+  U32 high = low + countUpTo(hints + low, count - low, hint);
   while (low < high) {
     U32 const middle = (low + high) / 2;
-    if (probe.isBelow(elements[middle], probe.key)) {
-      low = middle + 1;
-    } else {
-      high = middle;
-    }
-  }
-  return low;
-}
-// How many of the ordered entries are not greater than the key.
-U32 rankUpTo(const U64* hints, void* const* elements, U32 count,
-             const RbTreeProbe& probe) noexcept {
-  U32 high = countUpTo(hints, count, probe.hint);
-  if (probe.isAbove == nullptr || high == 0 || hints[high - 1] != probe.hint) return high;
-  U32 low = countBelow(hints, count, probe.hint);
-  while (low < high) {
-    U32 const middle = (low + high) / 2;
-    if (probe.isAbove(elements[middle], probe.key)) {
+    if (isBehind(middle)) {
       high = middle;
     } else {
       low = middle + 1;
@@ -100,10 +85,28 @@ U32 rankUpTo(const U64* hints, void* const* elements, U32 count,
   return low;
 }
 
-U32 childFor(const Inner& inner, const RbTreeProbe& probe) noexcept {
+// How many of the ordered entries are less than the key.
+[[gnu::always_inline]] inline U32 rankBelow(const U64* hints, void* const* elements, U32 count,
+                                            const RbTreeProbe& probe) noexcept {
+  U32 const low = countBelow(hints, count, probe.hint);
+  if (probe.isBelow == nullptr || low == count || hints[low] != probe.hint) return low;
+  return rankAmongEqual(hints, low, count, probe.hint,
+                        [&](U32 i) { return !probe.isBelow(elements[i], probe.key); });
+}
+// How many of the ordered entries are not greater than the key.
+[[gnu::always_inline]] inline U32 rankUpTo(const U64* hints, void* const* elements, U32 count,
+                                           const RbTreeProbe& probe) noexcept {
+  if (probe.isAbove == nullptr) return countUpTo(hints, count, probe.hint);
+  U32 const low = countBelow(hints, count, probe.hint);
+  if (low == count || hints[low] != probe.hint) return low;
+  return rankAmongEqual(hints, low, count, probe.hint,
+                        [&](U32 i) { return probe.isAbove(elements[i], probe.key); });
+}
+
+[[gnu::always_inline]] inline U32 childFor(const Inner& inner, const RbTreeProbe& probe) noexcept {
   return rankUpTo(inner.hints + 1, inner.elements + 1, inner.count - 1U, probe);
 }
-U32 placeIn(Leaf& leaf, const RbTreeProbe& probe) noexcept {
+[[gnu::always_inline]] inline U32 placeIn(Leaf& leaf, const RbTreeProbe& probe) noexcept {
   return rankBelow(leaf.hints(), leaf.elements(), leaf.count, probe);
 }
 // Whether the key is that of the entry at its place.
@@ -244,6 +247,19 @@ void* RbTree::find(const RbTreeProbe& probe) const noexcept {
   Leaf& leaf = *descend(probe);
   U32 const index = placeIn(leaf, probe);
   return isAt(leaf, index, probe) ? leaf.elements()[index] : nullptr;
+}
+
+void* RbTree::find(U64 hint) const noexcept {
+  if (size_ == 0) return nullptr;
+  void* block = root_;
+  for (U32 level = height_; level != 0; --level) {
+    auto* const inner = static_cast<Inner*>(block);
+    block = inner->children[countUpTo(inner->hints + 1, inner->count - 1U, hint)];
+  }
+  auto* const leaf = static_cast<Leaf*>(block);
+  U32 const index = countBelow(leaf->hints(), leaf->count, hint);
+  if (index == leaf->count || leaf->hints()[index] != hint) return nullptr;
+  return leaf->elements()[index];
 }
 
 RbTree::Position RbTree::first() const noexcept {

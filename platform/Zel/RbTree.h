@@ -123,6 +123,8 @@ class VELMOR_PLATFORM_API RbTree {
 
   /// The element of the key, null when there is none.
   void* find(const RbTreeProbe& probe) const noexcept;
+  /// The same, where hints are exact.
+  void* find(U64 hint) const noexcept;
   Position first() const noexcept;
   Position last() const noexcept;
   /// The first element that is not less than the key.
@@ -150,14 +152,17 @@ class VELMOR_PLATFORM_API RbTree {
   static Halvo::MemoryTracker blockTracker_;
 
  private:
-  RbTreeLeaf* descend(const RbTreeProbe& probe) const noexcept;
-  void minimumChanged(const Path& path, U32 level, U64 hint, void* element) noexcept;
-  void leafSplit(Path& path, U64 hint, void* element);
-  void pathAlongEdge(Path& path) const noexcept;
-  void descendAlong(const RbTreeProbe& probe, Path& path) const noexcept;
-  void leafRemove(Path& path) noexcept;
-  void leafUnderflow(Path& path) noexcept;
-  void underflow(Path& path) noexcept;
+#define ZEL_RB_TREE_OWN [[gnu::visibility("hidden")]]
+  ZEL_RB_TREE_OWN RbTreeLeaf* descend(const RbTreeProbe& probe) const noexcept;
+  ZEL_RB_TREE_OWN void descendAlong(const RbTreeProbe& probe, Path& path) const noexcept;
+  ZEL_RB_TREE_OWN void pathAlongEdge(Path& path) const noexcept;
+  ZEL_RB_TREE_OWN void minimumChanged(const Path& path, U32 level, U64 hint,
+                                      void* element) noexcept;
+  ZEL_RB_TREE_OWN void leafSplit(Path& path, U64 hint, void* element);
+  ZEL_RB_TREE_OWN void leafRemove(Path& path) noexcept;
+  ZEL_RB_TREE_OWN void leafUnderflow(Path& path) noexcept;
+  ZEL_RB_TREE_OWN void underflow(Path& path) noexcept;
+#undef ZEL_RB_TREE_OWN
 
   // The leaf of the last insertion or removal: the next is often there too. Null or valid.
   RbTreeLeaf* recent_ = nullptr;

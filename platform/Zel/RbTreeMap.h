@@ -37,7 +37,7 @@ class RbTreeOf {
   /// Starts at 1; goes up by 2 with each removal of an element and each clear(), that of an empty
   /// collection also. Insertions leave it alone.
   U32 generation() const noexcept { return tree_.generation(); }
-  bool has(const K& key) const noexcept { return tree_.find(probeFor(key)) != nullptr; }
+  bool has(const K& key) const noexcept { return found(key) != nullptr; }
   /// Bytes of all memory but the collection's own 32 and what the elements own, as asked for of
   /// the allocator.
   std::size_t memoryBytes() const noexcept { return tree_.blockBytes() + size() * sizeof(Element); }
@@ -129,7 +129,11 @@ class RbTreeOf {
     }
   }
   Element* found(const K& key) const noexcept {
-    return static_cast<Element*>(tree_.find(probeFor(key)));
+    if constexpr (Order::exact) {
+      return static_cast<Element*>(tree_.find(Order::hint(key)));
+    } else {
+      return static_cast<Element*>(tree_.find(probeFor(key)));
+    }
   }
   // The element of the key and false; where there was none, a new one made by `make`, and true.
   template <class Make>
