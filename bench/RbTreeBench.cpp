@@ -227,7 +227,7 @@ void fewSizes(benchmark::internal::Benchmark* b) {
   b->Arg(10)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 }
 void once(benchmark::internal::Benchmark* b) {
-  b->Arg(1)->Arg(10)->Arg(1000)->Arg(1'000'000)->Iterations(1);
+  b->Arg(1000)->Arg(1'000'000)->Iterations(1);
 }
 
 #define PAIR(bench, kind, order, range)             \

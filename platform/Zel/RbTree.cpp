@@ -68,12 +68,19 @@ void innerDelete(Inner* inner) noexcept {
   return limit == ~U64{0} ? count : countBelow(hints, count, limit + 1);
 }
 
-// Among entries of the probe's hint, which begin at `low`: where the first stands of which
-// `isBehind` is true.
+// The first of the ordered entries that stands behind what is sought, where hints are not exact:
+// the hints cut the range down, often to nothing, and the elements decide. Keys with a long common
+// beginning have one hint; then the hints are not searched at all.
 template <class IsBehind>
-[[gnu::noinline]] U32 rankAmongEqual(const U64* hints, U32 low, U32 count, U64 hint,
-                                     IsBehind isBehind) noexcept {
-  U32 high = low + countUpTo(hints + low, count - low, hint);
+[[gnu::always_inline]] inline U32 rankByElements(const U64* hints, U32 count, U64 hint,
+                                                 IsBehind isBehind) noexcept {
+  U32 low = 0;
+  U32 high = count;
+  if (count != 0 && (hints[0] != hint || hints[count - 1] != hint)) {
+    low = countBelow(hints, count, hint);
+    if (low == count || hints[low] != hint) return low;
+    high = low + countUpTo(hints + low, count - low, hint);
+  }
   while (low < high) {
     U32 const middle = (low + high) / 2;
     if (isBehind(middle)) {
@@ -88,18 +95,15 @@ template <class IsBehind>
 // How many of the ordered entries are less than the key.
 [[gnu::always_inline]] inline U32 rankBelow(const U64* hints, void* const* elements, U32 count,
                                             const RbTreeProbe& probe) noexcept {
-  U32 const low = countBelow(hints, count, probe.hint);
-  if (probe.isBelow == nullptr || low == count || hints[low] != probe.hint) return low;
-  return rankAmongEqual(hints, low, count, probe.hint,
+  if (probe.isBelow == nullptr) return countBelow(hints, count, probe.hint);
+  return rankByElements(hints, count, probe.hint,
                         [&](U32 i) { return !probe.isBelow(elements[i], probe.key); });
 }
 // How many of the ordered entries are not greater than the key.
 [[gnu::always_inline]] inline U32 rankUpTo(const U64* hints, void* const* elements, U32 count,
                                            const RbTreeProbe& probe) noexcept {
   if (probe.isAbove == nullptr) return countUpTo(hints, count, probe.hint);
-  U32 const low = countBelow(hints, count, probe.hint);
-  if (low == count || hints[low] != probe.hint) return low;
-  return rankAmongEqual(hints, low, count, probe.hint,
+  return rankByElements(hints, count, probe.hint,
                         [&](U32 i) { return probe.isAbove(elements[i], probe.key); });
 }
 

@@ -85,8 +85,10 @@ TEST_F(RQueueTest, GivesElementsInTheOrderOfTheirArrival) {
   EXPECT_EQ(queue.size(), 3U);
   EXPECT_EQ(queue.deq(), "A");
   EXPECT_EQ(queue.deq(), "B");
-  EXPECT_EQ(*queue.frontPeek(), "C");
-  EXPECT_EQ(*queue.backPeek(), "C");
+  const String* const front = queue.frontPeek();
+  ASSERT_NE(front, nullptr);
+  EXPECT_EQ(*front, "C");
+  EXPECT_EQ(queue.backPeek(), front);
   EXPECT_EQ(queue.deq(), "C");
   EXPECT_EQ(queue.deq(), "");
   EXPECT_TRUE(queue.empty());
@@ -216,8 +218,11 @@ TEST_F(RQueueTest, MovesButDoesNotCopy) {
 TEST_F(RQueueTest, ElementOfTheQueueItselfMayBeAdded) {
   Queue<String> queue;
   queue.enq("first, and longer than what a string keeps within itself: yes, much longer");
-  for (int i = 0; i < 20; ++i) queue.enq(*queue.frontPeek());
-  for (auto const& text : queue) EXPECT_EQ(text, *queue.frontPeek());
+  const String* const first = queue.frontPeek();
+  ASSERT_NE(first, nullptr);
+  for (int i = 0; i < 20; ++i) queue.enq(*first);
+  EXPECT_EQ(queue.size(), 21U);
+  for (auto const& text : queue) EXPECT_EQ(text, *first);
 }
 
 struct ThrowingCopy {
