@@ -29,9 +29,11 @@ class VELMOR_PLATFORM_API QualifierData : public Halvo::Node {
   Qualifier qual() const noexcept { return record<Qualifier>(); }
   EthAddrQualifier ethQual() const noexcept { return record<EthAddrQualifier>(); }
   Ip6AddrQualifier ip6Qual() const noexcept { return record<Ip6AddrQualifier>(); }
+  // NOLINTBEGIN(bugprone-exception-escape): to copy a record cannot throw
   void qualIs(const Qualifier& qual) noexcept { record_ = qual; }
   void ethQualIs(const EthAddrQualifier& qual) noexcept { record_ = qual; }
   void ip6QualIs(const Ip6AddrQualifier& qual) noexcept { record_ = qual; }
+  // NOLINTEND(bugprone-exception-escape)
 
  private:
   template <class Record>

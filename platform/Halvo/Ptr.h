@@ -63,6 +63,7 @@ class Ptr {
   }
 
   T* operator->() const noexcept { return object_; }
+  // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): the caller's, as a pointer's
   T& operator*() const noexcept { return *object_; }
   T* get() const noexcept { return object_; }
   explicit operator bool() const noexcept { return object_ != nullptr; }

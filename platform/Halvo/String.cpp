@@ -31,6 +31,7 @@ String& String::operator=(const String& other) {
   return *this;
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): the text is gone after it
 void String::heapRelease() noexcept { ::operator delete(heap_.data); }
 
 char* String::appendSlow(std::size_t count) {

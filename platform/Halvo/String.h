@@ -83,7 +83,10 @@ class VELMOR_PLATFORM_API String {
     }
     return *this;
   }
-  String& operator=(std::string_view text) { return assign(text); }
+  String& operator=(std::string_view text) {
+    assign(text);
+    return *this;
+  }
   String& operator=(const char* text) { return *this = String(text); }
 
   std::size_t size() const noexcept {

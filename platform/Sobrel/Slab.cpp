@@ -27,7 +27,7 @@ constexpr bool everyObjectAlone = true;
 constexpr bool everyObjectAlone = false;
 #endif
 
-constexpr std::size_t slabBytes = 64 * 1024;
+constexpr std::size_t slabBytes = std::size_t{64} * 1024;
 constexpr std::size_t fineLimit = 256;  // multiples of 8 up to here, of 16 beyond
 constexpr std::size_t fineClasses = fineLimit / 8;
 constexpr std::size_t classCount = fineClasses + (largestSlabObject - fineLimit) / 16;
@@ -159,8 +159,8 @@ void* takeObject(std::size_t size) {
 }
 
 void giveObject(void* memory) {
-  auto* const slab = reinterpret_cast<Slab*>(reinterpret_cast<std::uintptr_t>(memory) &
-                                             ~std::uintptr_t{slabBytes - 1});
+  std::uintptr_t const offset = reinterpret_cast<std::uintptr_t>(memory) & (slabBytes - 1);
+  auto* const slab = static_cast<Slab*>(static_cast<void*>(static_cast<char*>(memory) - offset));
   HeapGuard const guard;
   SizeClass& sizeClass = heap.classes[slab->classIndex];
   if (!hasRoom(*slab)) link(sizeClass, slab);

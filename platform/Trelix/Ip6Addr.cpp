@@ -126,7 +126,7 @@ const char* readGroups(std::string_view text, std::array<U8, 16>& octets) noexce
 
 char* Ip6Addr::write(char* out) const noexcept {
   if (isIp4Mapped()) {
-    std::memcpy(out, "::ffff:", 7);
+    std::memcpy(out, "::ffff:", 7);  // NOLINT(bugprone-not-null-terminated-result): more follows
     return IpAddr::fromNetworkOrder(words_[3]).write(out + 7);
   }
   Groups groups;

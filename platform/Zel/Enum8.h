@@ -67,24 +67,26 @@ VELMOR_PLATFORM_API U8 enum8FromSequence(CharRange& in, const TypeModule& module
 ///     std::ostream& operator<<(std::ostream&, const E&)
 ///     void sequenceToValue(Zel::CharRange& in, E* value)
 ///                                                   reads a name off the front; ParseError
-#define ZEL_DECLARE_ENUM8(EXPORT, E)                                 \
-  EXPORT E E##Instance(::Zel::U32 number);                           \
-  EXPORT E E##Instance(const ::Halvo::String& name);                 \
-  EXPORT ::Halvo::String stringValue(E value);                       \
+// NOLINTBEGIN(bugprone-macro-parentheses): a type and an attribute take none
+#define ZEL_DECLARE_ENUM8(EXPORT, E)                                      \
+  EXPORT E E##Instance(::Zel::U32 number);                                \
+  EXPORT E E##Instance(const ::Halvo::String& name);                      \
+  EXPORT ::Halvo::String stringValue(E value);                            \
   EXPORT ::std::ostream& operator<<(::std::ostream& out, const E& value); \
   EXPORT void sequenceToValue(::Zel::CharRange& in, E* value)
 
-#define ZEL_DEFINE_ENUM8(E, MODULE, INDEX)                                                 \
-  E E##Instance(::Zel::U32 number) {                                                       \
-    return static_cast<E>(::Zel::enum8FromNumber(MODULE, INDEX, number));                  \
-  }                                                                                        \
-  E E##Instance(const ::Halvo::String& name) {                                             \
-    return static_cast<E>(::Zel::enum8FromName(MODULE, INDEX, name));                      \
-  }                                                                                        \
+#define ZEL_DEFINE_ENUM8(E, MODULE, INDEX)                                                       \
+  E E##Instance(::Zel::U32 number) {                                                             \
+    return static_cast<E>(::Zel::enum8FromNumber(MODULE, INDEX, number));                        \
+  }                                                                                              \
+  E E##Instance(const ::Halvo::String& name) {                                                   \
+    return static_cast<E>(::Zel::enum8FromName(MODULE, INDEX, name));                            \
+  }                                                                                              \
   ::Halvo::String stringValue(E value) { return ::Zel::enum8StringValue(MODULE, INDEX, value); } \
-  ::std::ostream& operator<<(::std::ostream& out, const E& value) {                        \
-    return ::Zel::enum8Write(out, MODULE, INDEX, value);                                   \
-  }                                                                                        \
-  void sequenceToValue(::Zel::CharRange& in, E* value) {                                   \
-    *value = static_cast<E>(::Zel::enum8FromSequence(in, MODULE, INDEX));                  \
+  ::std::ostream& operator<<(::std::ostream& out, const E& value) {                              \
+    return ::Zel::enum8Write(out, MODULE, INDEX, value);                                         \
+  }                                                                                              \
+  void sequenceToValue(::Zel::CharRange& in, E* value) {                                         \
+    *value = static_cast<E>(::Zel::enum8FromSequence(in, MODULE, INDEX));                        \
   }
+// NOLINTEND(bugprone-macro-parentheses)

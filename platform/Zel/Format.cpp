@@ -310,7 +310,7 @@ struct Prefix {
 /// The size of a text that ends at its first NUL or at the precision.
 [[gnu::always_inline]] inline std::size_t boundedSize(const char* text, S32 precision) {
   if (precision < 0) return std::strlen(text);
-  std::size_t const bound = static_cast<std::size_t>(precision);
+  auto const bound = static_cast<std::size_t>(precision);
   const void* const nul = std::memchr(text, 0, bound);
   return nul == nullptr ? bound : static_cast<std::size_t>(static_cast<const char*>(nul) - text);
 }

@@ -112,7 +112,7 @@ using KindArray = ArgKind[count == 0 ? 1 : count];
 /// The bytes before the first NUL of an array of `size` chars. A literal's are counted by the
 /// compiler.
 inline std::size_t arraySize(const char* text, std::size_t size) noexcept {
-  if (__builtin_constant_p(std::strlen(text)) && std::strlen(text) < size) {
+  if (__builtin_constant_p(std::strlen(text)) != 0 && std::strlen(text) < size) {
     return std::strlen(text);
   }
   const void* const nul = std::memchr(text, 0, size);

@@ -233,7 +233,7 @@ void TraceStream::appendUnsigned(U64 number) noexcept {
 
 TraceStream& TraceStream::operator<<(double piece) noexcept {
   char digits[32];
-  auto const end = std::to_chars(std::begin(digits), std::end(digits), piece).ptr;
+  char* const end = std::to_chars(std::begin(digits), std::end(digits), piece).ptr;
   append({digits, static_cast<std::size_t>(end - digits)});
   return *this;
 }

@@ -30,9 +30,9 @@ constexpr std::uint32_t ipMask(unsigned length) noexcept {
 }
 constexpr Ip6Octets ip6Mask(unsigned length) noexcept {
   Ip6Octets mask{};
-  for (std::size_t i = 0; i < mask.size(); ++i) {
+  for (std::uint8_t& octet : mask) {
     unsigned const bits = length < 8 ? length : 8;
-    mask[i] = static_cast<std::uint8_t>(0xFF00u >> bits);
+    octet = static_cast<std::uint8_t>(0xFF00U >> bits);
     length -= bits;
   }
   return mask;

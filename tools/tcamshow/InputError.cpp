@@ -32,15 +32,15 @@ ClosedPipe::~ClosedPipe() = default;
 std::string shown(std::string_view text, std::size_t longest) {
   static constexpr char digits[] = "0123456789abcdef";
   std::string out;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    auto const c = static_cast<unsigned char>(text[i]);
+  for (char const byte : text) {
+    auto const c = static_cast<unsigned char>(byte);
     if (out.size() >= longest && (c & 0xC0) != 0x80) return out + "...";
     if (c < 0x20 || c == 0x7F) {
       out += "\\x";
       out += digits[c >> 4];
       out += digits[c & 15];
     } else {
-      out += text[i];
+      out += byte;
     }
   }
   return out;

@@ -61,8 +61,7 @@ bool LineReader::next(std::string_view& line) {
     if (rest != searched) {
       const void* const lineBreak = std::memchr(from + searched, '\n', rest - searched);
       if (lineBreak != nullptr) {
-        std::size_t const size =
-            static_cast<std::size_t>(static_cast<const char*>(lineBreak) - from);
+        auto const size = static_cast<std::size_t>(static_cast<const char*>(lineBreak) - from);
         ++lineNumber_;
         begin_ += size + 1;
         line = {from, size};

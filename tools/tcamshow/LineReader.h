@@ -26,6 +26,7 @@ class InputFile {
   std::size_t read(char* buffer, std::size_t size, std::uint64_t line);
 
  private:
+  // NOLINTNEXTLINE(modernize-use-default-member-init): its constant needs another header
   int descriptor_;
   std::string name_;
 };

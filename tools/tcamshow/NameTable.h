@@ -30,8 +30,8 @@ class NameTable {
       tails_[i] = tail(names[i]);
     }
     // Any odd number may do; the first that separates the names is kept.
-    multiplier_ = 0x9E3779B97F4A7C15u;
-    for (int attempt = 0; !placed(); multiplier_ = multiplier_ * 0xD1342543DE82EF95u + 2) {
+    multiplier_ = 0x9E3779B97F4A7C15U;
+    for (int attempt = 0; !placed(); multiplier_ = multiplier_ * 0xD1342543DE82EF95U + 2) {
       if (++attempt == 10000) throw "two names agree in size and last eight bytes";
     }
   }

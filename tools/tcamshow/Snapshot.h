@@ -60,6 +60,7 @@ struct AddressAndMask {
 
 struct Qualifier {
   // Written out: the addresses are left as they are, for one kind in four fills them.
+  // NOLINTNEXTLINE(modernize-use-equals-default): that would clear them
   Qualifier() noexcept {}
 
   std::uint8_t type = 0;  ///< the number of the qualifier type

@@ -83,7 +83,7 @@ struct PlaceHash {
         std::uint64_t{place.groupPriority} << 32 | place.groupId, place.copyId};
     std::uint64_t hash = 0;
     for (std::uint64_t const part : parts) {
-      hash = (hash ^ part) * 0x9E3779B97F4A7C15u;
+      hash = (hash ^ part) * 0x9E3779B97F4A7C15U;
       hash ^= hash >> 29;
     }
     return static_cast<std::size_t>(hash);
@@ -93,7 +93,7 @@ struct PlaceHash {
 /// Up to where a string is plain: the first byte that is a quote, a backslash or a control
 /// character. One of them, or the padding, follows every string.
 const char* plainEnd(const char* at) noexcept {
-  constexpr std::uint64_t ones = 0x0101010101010101u;
+  constexpr std::uint64_t ones = 0x0101010101010101U;
   constexpr std::uint64_t highs = ones * 0x80;
   if constexpr (std::endian::native == std::endian::little) {
     for (;; at += sizeof(std::uint64_t)) {
@@ -349,7 +349,7 @@ class SnapshotReader::Impl {
     std::uint32_t const seen =
         eachMember(members, headerMembers, [this](Member member, auto& value) {
           if (member == memberVersion) {
-            std::uint32_t const version = number<std::uint32_t>(value);
+            auto const version = number<std::uint32_t>(value);
             if (version != 1) {
               failMember(": version " + std::to_string(version) + " is not known, only 1 is");
             }

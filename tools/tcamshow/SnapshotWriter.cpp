@@ -47,19 +47,19 @@ void appendValues(std::string& out, const Qualifier& qualifier) {
     case QualifierKind::ip:
       out += '"';
       appendIp(out, qualifier.value);
-      out += "\",\"mask\":\"";
+      out += R"(","mask":")";
       appendIp(out, qualifier.mask);
       break;
     case QualifierKind::ip6:
       out += '"';
       appendIp6(out, qualifier.ip6.value);
-      out += "\",\"mask\":\"";
+      out += R"(","mask":")";
       appendIp6(out, qualifier.ip6.mask);
       break;
     case QualifierKind::mac:
       out += '"';
       appendMac(out, qualifier.mac.value);
-      out += "\",\"mask\":\"";
+      out += R"(","mask":")";
       appendMac(out, qualifier.mac.mask);
       break;
   }
@@ -84,8 +84,8 @@ void appendLine(std::string& out, const GroupLine& group) {
   out += R"({"type":"group")";
   appendPlace(out, group.place);
   appendMember(out, "name", group.name);
-  appendMember(out, "availableEntries", group.availableEntries, 0u);
-  appendMember(out, "freeEntries", group.freeEntries, 0u);
+  appendMember(out, "availableEntries", group.availableEntries, 0U);
+  appendMember(out, "freeEntries", group.freeEntries, 0U);
   out += "}\n";
 }
 
@@ -103,7 +103,7 @@ void appendLine(std::string& out, const EntryLine& entry) {
   appendMember(out, "action", entry.action);
   appendMember(out, "hits", entry.hits, std::uint64_t{0});
   appendMember(out, "counterStatus", entry.counterStatus, std::uint8_t{0});
-  appendMember(out, "featurePriority", entry.featurePriority, 0u);
+  appendMember(out, "featurePriority", entry.featurePriority, 0U);
   appendMember(out, "feature", entry.feature);
   if (!entry.qualifiers.empty()) {
     appendName(out, "qualifiers");

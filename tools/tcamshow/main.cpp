@@ -99,6 +99,6 @@ int guarded(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   // A closed pipe is told by write(), so that it can end the program quietly.
-  std::signal(SIGPIPE, SIG_IGN);
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   return tcamshow::guarded(argc, argv);
 }
