@@ -213,22 +213,22 @@ void big(benchmark::internal::Benchmark* b) {
   b->Arg(1000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);
 }
 
-#define PAIR(bench, name, sizes, ...)                                               \
-  BENCHMARK_TEMPLATE(bench, Ours##__VA_ARGS__)->Name("BM_Ours" name)->Apply(sizes); \
-  BENCHMARK_TEMPLATE(bench, Alt##__VA_ARGS__)->Name("BM_Alt" name)->Apply(sizes)
+#define PAIR(bench, name, sizes, ...)                                                         \
+  BENCHMARK_TEMPLATE(bench, Ours##__VA_ARGS__)->Name("hash_map/" name "/ours")->Apply(sizes); \
+  BENCHMARK_TEMPLATE(bench, Alt##__VA_ARGS__)->Name("hash_map/" name "/unordered_map")->Apply(sizes)
 
-PAIR(smallFind, "SmallFindHit", small, Small, true);
-PAIR(smallFind, "SmallFindMiss", small, Small, false);
-PAIR(smallFindChain, "SmallFindChainHit", small, Small, true);
-PAIR(smallFindChain, "SmallFindChainMiss", small, Small, false);
-PAIR(smallBuild, "SmallBuildDestroy", small, Small);
-PAIR(smallWalk, "SmallWalk", small, Small);
-PAIR(coldFind, "TenThousandFind", small, Small);
-PAIR(coldWalk, "TenThousandWalk", small, Small);
-PAIR(bigInsert, "BigInsert", big, Big);
-PAIR(bigFind, "BigFindHit", big, Big, true);
-PAIR(bigFind, "BigFindMiss", big, Big, false);
-PAIR(bigWalk, "BigWalk", big, Big);
-PAIR(bigDel, "BigDel", big, Big);
+PAIR(smallFind, "small_find_hit", small, Small, true);
+PAIR(smallFind, "small_find_miss", small, Small, false);
+PAIR(smallFindChain, "small_find_chain_hit", small, Small, true);
+PAIR(smallFindChain, "small_find_chain_miss", small, Small, false);
+PAIR(smallBuild, "small_build_destroy", small, Small);
+PAIR(smallWalk, "small_walk", small, Small);
+PAIR(coldFind, "ten_thousand_find", small, Small);
+PAIR(coldWalk, "ten_thousand_walk", small, Small);
+PAIR(bigInsert, "big_insert", big, Big);
+PAIR(bigFind, "big_find_hit", big, Big, true);
+PAIR(bigFind, "big_find_miss", big, Big, false);
+PAIR(bigWalk, "big_walk", big, Big);
+PAIR(bigDel, "big_del", big, Big);
 
 }  // namespace

@@ -81,7 +81,7 @@ void BM_OursReadSnapshot(benchmark::State& state) {
   }
   count(state);
 }
-BENCHMARK(BM_OursReadSnapshot)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_OursReadSnapshot)->Name("read_snapshot/ours")->Unit(benchmark::kMillisecond);
 
 void BM_AltReadSnapshot(benchmark::State& state) {
   std::string const path = memoryFile().path();
@@ -97,7 +97,7 @@ void BM_AltReadSnapshot(benchmark::State& state) {
   }
   count(state);
 }
-BENCHMARK(BM_AltReadSnapshot)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_AltReadSnapshot)->Name("read_snapshot/nlohmann")->Unit(benchmark::kMillisecond);
 
 /// The lines alone: what no reader can beat.
 void BM_AltLinesAlone(benchmark::State& state) {
@@ -109,7 +109,7 @@ void BM_AltLinesAlone(benchmark::State& state) {
   }
   count(state);
 }
-BENCHMARK(BM_AltLinesAlone)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_AltLinesAlone)->Name("read_snapshot/lines_alone")->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tcamshow

@@ -97,19 +97,19 @@ void BM_AltIp4Snprintf(benchmark::State& s) {
     benchmark::ClobberMemory();
   });
 }
-BENCHMARK(BM_OursIp4Write);
-BENCHMARK(BM_OursIp4String);
-BENCHMARK(BM_AltIp4Ntop);
-BENCHMARK(BM_AltIp4Snprintf);
+BENCHMARK(BM_OursIp4Write)->Name("ip4_text/ours");
+BENCHMARK(BM_OursIp4String)->Name("ip4_text/ours_string");
+BENCHMARK(BM_AltIp4Ntop)->Name("ip4_text/inet_ntop");
+BENCHMARK(BM_AltIp4Snprintf)->Name("ip4_text/snprintf");
 
 void BM_OursIp6Write(benchmark::State& s) { print(s, ip6Addresses(), writeOne<Trelix::Ip6Addr>); }
 void BM_OursIp6String(benchmark::State& s) { print(s, ip6Addresses(), stringOne<Trelix::Ip6Addr>); }
 void BM_AltIp6Ntop(benchmark::State& s) {
   print(s, ip6Addresses(), ntopOne<AF_INET6, Trelix::Ip6Addr>);
 }
-BENCHMARK(BM_OursIp6Write);
-BENCHMARK(BM_OursIp6String);
-BENCHMARK(BM_AltIp6Ntop);
+BENCHMARK(BM_OursIp6Write)->Name("ip6_text/ours");
+BENCHMARK(BM_OursIp6String)->Name("ip6_text/ours_string");
+BENCHMARK(BM_AltIp6Ntop)->Name("ip6_text/inet_ntop");
 
 void BM_OursEthWrite(benchmark::State& s) { print(s, ethAddresses(), writeOne<Trelix::EthAddr>); }
 void BM_OursEthString(benchmark::State& s) { print(s, ethAddresses(), stringOne<Trelix::EthAddr>); }
@@ -122,9 +122,9 @@ void BM_AltEthSnprintf(benchmark::State& s) {
     benchmark::ClobberMemory();
   });
 }
-BENCHMARK(BM_OursEthWrite);
-BENCHMARK(BM_OursEthString);
-BENCHMARK(BM_AltEthSnprintf);
+BENCHMARK(BM_OursEthWrite)->Name("mac_text/ours");
+BENCHMARK(BM_OursEthString)->Name("mac_text/ours_string");
+BENCHMARK(BM_AltEthSnprintf)->Name("mac_text/snprintf");
 
 template <class Address>
 std::vector<Halvo::String> texts(const std::vector<Address>& addresses) {
@@ -153,9 +153,9 @@ void BM_OursIp6Parse(benchmark::State& s) {
   print(s, texts(ip6Addresses()), parseOne<Trelix::Ip6Addr>);
 }
 void BM_AltIp6Pton(benchmark::State& s) { print(s, texts(ip6Addresses()), ptonOne<AF_INET6>); }
-BENCHMARK(BM_OursIp4Parse);
-BENCHMARK(BM_AltIp4Pton);
-BENCHMARK(BM_OursIp6Parse);
-BENCHMARK(BM_AltIp6Pton);
+BENCHMARK(BM_OursIp4Parse)->Name("ip4_parse/ours");
+BENCHMARK(BM_AltIp4Pton)->Name("ip4_parse/inet_pton");
+BENCHMARK(BM_OursIp6Parse)->Name("ip6_parse/ours");
+BENCHMARK(BM_AltIp6Pton)->Name("ip6_parse/inet_pton");
 
 }  // namespace

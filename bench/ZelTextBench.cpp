@@ -65,10 +65,10 @@ void BM_OursEnumStringValue(benchmark::State& state) {
     i = i + 1 == valueCount ? 0 : i + 1;
   }
 }
-BENCHMARK(BM_OursEnumFromName);
-BENCHMARK(BM_AltEnumFromNameLinear);
-BENCHMARK(BM_AltEnumFromNameUnorderedMap);
-BENCHMARK(BM_OursEnumStringValue);
+BENCHMARK(BM_OursEnumFromName)->Name("enum_from_name/ours");
+BENCHMARK(BM_AltEnumFromNameLinear)->Name("enum_from_name/linear");
+BENCHMARK(BM_AltEnumFromNameUnorderedMap)->Name("enum_from_name/unordered_map");
+BENCHMARK(BM_OursEnumStringValue)->Name("enum_string_value/ours");
 
 const Zel::TraceHandle& traceHandle() {
   static Zel::TraceHandle const handle("Bench", false);
@@ -101,8 +101,8 @@ void BM_OursTraceOn(benchmark::State& state) {
   Zel::TraceControl::sinkIs(nullptr, nullptr);
   Zel::TraceControl::levelIs("Bench", 7, false);
 }
-BENCHMARK(BM_OursTraceOff);
-BENCHMARK(BM_AltNoTrace);
-BENCHMARK(BM_OursTraceOn);
+BENCHMARK(BM_OursTraceOff)->Name("trace_off/ours");
+BENCHMARK(BM_AltNoTrace)->Name("trace_off/no_site");
+BENCHMARK(BM_OursTraceOn)->Name("trace_on/ours");
 
 }  // namespace
