@@ -17,7 +17,8 @@ namespace Zel {
 ///
 /// `hint(key)` must agree with `Less`: hint(a) < hint(b) only if a is less than b. Where `exact`,
 /// keys of equal hints are equal also, and the tree never calls `Less`; elsewhere `Less` decides
-/// among keys of equal hints. The tree keeps the hints side by side, so a good hint spares it most
+/// among keys of equal hints, or `lessBehindHint(a, b)` where the order has one, which may rely on
+/// their hints being equal. The tree keeps the hints side by side, so a good hint spares it most
 /// looks at elements. Specialise it for a type of your own before its first tree:
 ///
 ///     template <>
@@ -46,6 +47,28 @@ struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
   static U64 hint(std::string_view text) noexcept {
     U64 bytes = 0;
     std::memcpy(&bytes, text.data(), text.size() < 8 ? text.size() : 8);
+    return __builtin_bswap64(bytes);
+  }
+  static bool lessBehindHint(std::string_view a, std::string_view b) noexcept {
+    std::size_t const shorter = a.size() < b.size() ? a.size() : b.size();
+    if (shorter >= 16) {
+      U64 const nextOfA = wordAt(a, 8);
+      U64 const nextOfB = wordAt(b, 8);
+      if (nextOfA != nextOfB) return nextOfA < nextOfB;
+    }
+    // Up to eight bytes equal hints leave but the lengths to differ.
+    std::size_t const known = shorter >= 16 ? 16 : 8;
+    if (shorter > known) {
+      int const order = std::memcmp(a.data() + known, b.data() + known, shorter - known);
+      if (order != 0) return order < 0;
+    }
+    return a.size() < b.size();
+  }
+
+ private:
+  static U64 wordAt(std::string_view text, std::size_t offset) noexcept {
+    U64 bytes;
+    std::memcpy(&bytes, text.data() + offset, sizeof bytes);
     return __builtin_bswap64(bytes);
   }
 };

@@ -173,11 +173,19 @@ class RbTreeOf {
   }
 
  private:
+  // Called for keys of equal hints alone.
+  static bool isLess(const K& a, const K& b) {
+    if constexpr (requires { Order::lessBehindHint(a, b); }) {
+      return Order::lessBehindHint(a, b);
+    } else {
+      return Less{}(a, b);
+    }
+  }
   static bool isBelow(const void* element, const void* key) {
-    return Less{}(static_cast<const Element*>(element)->key, *static_cast<const K*>(key));
+    return isLess(static_cast<const Element*>(element)->key, *static_cast<const K*>(key));
   }
   static bool isAbove(const void* element, const void* key) {
-    return Less{}(*static_cast<const K*>(key), static_cast<const Element*>(element)->key);
+    return isLess(*static_cast<const K*>(key), static_cast<const Element*>(element)->key);
   }
   RbTree::Position positionOf(const K& key) const noexcept {
     RbTree::Position const at = tree_.lowerBound(probeFor(key));

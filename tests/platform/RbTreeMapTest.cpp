@@ -268,6 +268,7 @@ TEST_F(RbTreeMapTest, ConstWalkOverStringsEndsAfterARemoval) {
   auto it = std::as_const(map).begin();
   map.insert("ab", 0);
   ++it;
+  ASSERT_TRUE(it != std::as_const(map).end());
   EXPECT_EQ(it.key(), "ab");
   map.del("ab");
   ++it;
