@@ -226,9 +226,7 @@ void sizes(benchmark::internal::Benchmark* b) {
 void fewSizes(benchmark::internal::Benchmark* b) {
   b->Arg(10)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 }
-void once(benchmark::internal::Benchmark* b) {
-  b->Arg(1000)->Arg(1'000'000)->Iterations(1);
-}
+void once(benchmark::internal::Benchmark* b) { b->Arg(1000)->Arg(1'000'000)->Iterations(1); }
 
 #define PAIR(bench, kind, order, range)             \
   BENCHMARK_TEMPLATE(bench, Ours##kind, order)      \
