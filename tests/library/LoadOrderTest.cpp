@@ -1,0 +1,70 @@
+// What the library does as it is loaded and unloaded. This program is not linked to the library: it
+// opens it, and stands in for the runtime's three operations that the library may call at load, so
+// that it sees each call and its order.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "Halvo/ModuleInspectData.h"
+#include "Zel/Log.h"
+#include "Zel/TypeModule.h"
+
+namespace {
+
+std::vector<std::string>& events() {
+  static std::vector<std::string> list;
+  return list;
+}
+
+}  // namespace
+
+// An executable's definition of a symbol comes before any library's.
+#define STAND_IN __attribute__((visibility("default")))
+
+STAND_IN void Halvo::ModuleInspectData::loaded() noexcept {
+  events().push_back(std::string("loaded ") + module_.name);
+}
+
+STAND_IN Halvo::ModuleInspectData::~ModuleInspectData() {
+  events().push_back(std::string("unloaded ") + module_.name);
+}
+
+STAND_IN Zel::LogHandle::LogHandle(const LogDescriptor& descriptor, Halvo::Duration interval,
+                                   double growth, int burst, int limit) noexcept
+    : descriptor_(descriptor), limiter_(interval, growth, burst, limit) {
+  events().push_back("handle " + std::string(descriptor.key) + " " +
+                     std::to_string(interval.nanoseconds()) + " " + std::to_string(growth) + " " +
+                     std::to_string(burst) + " " + std::to_string(limit));
+}
+
+STAND_IN Zel::LogHandle::~LogHandle() {
+  events().push_back("gone " + std::string(descriptor_.key));
+}
+
+namespace {
+
+TEST(Load, RecordsTheModuleThenMakesTheTwoLogHandles) {
+  events().clear();
+  void* const library = ::dlopen(VELMOR_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(library, nullptr) << ::dlerror();
+  // The platform, which the library brings along, has a module of its own.
+  EXPECT_EQ(events(), (std::vector<std::string>{
+                          "loaded VelmorTcamEntryShadow",
+                          "loaded VelmorTcamCliTypes",
+                          "handle VELMOR_CONFIG_CHANGE 0 1.000000 0 0",
+                          "handle VELMOR_UNEXPECTED_RESTART 0 1.000000 0 0",
+                      }));
+  events().clear();
+  ASSERT_EQ(::dlclose(library), 0);
+  EXPECT_EQ(::dlopen(VELMOR_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still loaded";
+  EXPECT_EQ(events(), (std::vector<std::string>{
+                          "gone VELMOR_UNEXPECTED_RESTART",
+                          "gone VELMOR_CONFIG_CHANGE",
+                          "unloaded VelmorTcamCliTypes",
+                          "unloaded VelmorTcamEntryShadow",
+                      }));
+}
+
+}  // namespace
