@@ -19,7 +19,7 @@ char* allocate(std::size_t capacity) { return static_cast<char*>(::operator new(
 
 }  // namespace
 
-String::String(const char* text) {
+void String::fromText(const char* text) {
   Zel::assertThat(text != nullptr, nullText);
   inlineSizeIs(0);
   std::size_t const size = std::strlen(text);

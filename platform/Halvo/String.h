@@ -47,7 +47,15 @@ class VELMOR_PLATFORM_API String {
 
   String() noexcept { inlineSizeIs(0); }
   /// `text` must be NUL-terminated; null stops the process.
-  String(const char* text);
+  String(const char* text) {
+    if (__builtin_constant_p(std::strlen(text)) && std::strlen(text) <= inlineCapacity) {
+      // A literal: the compiler makes these a few stores.
+      inlineSizeIs(std::strlen(text));
+      std::memcpy(inline_, text, std::strlen(text));
+    } else {
+      fromText(text);
+    }
+  }
   String(std::nullptr_t) = delete;
   String(const char* text, std::size_t size) {
     inlineSizeIs(0);
@@ -210,6 +218,7 @@ class VELMOR_PLATFORM_API String {
   void bitsFrom(const String& other) noexcept {
     std::memcpy(inline_, other.inline_, sizeof inline_);
   }
+  void fromText(const char* text);
   char* appendSlow(std::size_t count);
   void heapRelease() noexcept;
 

@@ -2,6 +2,6 @@
 
 namespace Halvo {
 
-constinit std::atomic<bool> ThreadControl::threadSafe_{false};
+constinit bool ThreadControl::threadSafe_ = false;
 
 }  // namespace Halvo

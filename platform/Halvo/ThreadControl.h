@@ -11,19 +11,20 @@ namespace Halvo {
 /// read-modify-write on any reference count.
 ///
 /// Turn it on before the second thread that touches a Node, a MemoryTracker or the slab allocator
-/// starts, and off only after all but one of those threads have been joined: the switch itself
-/// orders nothing. Reading it is safe from any thread.
+/// starts, and off only after all but one of those threads have been joined: it is a plain variable,
+/// which starting and joining a thread order. Reading it is safe from any thread.
 ///
 ///     Halvo::ThreadControl::threadSafeIs(true);
 ///     std::thread reader(walkShadows);
 class VELMOR_PLATFORM_API ThreadControl {
  public:
   /// Whether counts are adjusted atomically now.
-  static bool threadSafe() noexcept { return threadSafe_.load(std::memory_order_relaxed); }
-  static void threadSafeIs(bool on) noexcept { threadSafe_.store(on, std::memory_order_relaxed); }
+  static bool threadSafe() noexcept { return threadSafe_; }
+  static void threadSafeIs(bool on) noexcept { threadSafe_ = on; }
 
  private:
-  static std::atomic<bool> threadSafe_;
+  // Not atomic: the compiler may then read it once for several counts.
+  static bool threadSafe_;
 };
 
 /// Adds to a counter: with one atomic instruction while the switch is on, with a load and a store

@@ -307,12 +307,12 @@ template <class... Args>
   // The compiler knows which of these it is: the others leave nothing behind.
   if constexpr (sizeof...(Args) == 1 && FormatDetail::areNumbers<Args...>) {
     if (format.isCells()) {
-      return FormatDetail::numberCell(
+      return FormatDetail::numberCellOf(
           format.cells()[0], FormatDetail::numberOf(format.directives()[0], erased[0].number));
     }
   } else if constexpr (sizeof...(Args) == 2 && FormatDetail::areNumbers<Args...>) {
     if (format.isCells()) {
-      return FormatDetail::numberCells(
+      return FormatDetail::numberCellsOf(
           format.cells()[0], FormatDetail::numberOf(format.directives()[0], erased[0].number),
           format.cells()[1], FormatDetail::numberOf(format.directives()[1], erased[1].number));
     }

@@ -12,32 +12,66 @@ namespace {
 
 using Halvo::String;
 
-/// A number whose digits are counted.
-class Digits {
+/// A decimal number whose digits are counted.
+class Decimal {
  public:
-  explicit Digits(Number number)
-      : number_(number),
-        digits_(number.base == Base::decimal
-                    ? decimalDigits(number.magnitude)
-                    : std::max<U32>(static_cast<U32>(std::bit_width(number.magnitude | 1) + 3) / 4,
-                                    number.zeros)) {}
-  std::size_t size() const { return digits_ + (number_.negative ? 1U : 0U); }
+  Decimal(U64 magnitude, bool negative)
+      : magnitude_(magnitude),
+        digits_(magnitude < 10'000 ? smallDigits(static_cast<U32>(magnitude))
+                                   : decimalDigits(magnitude)),
+        negative_(negative) {}
+  explicit Decimal(Number number) : Decimal(number.magnitude, number.negative) {}
 
-  /// Writes exactly size() bytes.
+  std::size_t size() const { return digits_ + (negative_ ? 1U : 0U); }
+
+  /// Writes size() bytes; up to 3 behind them may turn to blanks.
   void write(char* to) const {
-    char* at = to + size();
     *to = '-';
-    if (number_.base == Base::decimal) {
-      writeDecimal(at, number_.magnitude);
-      return;
+    to += negative_ ? 1 : 0;
+    if (magnitude_ < 10'000) [[likely]] {
+      // Four digits and then blanks, less the zeros at the front.
+      char text[8] = {' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
+      if constexpr (std::endian::native == std::endian::little) {
+        U32 const value = static_cast<U32>(magnitude_);
+        U16 high;
+        U16 low;
+        std::memcpy(&high, &decimalPairs[std::size_t{value / 100} * 2], 2);
+        std::memcpy(&low, &decimalPairs[std::size_t{value % 100} * 2], 2);
+        U64 const word = U64{0x2020202000000000} | U64{low} << 16 | high;
+        U32 const digits = static_cast<U32>(word >> (8 * (4 - digits_)));
+        std::memcpy(to, &digits, 4);
+      } else {
+        writeDecimal(text + digits_, magnitude_);
+        std::memcpy(to, text, 4);
+      }
+    } else {
+      writeDecimal(to + digits_, magnitude_);
     }
+  }
+
+ private:
+  static U32 smallDigits(U32 value) {
+    return 1U + (value >= 10 ? 1U : 0U) + (value >= 100 ? 1U : 0U) + (value >= 1000 ? 1U : 0U);
+  }
+
+  U64 magnitude_;
+  U32 digits_;
+  bool negative_;
+};
+
+/// A number of base 16 whose digits are counted.
+class Hex {
+ public:
+  explicit Hex(Number number)
+      : number_(number),
+        digits_(std::max<U32>(static_cast<U32>(std::bit_width(number.magnitude | 1) + 3) / 4,
+                              number.zeros)) {}
+  std::size_t size() const { return digits_; }
+  void write(char* to) const {
     const char* const alphabet =
         number_.base == Base::hexLower ? "0123456789abcdef" : "0123456789ABCDEF";
     U64 rest = number_.magnitude;
-    do {
-      *--at = alphabet[rest & 15];
-      rest >>= 4;
-    } while (at != to);
+    for (char* at = to + digits_; at != to; rest >>= 4) *--at = alphabet[rest & 15];
   }
 
  private:
@@ -45,18 +79,55 @@ class Digits {
   U32 digits_;
 };
 
-/// Writes a cell into a room of blanks; where it ends.
-[[gnu::always_inline]] inline char* putNumberCell(char* at, Cell cell, const Digits& digits) {
-  std::size_t const size = digits.size();
+/// Writes a cell into a room of blanks; where it ends. A body may blank what is behind it, so the
+/// side comes after it.
+template <class Body>
+[[gnu::always_inline]] inline char* putNumber(char* at, Cell cell, const Body& body) {
+  std::size_t const size = body.size();
   std::size_t const field = fieldSize(cell, size);
   std::memcpy(at, &cell.before, sizeof cell.before);
   at += cell.beforeSize;
-  std::memcpy(at + field, &cell.after, sizeof cell.after);
-  digits.write(cell.left ? at : at + (field - size));
-  return at + field + cell.afterSize;
+  body.write(cell.left ? at : at + (field - size));
+  at += field;
+  std::memcpy(at, &cell.after, sizeof cell.after);
+  return at + cell.afterSize;
 }
 
-// A number has at most 20 bytes: a cell of one always fits into a string.
+template <class Body>
+[[gnu::always_inline]] inline String oneNumber(Cell cell, const Body& body) {
+  String out;
+  char* const at =
+      out.appendUninitialized(cell.beforeSize + fieldSize(cell, body.size()) + cell.afterSize);
+  std::memset(at, ' ', 48);
+  *putNumber(at, cell, body) = '\0';
+  return out;
+}
+
+template <class Body>
+void appendNumber(String& out, Cell cell, const Body& body) {
+  char text[32];
+  body.write(text);
+  appendCell(out, cell, {text, body.size()});
+}
+
+template <class First, class Second>
+[[gnu::always_inline]] inline String twoNumbers(Cell first, const First& firstBody, Cell second,
+                                                const Second& secondBody) {
+  String out;
+  std::size_t const size = first.beforeSize + fieldSize(first, firstBody.size()) + first.afterSize +
+                           fieldSize(second, secondBody.size());
+  if (size > String::inlineCapacity - cellSlack) [[unlikely]] {
+    appendNumber(out, first, firstBody);
+    appendNumber(out, second, secondBody);
+    return out;
+  }
+  char* const at = out.appendUninitialized(size + second.afterSize);
+  std::memset(at, ' ', String::inlineCapacity);
+  *putNumber(putNumber(at, first, firstBody), second, secondBody) = '\0';
+  return out;
+}
+
+// A number has at most 21 bytes, sign included: a cell of one always fits into a string.
 constexpr std::size_t widestCell = sizeof(Cell::before) + Cell::maxWidth + sizeof(Cell::after);
 static_assert(widestCell <= String::inlineCapacity && Cell::maxWidth >= 20);
 
@@ -78,33 +149,31 @@ String textCells(Cell first, std::string_view firstText, Cell second, std::strin
 }
 
 String numberCell(Cell cell, Number number) {
-  Digits const digits(number);
-  String out;
-  char* const at =
-      out.appendUninitialized(cell.beforeSize + fieldSize(cell, digits.size()) + cell.afterSize);
-  std::memset(at, ' ', 48);
-  *putNumberCell(at, cell, digits) = '\0';
-  return out;
+  return number.base == Base::decimal ? oneNumber(cell, Decimal(number))
+                                      : oneNumber(cell, Hex(number));
 }
 
 String numberCells(Cell first, Number firstNumber, Cell second, Number secondNumber) {
-  Digits const firstDigits(firstNumber);
-  Digits const secondDigits(secondNumber);
-  String out;
-  std::size_t const size = first.beforeSize + fieldSize(first, firstDigits.size()) +
-                           first.afterSize + fieldSize(second, secondDigits.size());
-  if (size > String::inlineCapacity - cellSlack) [[unlikely]] {
-    char text[24];
-    firstDigits.write(text);
-    appendCell(out, first, {text, firstDigits.size()});
-    secondDigits.write(text);
-    appendCell(out, second, {text, secondDigits.size()});
-    return out;
+  if (firstNumber.base == Base::decimal) {
+    Decimal const firstBody(firstNumber);
+    return secondNumber.base == Base::decimal
+               ? twoNumbers(first, firstBody, second, Decimal(secondNumber))
+               : twoNumbers(first, firstBody, second, Hex(secondNumber));
   }
-  char* const at = out.appendUninitialized(size + second.afterSize);
-  std::memset(at, ' ', String::inlineCapacity);
-  *putNumberCell(putNumberCell(at, first, firstDigits), second, secondDigits) = '\0';
-  return out;
+  Hex const firstBody(firstNumber);
+  return secondNumber.base == Base::decimal
+             ? twoNumbers(first, firstBody, second, Decimal(secondNumber))
+             : twoNumbers(first, firstBody, second, Hex(secondNumber));
+}
+
+String decimalCell(Cell cell, U64 magnitude, bool negative) {
+  return oneNumber(cell, Decimal(magnitude, negative));
+}
+
+String decimalCells(Cell first, U64 firstMagnitude, bool firstNegative, Cell second,
+                    U64 secondMagnitude, bool secondNegative) {
+  return twoNumbers(first, Decimal(firstMagnitude, firstNegative), second,
+                    Decimal(secondMagnitude, secondNegative));
 }
 
 }  // namespace Zel::FormatDetail

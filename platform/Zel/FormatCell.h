@@ -67,7 +67,7 @@ constexpr bool isCell(const Directive& directive) {
 /// Reads the format of one or two conversions as that many cells; false when it is not made so.
 constexpr bool readCells(Cell* cells, std::string_view text, const Directive* directives,
                          std::size_t count, std::size_t tailBegin) {
-  if (text.find('%') == text.npos || count == 0 || count > 2) return false;
+  if (count == 0 || count > 2) return false;
   for (std::size_t i = 0; i < count; ++i) {
     const Directive& directive = directives[i];
     if (!isCell(directive)) return false;
@@ -204,5 +204,22 @@ VELMOR_PLATFORM_API Halvo::String textCells(Cell first, std::string_view firstTe
 VELMOR_PLATFORM_API Halvo::String numberCell(Cell cell, Number number);
 VELMOR_PLATFORM_API Halvo::String numberCells(Cell first, Number firstNumber, Cell second,
                                               Number secondNumber);
+// The same, of decimal numbers.
+VELMOR_PLATFORM_API Halvo::String decimalCell(Cell cell, U64 magnitude, bool negative);
+VELMOR_PLATFORM_API Halvo::String decimalCells(Cell first, U64 firstMagnitude, bool firstNegative,
+                                               Cell second, U64 secondMagnitude,
+                                               bool secondNegative);
+
+/// Chooses between the two; the compiler knows the bases.
+[[gnu::always_inline]] inline Halvo::String numberCellOf(Cell cell, Number number) {
+  return number.base == Base::decimal ? decimalCell(cell, number.magnitude, number.negative)
+                                      : numberCell(cell, number);
+}
+[[gnu::always_inline]] inline Halvo::String numberCellsOf(Cell first, Number a, Cell second,
+                                                          Number b) {
+  return a.base == Base::decimal && b.base == Base::decimal
+             ? decimalCells(first, a.magnitude, a.negative, second, b.magnitude, b.negative)
+             : numberCells(first, a, second, b);
+}
 
 }  // namespace Zel::FormatDetail

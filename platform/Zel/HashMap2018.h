@@ -235,6 +235,8 @@ class HashMap2018 {
     U8 const tag = tagOfKey(key);
     const U8* const tags = table_ + Short::tagsAt;
     if constexpr (byteKeys) {
+      // A map of one element is common, and needs no wide comparison.
+      if (size_ == 1) return tags[0] == tag ? 0 : none;
       if (size_ > shortest) [[unlikely]] {
         return farIndexOf(tag);
       }

@@ -135,7 +135,7 @@ TEST(String, RefusesWhatIsTooLong) {
 }
 
 TEST(StringDeathTest, StopsOnNullText) {
-  const char* text = nullptr;
+  const char* volatile text = nullptr;  // not to be seen through
   EXPECT_DEATH(String{text},
                "assertion failed: text != nullptr at platform/Halvo/String:0 in "
                "Halvo::String::String\\(const char\\*\\)");
