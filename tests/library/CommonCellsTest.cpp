@@ -353,28 +353,12 @@ TEST(L4PortIfIcmpDeathTest, StopsOnARecordThatIsNotSet) {
                ICMP_SITE("0"));
 }
 
-// A status of 7 with nothing behind it breaks the shadow's contract: the process stops on the spot.
-// Sanitizers report the fault and exit in their own way; without them it is a plain signal, and
-// nothing is printed.
-bool stoppedOnTheSpot(int status) {
-#if defined(__SANITIZE_ADDRESS__)
-  return !WIFEXITED(status) || WEXITSTATUS(status) != 0;
-#else
-  return WIFSIGNALED(status) && (WTERMSIG(status) == SIGSEGV || WTERMSIG(status) == SIGILL);
-#endif
-}
-#if defined(__SANITIZE_ADDRESS__)
-constexpr const char* nothingPrinted = "";
-#else
-constexpr const char* nothingPrinted = "^$";
-#endif
-
 TEST(CommonCellsDeathTest, StopOnTheSpotWhereTheShadowLacksTheData) {
   EXPECT_EXIT((void)format.formatQualifierIpProtocol(ShadowOf().statusOnly(qualifierIpProtocol)),
-              stoppedOnTheSpot, nothingPrinted);
+              velmortest::stoppedOnTheSpot, velmortest::nothingPrinted);
   EXPECT_EXIT((void)format.formatQualifierIpProtocol(
                   ShadowOf().statusAndQualifierOnly(qualifierIpProtocol)),
-              stoppedOnTheSpot, nothingPrinted);
+              velmortest::stoppedOnTheSpot, velmortest::nothingPrinted);
 }
 
 }  // namespace

@@ -1,6 +1,8 @@
 // What the library's tests share: shadows to format, and formatters that supply the action cell.
 #pragma once
 
+#include <sys/wait.h>
+
 #include <string>
 
 #include "Halvo/Ptr.h"
@@ -100,5 +102,21 @@ std::string rowOf(const Format& format, const Ptr<const Shadow>& shadow, U32 seq
                           shadow, hits)
       .str();
 }
+
+// A status of 7 with nothing behind it breaks the shadow's contract: the process stops on the spot.
+// Sanitizers report the fault and exit in their own way; without them it is a plain signal, and
+// nothing is printed.
+inline bool stoppedOnTheSpot(int status) {
+#if defined(__SANITIZE_ADDRESS__)
+  return !WIFEXITED(status) || WEXITSTATUS(status) != 0;
+#else
+  return WIFSIGNALED(status) && (WTERMSIG(status) == SIGSEGV || WTERMSIG(status) == SIGILL);
+#endif
+}
+#if defined(__SANITIZE_ADDRESS__)
+inline constexpr const char* nothingPrinted = "";
+#else
+inline constexpr const char* nothingPrinted = "^$";
+#endif
 
 }  // namespace velmortest
