@@ -33,13 +33,13 @@ class MemoryFile {
       entry.feature = "acl";
       entry.hits = std::uint64_t{i} * 977;
       entry.counterStatus = statusProgrammed;
-      entry.qualifiers.push_back(
-          wordQualifier(qualifierType::srcIp, 0x0A000000u + i, ipMask(32), QualifierKind::ip));
-      entry.qualifiers.push_back(wordQualifier(qualifierType::dstIp, 0xC0A80000u + i % 65536,
+      entry.qualifiers.push_back(wordQualifier(VelmorTcam::qualifierSrcIp, 0x0A000000u + i,
+                                               ipMask(32), QualifierKind::ip));
+      entry.qualifiers.push_back(wordQualifier(VelmorTcam::qualifierDstIp, 0xC0A80000u + i % 65536,
                                                ipMask(24), QualifierKind::ip));
-      entry.qualifiers.push_back(wordQualifier(qualifierType::ipProtocol, 6, 255));
-      entry.qualifiers.push_back(wordQualifier(qualifierType::l4DstPort, i % 65536, 65535));
-      entry.qualifiers.push_back(wordQualifier(qualifierType::tcpControl, 16, 16));
+      entry.qualifiers.push_back(wordQualifier(VelmorTcam::qualifierIpProtocol, 6, 255));
+      entry.qualifiers.push_back(wordQualifier(VelmorTcam::qualifierL4DstPort, i % 65536, 65535));
+      entry.qualifiers.push_back(wordQualifier(VelmorTcam::qualifierTcpControl, 16, 16));
       appendLine(text, entry);
     }
     size_ = text.size();

@@ -1,4 +1,4 @@
-// The text forms of addresses, read strictly.
+// The text forms of addresses, read strictly: Trelix, with the types that a snapshot's lines have.
 #pragma once
 
 #include <array>
@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+
+#include "Trelix.h"
 
 namespace tcamshow {
 
@@ -15,27 +17,44 @@ using MacOctets = std::array<std::uint8_t, 6>;
 
 /// Each reads a whole text: nothing may stand before or after the address, there are no zones, and
 /// no number of a dotted quad begins with a needless 0. False, and the result untouched, otherwise.
-bool ipFromText(std::string_view text, std::uint32_t& address) noexcept;
-bool ip6FromText(std::string_view text, Ip6Octets& address) noexcept;
+inline bool ipFromText(std::string_view text, std::uint32_t& address) noexcept {
+  auto const parsed = Trelix::IpAddr::tryParse(text);
+  if (parsed) address = parsed->hostOrder();
+  return parsed.has_value();
+}
+inline bool ip6FromText(std::string_view text, Ip6Octets& address) noexcept {
+  auto const parsed = Trelix::Ip6Addr::tryParse(text);
+  if (parsed) address = parsed->bytes();
+  return parsed.has_value();
+}
 /// Six pairs of hexadecimal digits with colons between them.
-bool macFromText(std::string_view text, MacOctets& address) noexcept;
+inline bool macFromText(std::string_view text, MacOctets& address) noexcept {
+  auto const parsed = Trelix::EthAddr::tryParse(text);
+  if (parsed) address = parsed->bytes();
+  return parsed.has_value();
+}
 
-void appendIp(std::string& out, std::uint32_t address);
-void appendIp6(std::string& out, const Ip6Octets& address);
-void appendMac(std::string& out, const MacOctets& address);
+template <class Address>
+void appendAddress(std::string& out, const Address& address) {
+  char text[Address::maxTextSize];
+  out.append(text, static_cast<std::size_t>(address.write(text) - text));
+}
+inline void appendIp(std::string& out, std::uint32_t address) {
+  appendAddress(out, Trelix::IpAddr::fromHostOrder(address));
+}
+inline void appendIp6(std::string& out, const Ip6Octets& address) {
+  appendAddress(out, Trelix::Ip6Addr::fromBytes(address));
+}
+inline void appendMac(std::string& out, const MacOctets& address) {
+  appendAddress(out, Trelix::EthAddr::fromBytes(address));
+}
 
 /// The mask of the first `length` bits; `length` is at most 32, or 128.
 constexpr std::uint32_t ipMask(unsigned length) noexcept {
-  return length == 0 ? 0 : ~std::uint32_t{0} << (32 - length);
+  return Trelix::IpAddr::prefixMask(length).hostOrder();
 }
 constexpr Ip6Octets ip6Mask(unsigned length) noexcept {
-  Ip6Octets mask{};
-  for (std::uint8_t& octet : mask) {
-    unsigned const bits = length < 8 ? length : 8;
-    octet = static_cast<std::uint8_t>(0xFF00U >> bits);
-    length -= bits;
-  }
-  return mask;
+  return Trelix::Ip6Addr::prefixMask(length).bytes();
 }
 
 }  // namespace tcamshow

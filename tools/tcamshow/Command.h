@@ -22,6 +22,8 @@ class Command {
   /// Adds the command, its options and its arguments to `app` and returns the part that the command
   /// line must name for the command to run. Values are bound to members of the command.
   virtual CLI::App* declare(CLI::App& app) = 0;
+  /// Asks run() for JSON in place of text; false where the command has no such form.
+  virtual bool jsonIsWanted() { return false; }
   virtual void run(OutputBuffer& out) = 0;
 };
 

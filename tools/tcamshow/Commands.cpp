@@ -67,12 +67,12 @@ class ImportCommand : public Command {
   std::string file_;
 };
 
-/// `NAME FILE`: a command that reads a snapshot and prints.
-class ShowCommand : public Command {
+/// `NAME FILE`: a command that reads a snapshot and prints a table.
+class TableCommand : public Command {
  public:
-  using Show = void (*)(InputFile&, OutputBuffer&);
+  using Show = void (*)(InputFile&, OutputBuffer&, TableForm);
 
-  ShowCommand(const char* name, const char* description, Show show)
+  TableCommand(const char* name, const char* description, Show show)
       : name_(name), description_(description), show_(show) {}
 
   CLI::App* declare(CLI::App& app) override {
@@ -81,15 +81,21 @@ class ShowCommand : public Command {
     return command;
   }
 
+  bool jsonIsWanted() override {
+    form_ = TableForm::jsonLines;
+    return true;
+  }
+
   void run(OutputBuffer& out) override {
     InputFile file(file_);
-    show_(file, out);
+    show_(file, out, form_);
   }
 
  private:
   const char* name_;
   const char* description_;
   Show show_;
+  TableForm form_ = TableForm::text;
   std::string file_;
 };
 
@@ -97,8 +103,10 @@ class ShowCommand : public Command {
 
 std::vector<std::unique_ptr<Command>> allCommands() {
   std::vector<std::unique_ptr<Command>> commands;
-  commands.push_back(std::make_unique<ShowCommand>("ip", "The IPv4 table", showIp));
-  commands.push_back(std::make_unique<ShowCommand>("tcam", "Every entry, in one line", showTcam));
+  commands.push_back(std::make_unique<TableCommand>("ip", "The IPv4 table", showIp));
+  commands.push_back(std::make_unique<TableCommand>("ip6", "The IPv6 table", showIp6));
+  commands.push_back(std::make_unique<TableCommand>("mac", "The MAC table", showMac));
+  commands.push_back(std::make_unique<TableCommand>("tcam", "Every entry, in one line", showTcam));
   commands.push_back(std::make_unique<ImportCommand>(
       "classbench", "Filter sets of packet-classification research", importClassbench));
   commands.push_back(std::make_unique<ImportCommand>("openconfig", "ACL documents of OpenConfig",

@@ -43,18 +43,19 @@ class FilterReader {
     if (!atEnd()) flags = masked("flags", field("flags"), 65535);
     if (!atEnd()) fail("something follows the last field: " + inQuotes(rest_));
 
-    sourceQualifier.type = sourceIsIp6 ? qualifierType::srcIp6 : qualifierType::srcIp;
-    destinationQualifier.type = sourceIsIp6 ? qualifierType::dstIp6 : qualifierType::dstIp;
+    sourceQualifier.type = sourceIsIp6 ? VelmorTcam::qualifierSrcIp6 : VelmorTcam::qualifierSrcIp;
+    destinationQualifier.type =
+        sourceIsIp6 ? VelmorTcam::qualifierDstIp6 : VelmorTcam::qualifierDstIp;
     if (matches(sourceQualifier)) entry.qualifiers.push_back(sourceQualifier);
     if (matches(destinationQualifier)) entry.qualifiers.push_back(destinationQualifier);
     if (protocol.mask != 0) {
       entry.qualifiers.push_back(
-          wordQualifier(qualifierType::ipProtocol, protocol.value, protocol.mask));
+          wordQualifier(VelmorTcam::qualifierIpProtocol, protocol.value, protocol.mask));
     }
-    addPorts(entry, qualifierType::l4SrcPort, rangeCheckerType::l4SrcPort, sourcePorts.low,
-             sourcePorts.high);
-    addPorts(entry, qualifierType::l4DstPort, rangeCheckerType::l4DstPort, destinationPorts.low,
-             destinationPorts.high);
+    addPorts(entry, VelmorTcam::qualifierL4SrcPort, VelmorTcam::rangeCheckerL4SrcPort,
+             sourcePorts.low, sourcePorts.high);
+    addPorts(entry, VelmorTcam::qualifierL4DstPort, VelmorTcam::rangeCheckerL4DstPort,
+             destinationPorts.low, destinationPorts.high);
     if (flags.mask != 0) {
       addFlags(entry, protocol, flags, sourcePorts.isAll() && destinationPorts.isAll());
     }
@@ -164,7 +165,7 @@ class FilterReader {
         std::uint32_t const mask = flags.mask >> 8 & 0x3F;
         if (mask != 0) {
           entry.qualifiers.push_back(
-              wordQualifier(qualifierType::tcpControl, flags.value >> 8 & mask, mask));
+              wordQualifier(VelmorTcam::qualifierTcpControl, flags.value >> 8 & mask, mask));
         }
         break;
       }

@@ -386,12 +386,12 @@ class Importer {
         std::uint32_t const type = numberOrName(value, path, 65535, etherTypeNames);
         if (type == etherTypeIp) showFamily(entry, Family::ip, value, path);
         if (type == etherTypeIp6) showFamily(entry, Family::ip6, value, path);
-        entry.layer2.push_back(wordQualifier(qualifierType::etherType, type, 65535));
+        entry.layer2.push_back(wordQualifier(VelmorTcam::qualifierEtherType, type, 65535));
       } else if (name == "vlan-id" || name == "vlan_id") {
         if (vlan != nullptr) failMember(value, path, ": the VLAN stands twice");
         vlan = &value;
-        entry.layer2.push_back(
-            wordQualifier(qualifierType::outerVlanId, number(value, path, 1, 4094), vlanMask));
+        entry.layer2.push_back(wordQualifier(VelmorTcam::qualifierOuterVlanId,
+                                             number(value, path, 1, 4094), vlanMask));
       } else if (name == "source-mac") {
         addresses[0] = mac(value, path);
       } else if (name == "source-mac-mask") {
@@ -415,8 +415,9 @@ class Importer {
       }
       MacOctets full;
       full.fill(0xFF);
-      entry.layer2.push_back(macQualifier(i == 0 ? qualifierType::srcMac : qualifierType::dstMac,
-                                          *addresses[i], masks[i].value_or(full)));
+      entry.layer2.push_back(
+          macQualifier(i == 0 ? VelmorTcam::qualifierSrcMac : VelmorTcam::qualifierDstMac,
+                       *addresses[i], masks[i].value_or(full)));
     }
   }
 
@@ -431,9 +432,11 @@ class Importer {
   void readIp(Entry& entry, const JsonValue& section) const {
     eachConfig(section, "ip", [&](std::string_view name, auto& path, const JsonValue& value) {
       if (name == "source-ip-address") {
-        entry.source = prefix(entry, value, path, qualifierType::srcIp, qualifierType::srcIp6);
+        entry.source =
+            prefix(entry, value, path, VelmorTcam::qualifierSrcIp, VelmorTcam::qualifierSrcIp6);
       } else if (name == "destination-ip-address") {
-        entry.destination = prefix(entry, value, path, qualifierType::dstIp, qualifierType::dstIp6);
+        entry.destination =
+            prefix(entry, value, path, VelmorTcam::qualifierDstIp, VelmorTcam::qualifierDstIp6);
       } else if (name == "protocol") {
         std::uint32_t const protocol = numberOrName(value, path, 255, protocolNames);
         entry.protocolValue = &value;
@@ -546,15 +549,15 @@ class Importer {
     // The name is used for both families.
     if (entry.protocolIsIcmpName && family == Family::ip6) protocol = protocolIcmp6;
     if (protocol) {
-      qualifiers.push_back(wordQualifier(qualifierType::ipProtocol, *protocol, 255));
+      qualifiers.push_back(wordQualifier(VelmorTcam::qualifierIpProtocol, *protocol, 255));
     }
     bool const isIcmp = protocol == protocolIcmp || protocol == protocolIcmp6;
     if (entry.portsValue != nullptr && isIcmp) {
       failMember(*entry.portsValue, "transport.config", ": ICMP has no ports");
     }
-    addPorts(line_, qualifierType::l4SrcPort, rangeCheckerType::l4SrcPort, entry.sourcePorts.low,
-             entry.sourcePorts.high);
-    addPorts(line_, qualifierType::l4DstPort, rangeCheckerType::l4DstPort,
+    addPorts(line_, VelmorTcam::qualifierL4SrcPort, VelmorTcam::rangeCheckerL4SrcPort,
+             entry.sourcePorts.low, entry.sourcePorts.high);
+    addPorts(line_, VelmorTcam::qualifierL4DstPort, VelmorTcam::rangeCheckerL4DstPort,
              entry.destinationPorts.low, entry.destinationPorts.high);
     if (entry.icmpType || entry.icmpCode) {
       const JsonValue* const at = entry.protocolValue;
@@ -572,7 +575,7 @@ class Importer {
                    ": the entry's protocol is not TCP");
       }
       qualifiers.push_back(
-          wordQualifier(qualifierType::tcpControl, entry.tcpFlags, entry.tcpFlags));
+          wordQualifier(VelmorTcam::qualifierTcpControl, entry.tcpFlags, entry.tcpFlags));
     }
   }
 

@@ -6,15 +6,17 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <stdexcept>
 #include <string_view>
 #include <type_traits>
 
 namespace tcamshow {
 
-/// The names of a list that is known when the program is compiled; no two are equal, and each has
-/// a slot of its own.
+/// The names of a fixed list; no two are equal, and each has a slot of its own. The names' bytes
+/// are not copied.
 ///
-/// The hash reads a name's size and last eight bytes, so names that agree in both do not compile.
+/// The hash reads a name's size and last eight bytes. A list of which two names agree in both does
+/// not compile or, where it is only known at run time, throws std::logic_error.
 ///
 ///     constexpr NameTable stages({"lookup", "ingress", "egress"});
 ///     stages.find("egress")  // 2
@@ -24,7 +26,7 @@ class NameTable {
  public:
   static constexpr std::size_t none = count;
 
-  consteval explicit NameTable(const std::string_view (&names)[count]) {
+  constexpr explicit NameTable(const std::string_view (&names)[count]) {
     for (std::size_t i = 0; i < count; ++i) {
       names_[i] = names[i];
       tails_[i] = tail(names[i]);
@@ -32,7 +34,9 @@ class NameTable {
     // Any odd number may do; the first that separates the names is kept.
     multiplier_ = 0x9E3779B97F4A7C15U;
     for (int attempt = 0; !placed(); multiplier_ = multiplier_ * 0xD1342543DE82EF95U + 2) {
-      if (++attempt == 10000) throw "two names agree in size and last eight bytes";
+      if (++attempt == 10000) {
+        throw std::logic_error("two names agree in size and last eight bytes");
+      }
     }
   }
 

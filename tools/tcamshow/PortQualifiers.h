@@ -39,10 +39,11 @@ inline void addPorts(EntryLine& entry, std::uint8_t type, std::uint8_t rangeType
 inline void addIcmp(EntryLine& entry, std::uint32_t value, std::uint32_t mask) {
   if ((mask & 0xFF00) != 0) {
     entry.qualifiers.push_back(
-        wordQualifier(qualifierType::l4SrcPort, value & 0xFF00, mask & 0xFF00));
+        wordQualifier(VelmorTcam::qualifierL4SrcPort, value & 0xFF00, mask & 0xFF00));
   }
   if ((mask & 0xFF) != 0) {
-    entry.qualifiers.push_back(wordQualifier(qualifierType::l4DstPort, value & 0xFF, mask & 0xFF));
+    entry.qualifiers.push_back(
+        wordQualifier(VelmorTcam::qualifierL4DstPort, value & 0xFF, mask & 0xFF));
   }
 }
 

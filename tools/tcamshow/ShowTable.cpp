@@ -3,6 +3,8 @@
 #include "FillShadow.h"
 #include "Formats.h"
 #include "Halvo/Ptr.h"
+#include "JsonPrinter.h"
+#include "MacFormat.h"
 #include "SnapshotReader.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
 
@@ -27,38 +29,81 @@ void forEachEntry(InputFile& snapshot, Show show) {
   }
 }
 
-void showRow(const VelmorTcam::CliFormat& format, const EntryLine& entry, OutputBuffer& out) {
-  out.write(format
-                .formatEntryRequest(VelmorTcam::RequestKey(Halvo::String(entry.feature)),
-                                    VelmorTcam::RuleId(entry.sequence),
-                                    Halvo::String(entry.description), shadowOf(entry), entry.hits)
-                .view());
-}
+/// What the formatters' operations take beside the shadow.
+struct Request {
+  explicit Request(const EntryLine& entry)
+      : key(Halvo::String(entry.feature)), rule(entry.sequence), description(entry.description) {}
 
-/// The header of the format's table, then the rows of the entries of `table`.
-template <class Format>
-void showTable(InputFile& snapshot, OutputBuffer& out, Table table) {
-  VelmorTcam::initializeCliHeaders();
+  VelmorTcam::RequestKey key;
+  VelmorTcam::RuleId rule;
+  Halvo::String description;
+};
+
+/// The rows of the entries that `isShown` picks, under the header where the format has one.
+template <class Format, class IsShown>
+void showRows(InputFile& snapshot, OutputBuffer& out, IsShown isShown) {
   auto const format = Halvo::makePtr<Format>();
   format->initializedIs(true);
-  out.write(VelmorTcam::getCliHeader(format->headerType()).view());
+  if (format->headerType() != VelmorTcam::cliHeaderTypeInvalid) {
+    VelmorTcam::initializeCliHeaders();
+    out.write(VelmorTcam::getCliHeader(format->headerType()).view());
+  }
   forEachEntry(snapshot, [&](const EntryLine& entry) {
-    if (entry.table != table) return;
-    format->actionIs(entry.action);
-    showRow(*format, entry, out);
+    if (!isShown(entry)) return;
+    format->entryIs(entry);
+    Request const request(entry);
+    // In place of displayEntryRequest, which would make a system call for each row.
+    out.write(format
+                  ->formatEntryRequest(request.key, request.rule, request.description,
+                                       shadowOf(entry), entry.hits)
+                  .view());
   });
+}
+
+template <class Format, class IsShown>
+void showJson(InputFile& snapshot, OutputBuffer& out, Table table, IsShown isShown) {
+  auto const format = Halvo::makePtr<Format>();
+  format->initializedIs(true);
+  JsonPrinter printer(out);
+  printTableStart(table, printer);
+  forEachEntry(snapshot, [&](const EntryLine& entry) {
+    if (!isShown(entry)) return;
+    format->entryIs(entry);
+    Request const request(entry);
+    format->displayEntryRequest(static_cast<VelmorTcam::U32>(out.descriptor()), request.key,
+                                request.rule, request.description, shadowOf(entry), entry.hits,
+                                &printer);
+  });
+}
+
+template <class Format>
+void show(InputFile& snapshot, OutputBuffer& out, Table table, TableForm form) {
+  auto const isShown = [table](const EntryLine& entry) {
+    return table == Table::tcam || entry.table == table;
+  };
+  if (form == TableForm::jsonLines) {
+    showJson<Format>(snapshot, out, table, isShown);
+  } else {
+    showRows<Format>(snapshot, out, isShown);
+  }
 }
 
 }  // namespace
 
-void showIp(InputFile& snapshot, OutputBuffer& out) {
-  showTable<IpFormat>(snapshot, out, Table::ip);
+void showIp(InputFile& snapshot, OutputBuffer& out, TableForm form) {
+  show<IpFormat>(snapshot, out, Table::ip, form);
 }
 
-void showTcam(InputFile& snapshot, OutputBuffer& out) {
-  auto const format = Halvo::makePtr<VelmorTcam::VelmorTcamCliFormat>();
-  format->initializedIs(true);
-  forEachEntry(snapshot, [&](const EntryLine& entry) { showRow(*format, entry, out); });
+void showIp6(InputFile& snapshot, OutputBuffer& out, TableForm form) {
+  show<Ip6Format>(snapshot, out, Table::ip6, form);
+}
+
+void showMac(InputFile& snapshot, OutputBuffer& out, TableForm form) {
+  show<MacFormat>(snapshot, out, Table::mac, form);
+}
+
+void showTcam(InputFile& snapshot, OutputBuffer& out, TableForm form) {
+  show<TcamFormat>(snapshot, out, Table::tcam, form);
 }
 
 }  // namespace tcamshow

@@ -1,110 +1,116 @@
 #include "Snapshot.h"
 
+#include <stdexcept>
+#include <utility>
+
 #include "NameTable.h"
 
 namespace tcamshow {
 namespace {
 
-constexpr NameTable qualifierNames({
-    "qualifierDSCP",
-    "qualifierDstIp",
-    "qualifierDstIp6",
-    "qualifierDstIp6Alt",
-    "qualifierDstMac",
-    "qualifierEtherType",
-    "qualifierIp6HopLimit",
-    "qualifierIp6TrafficClass",
-    "qualifierIpFrag",
-    "qualifierIpProtocol",
-    "qualifierL4DstPort",
-    "qualifierL4SrcPort",
-    "qualifierOuterVlanId",
-    "qualifierSrcIp",
-    "qualifierSrcIp6",
-    "qualifierSrcIp6Alt",
-    "qualifierSrcMac",
-    "qualifierTcpControl",
-});
+constexpr std::size_t qualifierCount = 18;
+constexpr std::size_t rangeCheckerCount = 3;
+static_assert(qualifierCount <= 32);
 
-constexpr QualifierName qualifiers[] = {
-    {qualifierNames[0], 8, QualifierKind::word, 0},
-    {qualifierNames[1], qualifierType::dstIp, QualifierKind::ip, 1},
-    {qualifierNames[2], qualifierType::dstIp6, QualifierKind::ip6, 2},
-    {qualifierNames[3], 25, QualifierKind::ip6, 3},
-    {qualifierNames[4], qualifierType::dstMac, QualifierKind::mac, 4},
-    {qualifierNames[5], qualifierType::etherType, QualifierKind::word, 5},
-    {qualifierNames[6], 92, QualifierKind::word, 6},
-    {qualifierNames[7], 95, QualifierKind::word, 7},
-    {qualifierNames[8], 97, QualifierKind::word, 8},
-    {qualifierNames[9], qualifierType::ipProtocol, QualifierKind::word, 9},
-    {qualifierNames[10], qualifierType::l4DstPort, QualifierKind::word, 10},
-    {qualifierNames[11], qualifierType::l4SrcPort, QualifierKind::word, 11},
-    {qualifierNames[12], qualifierType::outerVlanId, QualifierKind::word, 12},
-    {qualifierNames[13], qualifierType::srcIp, QualifierKind::ip, 13},
-    {qualifierNames[14], qualifierType::srcIp6, QualifierKind::ip6, 14},
-    {qualifierNames[15], 163, QualifierKind::ip6, 15},
-    {qualifierNames[16], qualifierType::srcMac, QualifierKind::mac, 16},
-    {qualifierNames[17], qualifierType::tcpControl, QualifierKind::word, 17},
-};
-static_assert(std::size(qualifiers) == qualifierNames.size());
-static_assert(qualifierNames.size() <= 32);
-
-constexpr NameTable rangeCheckerNames({
-    "rangeCheckerL4SrcPort",
-    "rangeCheckerL4DstPort",
-    "rangeCheckerIpLength",
-});
-
-constexpr RangeCheckerName rangeCheckers[] = {
-    {rangeCheckerNames[0], rangeCheckerType::l4SrcPort},
-    {rangeCheckerNames[1], rangeCheckerType::l4DstPort},
-    {rangeCheckerNames[2], 3},
-};
-
-constexpr NameTable stageNames({"lookup", "ingress", "egress"});
-constexpr NameTable tableNames({"ip", "ip6", "mac", "tcam"});
-
-template <class Row, std::size_t count>
-const Row* rowByType(const Row (&rows)[count], std::uint8_t type) noexcept {
-  for (const Row& row : rows) {
-    if (row.type == type) return &row;
+constexpr QualifierKind kindOf(VelmorTcam::U8 type) noexcept {
+  switch (type) {
+    case VelmorTcam::qualifierSrcIp:
+    case VelmorTcam::qualifierDstIp:
+      return QualifierKind::ip;
+    case VelmorTcam::qualifierSrcIp6:
+    case VelmorTcam::qualifierSrcIp6Alt:
+    case VelmorTcam::qualifierDstIp6:
+    case VelmorTcam::qualifierDstIp6Alt:
+      return QualifierKind::ip6;
+    case VelmorTcam::qualifierSrcMac:
+    case VelmorTcam::qualifierDstMac:
+      return QualifierKind::mac;
+    default:
+      return QualifierKind::word;
   }
-  return nullptr;
 }
+
+/// A list of the entry-shadow library, with what the program adds to each value. The names are the
+/// library's own.
+template <class Row, std::size_t count>
+class Rows {
+ public:
+  template <class RowOf>
+  Rows(std::span<const Zel::EnumValue> values, RowOf rowOf)
+      : Rows(values, rowOf, std::make_index_sequence<count>()) {}
+
+  const Row* byName(std::string_view name) const noexcept {
+    std::size_t const index = names_.find(name);
+    return index == names_.none ? nullptr : &rows_[index];
+  }
+  const Row* byType(std::uint8_t type) const noexcept {
+    for (const Row& row : rows_) {
+      if (row.type == type) return &row;
+    }
+    return nullptr;
+  }
+  std::span<const Row> list() const noexcept { return rows_; }
+
+ private:
+  template <class RowOf, std::size_t... indices>
+  Rows(std::span<const Zel::EnumValue> values, RowOf rowOf, std::index_sequence<indices...>)
+      : rows_{rowOf(checked(values)[indices], indices)...}, names_({rows_[indices].name...}) {}
+
+  static std::span<const Zel::EnumValue> checked(std::span<const Zel::EnumValue> values) {
+    if (values.size() != count) throw std::logic_error("the entry-shadow library has other types");
+    return values;
+  }
+
+  std::array<Row, count> rows_;
+  NameTable<count> names_;
+};
+
+const Rows<QualifierName, qualifierCount> qualifiers(
+    VelmorTcam::qualifierTypeValues(), [](const Zel::EnumValue& value, std::size_t index) {
+      return QualifierName{value.name, value.number, kindOf(value.number),
+                           static_cast<std::uint8_t>(index)};
+    });
+
+const Rows<RangeCheckerName, rangeCheckerCount> rangeCheckers(
+    VelmorTcam::rangeCheckerTypeValues(), [](const Zel::EnumValue& value, std::size_t) {
+      return RangeCheckerName{value.name, value.number};
+    });
+
+constexpr NameTable tableNames({"ip", "ip6", "mac", "tcam"});
 
 }  // namespace
 
 const QualifierName* qualifierByName(std::string_view name) noexcept {
-  std::size_t const index = qualifierNames.find(name);
-  return index == qualifierNames.none ? nullptr : &qualifiers[index];
+  return qualifiers.byName(name);
 }
 
-const QualifierName* qualifierByType(std::uint8_t type) noexcept {
-  return rowByType(qualifiers, type);
-}
+const QualifierName* qualifierByType(std::uint8_t type) noexcept { return qualifiers.byType(type); }
 
 const RangeCheckerName* rangeCheckerByName(std::string_view name) noexcept {
-  std::size_t const index = rangeCheckerNames.find(name);
-  return index == rangeCheckerNames.none ? nullptr : &rangeCheckers[index];
+  return rangeCheckers.byName(name);
 }
 
 const RangeCheckerName* rangeCheckerByType(std::uint8_t type) noexcept {
-  return rowByType(rangeCheckers, type);
+  return rangeCheckers.byType(type);
 }
 
-std::string_view stageName(Stage stage) noexcept {
-  return stageNames[static_cast<std::size_t>(stage) - 1];
-}
+std::span<const QualifierName> qualifierList() noexcept { return qualifiers.list(); }
+
+std::span<const RangeCheckerName> rangeCheckerList() noexcept { return rangeCheckers.list(); }
+
+Halvo::String stageName(Stage stage) { return stringValue(stageType(stage)); }
 
 std::string_view tableName(Table table) noexcept {
   return tableNames[static_cast<std::size_t>(table)];
 }
 
 bool stageByName(std::string_view name, Stage& stage) noexcept {
-  std::size_t const index = stageNames.find(name);
-  if (index == stageNames.none) return false;
-  stage = static_cast<Stage>(index + 1);
-  return true;
+  for (Stage const each : {Stage::ingress, Stage::egress, Stage::lookup}) {
+    if (stageName(each) != name) continue;
+    stage = each;
+    return true;
+  }
+  return false;
 }
 
 bool tableByName(std::string_view name, Table& table) noexcept {

@@ -5,20 +5,29 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string_view>
 #include <vector>
 
 #include "AddressText.h"
+#include "VelmorTcamEntryShadow.h"
 
 namespace tcamshow {
 
-/// Numbered like StageType.
-enum class Stage : std::uint8_t { lookup = 1, ingress = 2, egress = 3 };
+enum class Stage : std::uint8_t {
+  lookup = VelmorTcam::stageTypeLookup,
+  ingress = VelmorTcam::stageTypeIngress,
+  egress = VelmorTcam::stageTypeEgress,
+};
+
+constexpr VelmorTcam::StageType stageType(Stage stage) noexcept {
+  return static_cast<VelmorTcam::StageType>(stage);
+}
 
 enum class Table : std::uint8_t { ip, ip6, mac, tcam };
 
 /// The status of what is programmed in hardware; every other value means absent.
-constexpr std::uint8_t statusProgrammed = 7;
+constexpr std::uint8_t statusProgrammed = VelmorTcam::hwQualStatusProgrammed;
 
 /// Where a group's copy stands. Ordered by stage, pipe, group priority, group id and copy id.
 struct Place {
@@ -131,32 +140,15 @@ const QualifierName* qualifierByType(std::uint8_t type) noexcept;
 const RangeCheckerName* rangeCheckerByName(std::string_view name) noexcept;
 const RangeCheckerName* rangeCheckerByType(std::uint8_t type) noexcept;
 
-std::string_view stageName(Stage stage) noexcept;
+/// All of them, ascending by number.
+std::span<const QualifierName> qualifierList() noexcept;
+std::span<const RangeCheckerName> rangeCheckerList() noexcept;
+
+Halvo::String stageName(Stage stage);
 std::string_view tableName(Table table) noexcept;
 /// False, and the result untouched, when nothing has that name.
 bool stageByName(std::string_view name, Stage& stage) noexcept;
 bool tableByName(std::string_view name, Table& table) noexcept;
-
-/// The numbers of the types that the importers fill.
-namespace qualifierType {
-constexpr std::uint8_t dstIp = 15;
-constexpr std::uint8_t dstIp6 = 20;
-constexpr std::uint8_t dstMac = 28;
-constexpr std::uint8_t etherType = 36;
-constexpr std::uint8_t ipProtocol = 101;
-constexpr std::uint8_t l4DstPort = 116;
-constexpr std::uint8_t l4SrcPort = 118;
-constexpr std::uint8_t outerVlanId = 132;
-constexpr std::uint8_t srcIp = 153;
-constexpr std::uint8_t srcIp6 = 158;
-constexpr std::uint8_t srcMac = 164;
-constexpr std::uint8_t tcpControl = 182;
-}  // namespace qualifierType
-
-namespace rangeCheckerType {
-constexpr std::uint8_t l4SrcPort = 1;
-constexpr std::uint8_t l4DstPort = 2;
-}  // namespace rangeCheckerType
 
 /// A qualifier of the kind word or ip that is programmed.
 inline Qualifier wordQualifier(std::uint8_t type, std::uint32_t value, std::uint32_t mask,

@@ -29,7 +29,7 @@ void appendMember(std::string& out, std::string_view name, std::string_view text
 
 void appendPlace(std::string& out, const Place& place) {
   Place const usual;
-  if (place.stage != usual.stage) appendMember(out, "stage", stageName(place.stage));
+  if (place.stage != usual.stage) appendMember(out, "stage", stageName(place.stage).view());
   appendMember(out, "pipe", place.pipe, usual.pipe);
   appendMember(out, "groupPriority", place.groupPriority, usual.groupPriority);
   appendMember(out, "groupId", place.groupId, usual.groupId);

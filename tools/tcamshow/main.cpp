@@ -29,6 +29,8 @@ int run(int argc, char** argv, OutputBuffer& out) {
   CLI::App app("Prints what a switch's TCAM holds, from a snapshot.", "tcamshow");
   app.set_version_flag("--version", "tcamshow " TCAMSHOW_VERSION);
   app.require_subcommand(1);
+  bool isJson = false;
+  app.add_flag("--json", isJson, "With ip, ip6, mac or tcam: JSON Lines in place of the table");
   // Options of the whole program may stand after the command too.
   app.fallthrough();
   app.footer(
@@ -61,6 +63,10 @@ int run(int argc, char** argv, OutputBuffer& out) {
     return exitUsage;
   }
 
+  if (isJson && !chosen->jsonIsWanted()) {
+    complain("--json goes with ip, ip6, mac and tcam only\nTry 'tcamshow --help'.");
+    return exitUsage;
+  }
   try {
     chosen->run(out);
   } catch (const InputError& error) {
