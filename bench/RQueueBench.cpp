@@ -98,17 +98,17 @@ void sizes(benchmark::internal::Benchmark* b) {
   b->Arg(3)->Arg(1000)->Arg(100'000)->Arg(1'000'000);
 }
 
-#define PAIR(bench, name, T)                                                        \
-  BENCHMARK_TEMPLATE(bench, Ours<T>, T)->Name("BM_Ours" name "/" #T)->Apply(sizes); \
-  BENCHMARK_TEMPLATE(bench, Alt<T>, T)->Name("BM_Alt" name "/" #T)->Apply(sizes)
+#define PAIR(bench, name, T)                                                                 \
+  BENCHMARK_TEMPLATE(bench, Ours<T>, T)->Name("r_queue/" name "/" #T "/ours")->Apply(sizes); \
+  BENCHMARK_TEMPLATE(bench, Alt<T>, T)->Name("r_queue/" name "/" #T "/deque")->Apply(sizes)
 
-PAIR(enqueue, "Enqueue", NodePtr);
-PAIR(enqueue, "Enqueue", Plain);
-PAIR(walk, "Walk", NodePtr);
-PAIR(walk, "Walk", Plain);
-PAIR(dequeue, "Dequeue", NodePtr);
-PAIR(dequeue, "Dequeue", Plain);
-PAIR(pass, "Pass", NodePtr);
-PAIR(pass, "Pass", Plain);
+PAIR(enqueue, "enqueue", NodePtr);
+PAIR(enqueue, "enqueue", Plain);
+PAIR(walk, "walk", NodePtr);
+PAIR(walk, "walk", Plain);
+PAIR(dequeue, "dequeue", NodePtr);
+PAIR(dequeue, "dequeue", Plain);
+PAIR(pass, "pass", NodePtr);
+PAIR(pass, "pass", Plain);
 
 }  // namespace

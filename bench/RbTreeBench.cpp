@@ -228,12 +228,12 @@ void fewSizes(benchmark::internal::Benchmark* b) {
 }
 void once(benchmark::internal::Benchmark* b) { b->Arg(1000)->Arg(1'000'000)->Iterations(1); }
 
-#define PAIR(bench, kind, order, range)             \
-  BENCHMARK_TEMPLATE(bench, Ours##kind, order)      \
-      ->Name("BM_Ours" #kind "/" #bench "/" #order) \
-      ->Apply(range);                               \
-  BENCHMARK_TEMPLATE(bench, Alt##kind, order)       \
-      ->Name("BM_Alt" #kind "/" #bench "/" #order)  \
+#define PAIR(bench, kind, order, range)                      \
+  BENCHMARK_TEMPLATE(bench, Ours##kind, order)               \
+      ->Name("rb_tree/" #kind "/" #bench "/" #order "/ours") \
+      ->Apply(range);                                        \
+  BENCHMARK_TEMPLATE(bench, Alt##kind, order)                \
+      ->Name("rb_tree/" #kind "/" #bench "/" #order "/std")  \
       ->Apply(range)
 #define ORDERS(bench, kind, range)    \
   PAIR(bench, kind, sorted, range);   \
