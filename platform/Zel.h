@@ -9,6 +9,6 @@
 #include "Zel/HashMap2018.h"
 #include "Zel/Log.h"
 #include "Zel/NodeType.h"
-#include "Zel/Trace.h"
 #include "Zel/RbTreeMap.h"
+#include "Zel/Trace.h"
 #include "Zel/TypeModule.h"

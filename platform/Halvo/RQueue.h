@@ -225,7 +225,7 @@ class RQueue : public RQueueBase {
   /// Takes the element at the front; T{} when there is none.
   T deq() {
     if (tail_ == nullptr) return T{};
-    RQueueBlock* const head = const_cast<RQueueBlock*>(tail_->next());
+    auto* const head = const_cast<RQueueBlock*>(tail_->next());
     U32 const index = head->firstIndex();
     // Only the tail can be empty.
     if (head == tail_ && nextSequence_ == head->sequence() + index) return T{};

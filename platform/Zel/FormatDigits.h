@@ -37,7 +37,9 @@ inline U32 decimalDigits(U64 value) {
   return fewest + (value >= powersOfTen[fewest] ? 1 : 0);
 }
 
-inline void writePair(char* at, U32 pair) { std::memcpy(at, &decimalPairs[pair * 2], 2); }
+inline void writePair(char* at, U32 pair) {
+  std::memcpy(at, &decimalPairs[std::size_t{pair} * 2], 2);
+}
 
 /// Writes four digits, zeros at the front included.
 inline void writeFour(char* at, U32 four) {

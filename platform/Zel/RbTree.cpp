@@ -227,6 +227,7 @@ class Spare {
       throw;
     }
   }
+  // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): as many as were reserved
   Inner* takeInner() noexcept { return inner_[--inners_]; }
   Leaf* leaf;
 
@@ -381,6 +382,7 @@ void RbTree::insertAt(Path& path, U64 hint, void* element) {
       ++version_;
       return;
     }
+    // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): the leaf is not of the largest room
     Leaf* const larger = leafNew(*std::upper_bound(leafRooms, std::end(leafRooms), leaf->count));
     copy(leaf->hints(), leaf->count, larger->hints());
     copy(leaf->elements(), leaf->count, larger->elements());
@@ -650,6 +652,7 @@ bool RbTree::isSound(bool hintsAreExact) const noexcept {
   Leaf* previous = nullptr;
   U32 size = 0;
   return isBlockSound(root_, height_, true, hint, element, hintsAreExact, previous, size) &&
+         // NOLINTNEXTLINE(clang-analyzer-core.NullDereference): there is a last leaf
          size == size_ && previous == last().leaf && previous->next == nullptr;
 }
 

@@ -551,6 +551,7 @@ class Importer {
     if (protocol) {
       qualifiers.push_back(wordQualifier(VelmorTcam::qualifierIpProtocol, *protocol, 255));
     }
+    // NOLINTNEXTLINE(misc-redundant-expression): the numbers differ
     bool const isIcmp = protocol == protocolIcmp || protocol == protocolIcmp6;
     if (entry.portsValue != nullptr && isIcmp) {
       failMember(*entry.portsValue, "transport.config", ": ICMP has no ports");
@@ -567,7 +568,7 @@ class Importer {
                        std::string(", but the entry has an ICMP type or code"));
       }
       addIcmp(line_, entry.icmpType.value_or(0) << 8 | entry.icmpCode.value_or(0),
-              (entry.icmpType ? 0xFF00u : 0u) | (entry.icmpCode ? 0xFFu : 0u));
+              (entry.icmpType ? 0xFF00U : 0U) | (entry.icmpCode ? 0xFFU : 0U));
     }
     if (entry.tcpFlags != 0) {
       if (protocol && *protocol != protocolTcp) {
