@@ -10,6 +10,7 @@
 #include "Command.h"
 #include "InputError.h"
 #include "OutputBuffer.h"
+#include "Zel/Trace.h"
 
 namespace tcamshow {
 namespace {
@@ -31,6 +32,8 @@ int run(int argc, char** argv, OutputBuffer& out) {
   app.require_subcommand(1);
   bool isJson = false;
   app.add_flag("--json", isJson, "With ip, ip6, mac or tcam: JSON Lines in place of the table");
+  bool isTraced = false;
+  app.add_flag("--trace", isTraced, "Trace what the library does, on standard error");
   // Options of the whole program may stand after the command too.
   app.fallthrough();
   app.footer(
@@ -67,6 +70,7 @@ int run(int argc, char** argv, OutputBuffer& out) {
     complain("--json goes with ip, ip6, mac and tcam only\nTry 'tcamshow --help'.");
     return exitUsage;
   }
+  if (isTraced) Zel::TraceControl::levelIs("VelmorTcamCliTypes", 8, true);
   try {
     chosen->run(out);
   } catch (const InputError& error) {
