@@ -11,4 +11,5 @@
 #include "Zel/NodeType.h"
 #include "Zel/RbTreeMap.h"
 #include "Zel/Trace.h"
+#include "Zel/Record.h"
 #include "Zel/TypeModule.h"

@@ -35,6 +35,7 @@ ModuleInspectData::~ModuleInspectData() {
   for (const Zel::TypeDescriptor* type : module_.types) {
     if (type->tracker != nullptr) type->tracker->unlist();
   }
+  for (Zel::AllocationTracker* tracker : module_.trackers) tracker->unlist();
 }
 
 }  // namespace Halvo

@@ -36,6 +36,8 @@ struct TypeDescriptor {
 struct TypeModule {
   const char* name;
   std::span<const TypeDescriptor* const> types;
+  /// Trackers that are no type's own: those of its collections' elements.
+  std::span<AllocationTracker* const> trackers = {};
 };
 
 }  // namespace Zel
