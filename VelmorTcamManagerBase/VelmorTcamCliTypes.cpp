@@ -67,6 +67,32 @@ constexpr Zel::TypeDescriptor macEntryRequestCliFormatType = nodeType<MacEntryRe
 constexpr Zel::TypeDescriptor velmorTcamCliFormatType =
     nodeType<VelmorTcamCliFormat>("VelmorTcam::VelmorTcamCliFormat", &cliFormatType);
 
+constexpr Zel::TypeDescriptor cliDisplayStringsType{.name = "VelmorTcam::CliDisplayStrings",
+                                                    .kind = Zel::TypeKind::value};
+constexpr Zel::TypeDescriptor cliShowTcamSummaryGroupNameType =
+    nodeType<CliShowTcamSummaryGroupName>("VelmorTcam::CliShowTcamSummaryGroupName");
+constexpr Zel::TypeDescriptor cliShowTcamSummaryOrderedType =
+    nodeType<CliShowTcamSummaryOrdered>("VelmorTcam::CliShowTcamSummaryOrdered");
+constexpr Zel::TypeDescriptor cliShowTcamUsageChipInfoType =
+    nodeType<CliShowTcamUsageChipInfo>("VelmorTcam::CliShowTcamUsageChipInfo");
+constexpr Zel::TypeDescriptor cliShowTcamUsageEntryInfoType{
+    .name = "VelmorTcam::CliShowTcamUsageEntryInfo", .kind = Zel::TypeKind::value};
+constexpr Zel::TypeDescriptor cliShowTcamUsageFeatureInfoType =
+    nodeType<CliShowTcamUsageFeatureInfo>("VelmorTcam::CliShowTcamUsageFeatureInfo");
+constexpr Zel::TypeDescriptor cliShowTcamUsageFeaturePrioBucketType =
+    nodeType<CliShowTcamUsageFeaturePrioBucket>("VelmorTcam::CliShowTcamUsageFeaturePrioBucket");
+constexpr Zel::TypeDescriptor cliShowTcamUsageGroupInfoType =
+    nodeType<CliShowTcamUsageGroupInfo>("VelmorTcam::CliShowTcamUsageGroupInfo");
+constexpr Zel::TypeDescriptor cliShowTcamUsageGroupPerCopyInfoType =
+    nodeType<CliShowTcamUsageGroupPerCopyInfo>("VelmorTcam::CliShowTcamUsageGroupPerCopyInfo");
+constexpr Zel::TypeDescriptor cliShowTcamUsageGroupPriorityBucketType =
+    nodeType<CliShowTcamUsageGroupPriorityBucket>(
+        "VelmorTcam::CliShowTcamUsageGroupPriorityBucket");
+constexpr Zel::TypeDescriptor cliShowTcamUsagePipeInfoType =
+    nodeType<CliShowTcamUsagePipeInfo>("VelmorTcam::CliShowTcamUsagePipeInfo");
+constexpr Zel::TypeDescriptor cliShowTcamUsageStageInfoType =
+    nodeType<CliShowTcamUsageStageInfo>("VelmorTcam::CliShowTcamUsageStageInfo");
+
 enum TypeIndex : U32 { indexCliHeaderType = 0, indexCliOutputType = 1 };
 
 constexpr std::array types = std::to_array<const Zel::TypeDescriptor*>({
@@ -78,9 +104,33 @@ constexpr std::array types = std::to_array<const Zel::TypeDescriptor*>({
     &ip6EntryRequestCliFormatType,
     &macEntryRequestCliFormatType,
     &velmorTcamCliFormatType,
+    &cliDisplayStringsType,
+    &cliShowTcamSummaryGroupNameType,
+    &cliShowTcamSummaryOrderedType,
+    &cliShowTcamUsageChipInfoType,
+    &cliShowTcamUsageEntryInfoType,
+    &cliShowTcamUsageFeatureInfoType,
+    &cliShowTcamUsageFeaturePrioBucketType,
+    &cliShowTcamUsageGroupInfoType,
+    &cliShowTcamUsageGroupPerCopyInfoType,
+    &cliShowTcamUsageGroupPriorityBucketType,
+    &cliShowTcamUsagePipeInfoType,
+    &cliShowTcamUsageStageInfoType,
 });
 
-constexpr Zel::TypeModule cliTypesModule{"VelmorTcamCliTypes", types};
+constexpr std::array collectionTrackers = std::to_array<Zel::AllocationTracker*>({
+    &CliShowTcamSummaryGroupName::QE_TcamSummaryGroupName::memAllocationTracker_,
+    &CliShowTcamSummaryOrdered::TN_TcamSummary::memAllocationTracker_,
+    &CliShowTcamUsageFeatureInfo::TN_EntrySet::memAllocationTracker_,
+    &CliShowTcamUsageFeaturePrioBucket::QE_FeatureInfo::memAllocationTracker_,
+    &CliShowTcamUsageGroupInfo::TN_GroupPerCopyInfo::memAllocationTracker_,
+    &CliShowTcamUsageGroupPerCopyInfo::TN_FeaturePrioBucket::memAllocationTracker_,
+    &CliShowTcamUsageGroupPriorityBucket::TN_GroupInfo::memAllocationTracker_,
+    &CliShowTcamUsagePipeInfo::TN_GroupPrioBucket::memAllocationTracker_,
+    &CliShowTcamUsageStageInfo::TN_PipeInfo::memAllocationTracker_,
+});
+
+constexpr Zel::TypeModule cliTypesModule{"VelmorTcamCliTypes", types, collectionTrackers};
 
 // The agent's log messages. Nothing in this library emits them: the platform's log tooling finds
 // them in the library's file, and the agent takes a handle. Each format takes the agent's name.
@@ -113,6 +163,16 @@ VELMOR_NODE_TYPE(IpEntryRequestCliFormat, ipEntryRequestCliFormatType)
 VELMOR_NODE_TYPE(Ip6EntryRequestCliFormat, ip6EntryRequestCliFormatType)
 VELMOR_NODE_TYPE(MacEntryRequestCliFormat, macEntryRequestCliFormatType)
 VELMOR_NODE_TYPE(VelmorTcamCliFormat, velmorTcamCliFormatType)
+VELMOR_NODE_TYPE(CliShowTcamSummaryGroupName, cliShowTcamSummaryGroupNameType)
+VELMOR_NODE_TYPE(CliShowTcamSummaryOrdered, cliShowTcamSummaryOrderedType)
+VELMOR_NODE_TYPE(CliShowTcamUsageChipInfo, cliShowTcamUsageChipInfoType)
+VELMOR_NODE_TYPE(CliShowTcamUsageFeatureInfo, cliShowTcamUsageFeatureInfoType)
+VELMOR_NODE_TYPE(CliShowTcamUsageFeaturePrioBucket, cliShowTcamUsageFeaturePrioBucketType)
+VELMOR_NODE_TYPE(CliShowTcamUsageGroupInfo, cliShowTcamUsageGroupInfoType)
+VELMOR_NODE_TYPE(CliShowTcamUsageGroupPerCopyInfo, cliShowTcamUsageGroupPerCopyInfoType)
+VELMOR_NODE_TYPE(CliShowTcamUsageGroupPriorityBucket, cliShowTcamUsageGroupPriorityBucketType)
+VELMOR_NODE_TYPE(CliShowTcamUsagePipeInfo, cliShowTcamUsagePipeInfoType)
+VELMOR_NODE_TYPE(CliShowTcamUsageStageInfo, cliShowTcamUsageStageInfoType)
 
 #undef VELMOR_NODE_TYPE
 

@@ -1,6 +1,9 @@
 // The texts of the usage display, which the generic formatter shares.
 #pragma once
 
+#include "Halvo/String.h"
+#include "Zel/CharRange.h"
+
 namespace VelmorTcam::displayStrings {
 
 inline constexpr char stageHeaderFmt[] = "Stage %s";
@@ -10,3 +13,27 @@ inline constexpr char requestHeaderFmt[] = "  %s uses %d entries.\n";
 inline constexpr char entryInfoFmt[] = "    0x%08x %s hits - %s\n";
 
 }  // namespace VelmorTcam::displayStrings
+
+namespace VelmorTcam {
+
+/// The display's texts as a value: format strings for Zel::_fmt, always the same.
+///
+/// No state; all values are equal. The constants above let the compiler check a format.
+class CliDisplayStrings {
+ public:
+  constexpr CliDisplayStrings() noexcept = default;
+  /// The text form has no content: reads nothing.
+  constexpr explicit CliDisplayStrings(Zel::CharRange&) noexcept {}
+
+  Halvo::String stageHeaderFmt() const { return displayStrings::stageHeaderFmt; }
+  Halvo::String pipeHeaderFmt() const { return displayStrings::pipeHeaderFmt; }
+  Halvo::String groupInfoFmt() const { return displayStrings::groupInfoFmt; }
+  Halvo::String requestHeaderFmt() const { return displayStrings::requestHeaderFmt; }
+  Halvo::String entryInfoFmt() const { return displayStrings::entryInfoFmt; }
+
+  friend constexpr bool operator==(const CliDisplayStrings&, const CliDisplayStrings&) = default;
+};
+
+inline void valueToSequence(Halvo::String&, const CliDisplayStrings&) {}
+
+}  // namespace VelmorTcam

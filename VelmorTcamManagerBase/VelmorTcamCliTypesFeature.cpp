@@ -1,0 +1,50 @@
+// The feature's life, and the text form of an entry.
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesFeature.h"
+
+#include "Zel/Record.h"
+
+namespace VelmorTcam {
+
+namespace {
+
+constexpr const char* entryInfoName = "VelmorTcam::CliShowTcamUsageEntryInfo";
+
+}  // namespace
+
+CliShowTcamUsageEntryInfo::CliShowTcamUsageEntryInfo(Zel::CharRange& in) {
+  Zel::desAttrPre(in, entryInfoName, "entryPriority", &entryPriority_);
+  Zel::desAttrIntra(in, "entryId", &entryId_);
+  Zel::desAttrIntra(in, "description", &description_);
+  Zel::desAttrPost(in, "hits", &hits_);
+}
+
+void valueToSequence(Halvo::String& out, const CliShowTcamUsageEntryInfo& entry) {
+  Zel::serAttrPre(out, entryInfoName, "entryPriority", entry.entryPriority());
+  Zel::serAttrIntra(out, "entryId", entry.entryId());
+  Zel::serAttrIntra(out, "description", entry.description());
+  Zel::serAttrPost(out, "hits", entry.hits());
+}
+
+CliShowTcamUsageFeatureInfo::CliShowTcamUsageFeatureInfo(Halvo::String cliFeatureName) noexcept
+    : cliFeatureName_(std::move(cliFeatureName)) {}
+
+CliShowTcamUsageFeatureInfo::~CliShowTcamUsageFeatureInfo() {
+  // The flag comes first: what the emptying of the set reaches can tell.
+  flagSet(flagBeingDestroyed);
+  entrySetDelAll();
+}
+
+Halvo::Ptr<CliShowTcamUsageFeatureInfo> CliShowTcamUsageFeatureInfo::CliShowTcamUsageFeatureInfoIs(
+    Halvo::String cliFeatureName) {
+  return Halvo::makePtr<CliShowTcamUsageFeatureInfo>(std::move(cliFeatureName));
+}
+
+Halvo::Ptr<CliShowTcamUsageFeatureInfo> cliShowTcamUsageFeatureInfoFactory(
+    Halvo::String cliFeatureName) {
+  return CliShowTcamUsageFeatureInfo::CliShowTcamUsageFeatureInfoIs(std::move(cliFeatureName));
+}
+
+constinit Zel::AllocationTracker CliShowTcamUsageFeatureInfo::TN_EntrySet::memAllocationTracker_{
+    "VelmorTcam::CliShowTcamUsageFeatureInfo::TN_EntrySet"};
+
+}  // namespace VelmorTcam

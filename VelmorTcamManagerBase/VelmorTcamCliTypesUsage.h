@@ -1,0 +1,273 @@
+// The usage tree: chip, stage, pipe, group priority, group, copy, feature priority. Each level is
+// declared before the one that holds it; the chip, with the rules of all of them, comes last.
+#pragma once
+
+#include "Halvo/Node.h"
+#include "Halvo/Ptr.h"
+#include "Halvo/RQueue.h"
+#include "Halvo/Types.h"
+#include "VelmorTcamEntryShadow.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesCollections.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesFeature.h"
+#include "VelmorTcamManagerBase/VelmorTcamExport.h"
+#include "Zel/NodeType.h"
+
+namespace VelmorTcam {
+
+/// The features of one priority, in order of arrival.
+///
+/// Invariant: the queue holds one reference for each time that a feature stands in it; nothing
+/// looks for duplicates. Null pointers may be queued, too. Rules as the chip's.
+class VELMOR_TCAM_API CliShowTcamUsageFeaturePrioBucket : public Halvo::Node {
+  ZEL_NODE_TYPE;
+  /// What the slots of the queue are counted under.
+  VELMOR_COLLECTION_TAG(QE_FeatureInfo);
+  using FeatureInfoQueue = Halvo::RQueue<Halvo::Ptr<CliShowTcamUsageFeatureInfo>, QE_FeatureInfo>;
+
+  explicit CliShowTcamUsageFeaturePrioBucket(U32 featurePrio) noexcept;
+  ~CliShowTcamUsageFeaturePrioBucket() override;
+
+  U32 featurePrio() const noexcept { return featurePrio_; }
+
+  /// The queue from front to back: count, iteration.
+  const FeatureInfoQueue& featureInfo() const noexcept { return featureInfo_; }
+  void featureInfoEnq(const Halvo::Ptr<CliShowTcamUsageFeatureInfo>& feature) {
+    featureInfo_.enq(feature);
+  }
+  /// Takes the front element, and its reference; null, and nothing changes, when there is none.
+  Halvo::Ptr<CliShowTcamUsageFeatureInfo> featureInfoDeq() { return featureInfo_.deq(); }
+  /// Null when the queue is empty.
+  Halvo::Ptr<CliShowTcamUsageFeatureInfo> featureInfoFront() const { return featureInfo_.front(); }
+  Halvo::Ptr<CliShowTcamUsageFeatureInfo> featureInfoBack() const { return featureInfo_.back(); }
+  /// Removes all and frees the queue's memory.
+  void featureInfoDelAll() noexcept { featureInfo_.delAll(); }
+
+ private:
+  U32 const featurePrio_;
+  FeatureInfoQueue featureInfo_;
+};
+
+/// One copy of a group: its counts, and its features by their priority. Rules as the chip's.
+class VELMOR_TCAM_API CliShowTcamUsageGroupPerCopyInfo : public Halvo::Node {
+  ZEL_NODE_TYPE;
+  VELMOR_COLLECTION_TAG(TN_FeaturePrioBucket);
+  using FeaturePrioBucketMap = ChildMap<CliShowTcamUsageGroupPerCopyInfo, U32,
+                                        CliShowTcamUsageFeaturePrioBucket, TN_FeaturePrioBucket>;
+
+  explicit CliShowTcamUsageGroupPerCopyInfo(U32 copyId) noexcept;
+  ~CliShowTcamUsageGroupPerCopyInfo() override;
+
+  U32 copyId() const noexcept { return copyId_; }
+
+  /// Three numbers that the CLI keeps here, 0 at first.
+  U32 usedEntries() const noexcept { return usedEntries_; }
+  void usedEntriesIs(U32 usedEntries) noexcept { usedEntries_ = usedEntries; }
+  U32 freeEntries() const noexcept { return freeEntries_; }
+  void freeEntriesIs(U32 freeEntries) noexcept { freeEntries_ = freeEntries; }
+  U32 availableEntries() const noexcept { return availableEntries_; }
+  void availableEntriesIs(U32 availableEntries) noexcept { availableEntries_ = availableEntries; }
+
+  /// The children by ascending featurePrio: count, generation, iteration.
+  const FeaturePrioBucketMap& featurePrioBucket() const noexcept { return featurePrioBucket_; }
+  Halvo::Ptr<CliShowTcamUsageFeaturePrioBucket> featurePrioBucket(U32 featurePrio) const {
+    return featurePrioBucket_.get(featurePrio);
+  }
+  Halvo::Ptr<CliShowTcamUsageFeaturePrioBucket> featurePrioBucketIs(U32 featurePrio) {
+    return featurePrioBucket_.childIs(featurePrio);
+  }
+  Halvo::Ptr<CliShowTcamUsageFeaturePrioBucket> featurePrioBucketDel(U32 featurePrio) {
+    return featurePrioBucket_.childDel(featurePrio);
+  }
+  Halvo::Ptr<CliShowTcamUsageFeaturePrioBucket> featurePrioBucketDel(
+      const FeaturePrioBucketMap::iterator& at) {
+    return featurePrioBucket_.childDel(at);
+  }
+  void featurePrioBucketDelAll() noexcept { featurePrioBucket_.childDelAll(); }
+
+ private:
+  U32 const copyId_;
+  U32 usedEntries_ = 0;
+  U32 freeEntries_ = 0;
+  U32 availableEntries_ = 0;
+  FeaturePrioBucketMap featurePrioBucket_;
+};
+
+/// One group and its copies. Rules as the chip's.
+class VELMOR_TCAM_API CliShowTcamUsageGroupInfo : public Halvo::Node {
+  ZEL_NODE_TYPE;
+  VELMOR_COLLECTION_TAG(TN_GroupPerCopyInfo);
+  using GroupPerCopyInfoMap = ChildMap<CliShowTcamUsageGroupInfo, U32,
+                                       CliShowTcamUsageGroupPerCopyInfo, TN_GroupPerCopyInfo>;
+
+  explicit CliShowTcamUsageGroupInfo(U32 groupId) noexcept;
+  ~CliShowTcamUsageGroupInfo() override;
+
+  U32 groupId() const noexcept { return groupId_; }
+
+  /// The children by ascending copyId: count, generation, iteration.
+  const GroupPerCopyInfoMap& groupPerCopyInfo() const noexcept { return groupPerCopyInfo_; }
+  Halvo::Ptr<CliShowTcamUsageGroupPerCopyInfo> groupPerCopyInfo(U32 copyId) const {
+    return groupPerCopyInfo_.get(copyId);
+  }
+  Halvo::Ptr<CliShowTcamUsageGroupPerCopyInfo> groupPerCopyInfoIs(U32 copyId) {
+    return groupPerCopyInfo_.childIs(copyId);
+  }
+  Halvo::Ptr<CliShowTcamUsageGroupPerCopyInfo> groupPerCopyInfoDel(U32 copyId) {
+    return groupPerCopyInfo_.childDel(copyId);
+  }
+  Halvo::Ptr<CliShowTcamUsageGroupPerCopyInfo> groupPerCopyInfoDel(
+      const GroupPerCopyInfoMap::iterator& at) {
+    return groupPerCopyInfo_.childDel(at);
+  }
+  void groupPerCopyInfoDelAll() noexcept { groupPerCopyInfo_.childDelAll(); }
+
+ private:
+  U32 const groupId_;
+  GroupPerCopyInfoMap groupPerCopyInfo_;
+};
+
+/// The groups of one priority. Rules as the chip's.
+class VELMOR_TCAM_API CliShowTcamUsageGroupPriorityBucket : public Halvo::Node {
+  ZEL_NODE_TYPE;
+  VELMOR_COLLECTION_TAG(TN_GroupInfo);
+  using GroupInfoMap =
+      ChildMap<CliShowTcamUsageGroupPriorityBucket, U32, CliShowTcamUsageGroupInfo, TN_GroupInfo>;
+
+  explicit CliShowTcamUsageGroupPriorityBucket(U32 groupPriority) noexcept;
+  ~CliShowTcamUsageGroupPriorityBucket() override;
+
+  U32 groupPriority() const noexcept { return groupPriority_; }
+
+  /// The children by ascending groupId: count, generation, iteration.
+  const GroupInfoMap& groupInfo() const noexcept { return groupInfo_; }
+  Halvo::Ptr<CliShowTcamUsageGroupInfo> groupInfo(U32 groupId) const {
+    return groupInfo_.get(groupId);
+  }
+  Halvo::Ptr<CliShowTcamUsageGroupInfo> groupInfoIs(U32 groupId) {
+    return groupInfo_.childIs(groupId);
+  }
+  Halvo::Ptr<CliShowTcamUsageGroupInfo> groupInfoDel(U32 groupId) {
+    return groupInfo_.childDel(groupId);
+  }
+  Halvo::Ptr<CliShowTcamUsageGroupInfo> groupInfoDel(const GroupInfoMap::iterator& at) {
+    return groupInfo_.childDel(at);
+  }
+  void groupInfoDelAll() noexcept { groupInfo_.childDelAll(); }
+
+ private:
+  U32 const groupPriority_;
+  GroupInfoMap groupInfo_;
+};
+
+/// One pipe and its groups by their priority. Rules as the chip's.
+class VELMOR_TCAM_API CliShowTcamUsagePipeInfo : public Halvo::Node {
+  ZEL_NODE_TYPE;
+  VELMOR_COLLECTION_TAG(TN_GroupPrioBucket);
+  using GroupPrioBucketMap = ChildMap<CliShowTcamUsagePipeInfo, U32,
+                                      CliShowTcamUsageGroupPriorityBucket, TN_GroupPrioBucket>;
+
+  explicit CliShowTcamUsagePipeInfo(S16 pipeId) noexcept;
+  ~CliShowTcamUsagePipeInfo() override;
+
+  S16 pipeId() const noexcept { return pipeId_; }
+
+  /// The children by ascending groupPriority: count, generation, iteration.
+  const GroupPrioBucketMap& groupPrioBucket() const noexcept { return groupPrioBucket_; }
+  Halvo::Ptr<CliShowTcamUsageGroupPriorityBucket> groupPrioBucket(U32 groupPriority) const {
+    return groupPrioBucket_.get(groupPriority);
+  }
+  Halvo::Ptr<CliShowTcamUsageGroupPriorityBucket> groupPrioBucketIs(U32 groupPriority) {
+    return groupPrioBucket_.childIs(groupPriority);
+  }
+  Halvo::Ptr<CliShowTcamUsageGroupPriorityBucket> groupPrioBucketDel(U32 groupPriority) {
+    return groupPrioBucket_.childDel(groupPriority);
+  }
+  Halvo::Ptr<CliShowTcamUsageGroupPriorityBucket> groupPrioBucketDel(
+      const GroupPrioBucketMap::iterator& at) {
+    return groupPrioBucket_.childDel(at);
+  }
+  void groupPrioBucketDelAll() noexcept { groupPrioBucket_.childDelAll(); }
+
+ private:
+  S16 const pipeId_;
+  GroupPrioBucketMap groupPrioBucket_;
+};
+
+/// One stage of the pipeline and its pipes. Rules as the chip's.
+class VELMOR_TCAM_API CliShowTcamUsageStageInfo : public Halvo::Node {
+  ZEL_NODE_TYPE;
+  VELMOR_COLLECTION_TAG(TN_PipeInfo);
+  using PipeInfoMap =
+      ChildMap<CliShowTcamUsageStageInfo, S16, CliShowTcamUsagePipeInfo, TN_PipeInfo>;
+
+  explicit CliShowTcamUsageStageInfo(StageType stage) noexcept;
+  ~CliShowTcamUsageStageInfo() override;
+
+  StageType stage() const noexcept { return stage_; }
+
+  /// The children by ascending pipeId: count, generation, iteration. -1 comes before 0.
+  const PipeInfoMap& pipeInfo() const noexcept { return pipeInfo_; }
+  Halvo::Ptr<CliShowTcamUsagePipeInfo> pipeInfo(S16 pipeId) const { return pipeInfo_.get(pipeId); }
+  Halvo::Ptr<CliShowTcamUsagePipeInfo> pipeInfoIs(S16 pipeId) { return pipeInfo_.childIs(pipeId); }
+  Halvo::Ptr<CliShowTcamUsagePipeInfo> pipeInfoDel(S16 pipeId) {
+    return pipeInfo_.childDel(pipeId);
+  }
+  Halvo::Ptr<CliShowTcamUsagePipeInfo> pipeInfoDel(const PipeInfoMap::iterator& at) {
+    return pipeInfo_.childDel(at);
+  }
+  void pipeInfoDelAll() noexcept { pipeInfo_.childDelAll(); }
+
+ private:
+  StageType const stage_;
+  PipeInfoMap pipeInfo_;
+};
+
+/// The root of the usage tree: a chip and its stages.
+///
+/// Invariant, of every level: a child stands once, under its own key, which is fixed when the child
+/// is made; a parent holds one reference on each child, and a child none on its parent.
+///
+/// Each level has the same operations on its collection <c>: `<c>Is(key)` gives the child of the
+/// key, which it makes with every other attribute at its default where there is none, and leaves
+/// alone where there is one; `<c>(key)` gives it or null, and never makes one; `<c>Del(key)` and,
+/// below the chip, `<c>Del(iterator)` remove a child and give it, null where there was none;
+/// `<c>DelAll()` removes all; `<c>()` is the collection, to count and to walk. A child that
+/// somebody else holds outlives its removal and its parent, with all that is below it.
+///
+/// Nodes live by reference count; their memory is the slab allocator's, each class counts its own
+/// objects in memAllocationTracker_. A destructor sets flagBeingDestroyed first, then empties the
+/// collection. What cannot be had of memory is thrown as std::bad_alloc and changes nothing. One
+/// tree is for one thread.
+///
+///     auto chip = Halvo::makePtr<CliShowTcamUsageChipInfo>();
+///     auto copy = chip->stageInfoIs(stageTypeIngress)->pipeInfoIs(0)->groupPrioBucketIs(1)
+///                     ->groupInfoIs(7)->groupPerCopyInfoIs(0);
+///     copy->featurePrioBucketIs(5)->featureInfoEnq(cliShowTcamUsageFeatureInfoFactory("acl"));
+///     for (auto [priority, bucket] : copy->featurePrioBucket()) show(*bucket);
+class VELMOR_TCAM_API CliShowTcamUsageChipInfo : public Halvo::Node {
+  ZEL_NODE_TYPE;
+  using StageInfoMap = ChildHashMap<CliShowTcamUsageChipInfo, StageType, CliShowTcamUsageStageInfo>;
+  /// An element of stageInfo as a walk meets it: key and value.
+  using HN_StageInfo = StageInfoMap::Item;
+
+  CliShowTcamUsageChipInfo() noexcept;
+  ~CliShowTcamUsageChipInfo() override;
+
+  /// The stages, in no order.
+  const StageInfoMap& stageInfo() const noexcept { return stageInfo_; }
+  Halvo::Ptr<CliShowTcamUsageStageInfo> stageInfo(StageType stage) const {
+    return stageInfo_.get(stage);
+  }
+  Halvo::Ptr<CliShowTcamUsageStageInfo> stageInfoIs(StageType stage) {
+    return stageInfo_.childIs(stage);
+  }
+  Halvo::Ptr<CliShowTcamUsageStageInfo> stageInfoDel(StageType stage) {
+    return stageInfo_.childDel(stage);
+  }
+  void stageInfoDelAll() noexcept { stageInfo_.childDelAll(); }
+
+ private:
+  StageInfoMap stageInfo_;
+};
+
+}  // namespace VelmorTcam
