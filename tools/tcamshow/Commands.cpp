@@ -10,6 +10,7 @@
 #include "ImportOpenconfig.h"
 #include "LineReader.h"
 #include "ShowTable.h"
+#include "ShowUsage.h"
 
 namespace tcamshow {
 
@@ -67,36 +68,72 @@ class ImportCommand : public Command {
   std::string file_;
 };
 
-/// `NAME FILE`: a command that reads a snapshot and prints a table.
-class TableCommand : public Command {
+/// `NAME FILE`: a command that reads a snapshot.
+class SnapshotCommand : public Command {
+ public:
+  SnapshotCommand(const char* name, const char* description)
+      : name_(name), description_(description) {}
+
+  CLI::App* declare(CLI::App& app) override {
+    CLI::App* const command = app.add_subcommand(name_, description_);
+    declareOptions(*command);
+    declareFile(*command, file_);
+    return command;
+  }
+
+  void run(OutputBuffer& out) override {
+    InputFile file(file_);
+    show(file, out);
+  }
+
+ private:
+  virtual void declareOptions(CLI::App&) {}
+  virtual void show(InputFile& file, OutputBuffer& out) = 0;
+
+  const char* name_;
+  const char* description_;
+  std::string file_;
+};
+
+/// Prints a table, as text or as JSON Lines.
+class TableCommand : public SnapshotCommand {
  public:
   using Show = void (*)(InputFile&, OutputBuffer&, TableForm);
 
   TableCommand(const char* name, const char* description, Show show)
-      : name_(name), description_(description), show_(show) {}
-
-  CLI::App* declare(CLI::App& app) override {
-    CLI::App* const command = app.add_subcommand(name_, description_);
-    declareFile(*command, file_);
-    return command;
-  }
+      : SnapshotCommand(name, description), show_(show) {}
 
   bool jsonIsWanted() override {
     form_ = TableForm::jsonLines;
     return true;
   }
 
-  void run(OutputBuffer& out) override {
-    InputFile file(file_);
-    show_(file, out, form_);
-  }
-
  private:
-  const char* name_;
-  const char* description_;
+  void show(InputFile& file, OutputBuffer& out) override { show_(file, out, form_); }
+
   Show show_;
   TableForm form_ = TableForm::text;
-  std::string file_;
+};
+
+class UsageCommand : public SnapshotCommand {
+ public:
+  UsageCommand() : SnapshotCommand("usage", "What uses the TCAM: stages, groups and features") {}
+
+ private:
+  void declareOptions(CLI::App& command) override {
+    command.add_flag("--detail", detail_, "The entries of each feature too");
+  }
+  void show(InputFile& file, OutputBuffer& out) override { showUsage(file, out, detail_); }
+
+  bool detail_ = false;
+};
+
+class SummaryCommand : public SnapshotCommand {
+ public:
+  SummaryCommand() : SnapshotCommand("summary", "The groups by name, each with its features") {}
+
+ private:
+  void show(InputFile& file, OutputBuffer& out) override { showSummary(file, out); }
 };
 
 }  // namespace
@@ -107,6 +144,8 @@ std::vector<std::unique_ptr<Command>> allCommands() {
   commands.push_back(std::make_unique<TableCommand>("ip6", "The IPv6 table", showIp6));
   commands.push_back(std::make_unique<TableCommand>("mac", "The MAC table", showMac));
   commands.push_back(std::make_unique<TableCommand>("tcam", "Every entry, in one line", showTcam));
+  commands.push_back(std::make_unique<UsageCommand>());
+  commands.push_back(std::make_unique<SummaryCommand>());
   commands.push_back(std::make_unique<ImportCommand>(
       "classbench", "Filter sets of packet-classification research", importClassbench));
   commands.push_back(std::make_unique<ImportCommand>("openconfig", "ACL documents of OpenConfig",
