@@ -18,7 +18,6 @@ install(DIRECTORY VelmorTcamManagerBase DESTINATION ${velmor_include}
   # The library's own.
   PATTERN "*Assertions.h" EXCLUDE
   PATTERN "*Cells.h" EXCLUDE
-  PATTERN "*DisplayStrings.h" EXCLUDE
   PATTERN "*Reading.h" EXCLUDE
   PATTERN "*Row.h" EXCLUDE
   PATTERN "*Trace.h" EXCLUDE)

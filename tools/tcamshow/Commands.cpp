@@ -100,8 +100,8 @@ class TableCommand : public SnapshotCommand {
  public:
   using Show = void (*)(InputFile&, OutputBuffer&, TableForm);
 
-  TableCommand(const char* name, const char* description, Show show)
-      : SnapshotCommand(name, description), show_(show) {}
+  TableCommand(const char* name, const char* description, Show showTable)
+      : SnapshotCommand(name, description), show_(showTable) {}
 
   bool jsonIsWanted() override {
     form_ = TableForm::jsonLines;
