@@ -1,4 +1,7 @@
 // The IPv6 table's own cells, and its row.
+#include <charconv>
+#include <string_view>
+
 #include "VelmorTcamManagerBase/VelmorTcamCliHelperCells.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelperReading.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelperRow.h"
@@ -23,8 +26,14 @@ Halvo::String formatIp6(const VelmorTcamEntryShadow::PtrConst& entryShadow, Qual
   }
   U8 const length = Trelix::ip6AddrToPrefixLen(qual.mask());
   if (length == 0) return Zel::_fmt("%39s|%13s|", "*", "*");
-  if (length == 128) return Zel::_fmt("%39s|%13s|", qual.address().stringValue(), "*");
-  return Zel::_fmt("%39s|%13s|", qual.address().stringValue(), Zel::_fmt("%d", length));
+  // Straight into the cell: a string in between would be one more copy that waits for the store
+  // buffer.
+  char address[Trelix::Ip6Addr::maxTextSize];
+  std::string_view const addressText(address, qual.address().write(address));
+  if (length == 128) return Zel::_fmt("%39s|%13s|", addressText, "*");
+  char prefix[24];  // more than a length takes: short texts are moved as words
+  auto const prefixEnd = std::to_chars(prefix, prefix + sizeof prefix, length).ptr;
+  return Zel::_fmt("%39s|%13s|", addressText, std::string_view(prefix, prefixEnd));
 }
 
 }  // namespace
@@ -47,18 +56,14 @@ Halvo::String Ip6EntryRequestCliFormat::formatEntryRequest(const RequestKey&, co
   // From the second cell on, the second and third lines stand one column to the right of the
   // header; scripts know them so.
   Halvo::String const second[] = {
-      Zel::_fmt("%5s|", ""),
-      Zel::_fmt("%10s|", ""),
-      formatQualifierTcpControl(entryShadow),
-      formatQualifierDstIp6(entryShadow),
-      formatQualifierL4DstPort(entryShadow),
+      Zel::_fmt("%5s|%10s|", "", ""),     formatQualifierTcpControl(entryShadow),
+      formatQualifierDstIp6(entryShadow), formatQualifierL4DstPort(entryShadow),
       formatActions(entryShadow),
   };
   Halvo::String const third[] = {
       Zel::_fmt("%5s|", ""),
       formatQualifierIp6TrafficClass(entryShadow),
-      Zel::_fmt("%7s|", ""),
-      Zel::_fmt("%39s|", ""),
+      Zel::_fmt("%7s|%39s|", "", ""),
       formatQualifierIpLength(entryShadow, "%13s|"),
       formatQualifierIp6HopLimit(entryShadow),
   };
