@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Zel/Assert.h"
+#include "Zel/Attribute.h"
 #include "Zel/CharRange.h"
 #include "Zel/Enum8.h"
 #include "Zel/Error.h"
@@ -12,4 +13,6 @@
 #include "Zel/RbTreeMap.h"
 #include "Zel/Trace.h"
 #include "Zel/Record.h"
+#include "Zel/Reflect.h"
 #include "Zel/TypeModule.h"
+#include "Zel/Value.h"

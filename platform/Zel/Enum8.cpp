@@ -20,6 +20,15 @@ constexpr const char* source = "platform/Zel/Enum8";
 constexpr const char* descriptorFunction =
     "const Zel::TypeDescriptor& Zel::enum8Descriptor(const Zel::TypeModule&, std::size_t)";
 
+constexpr const char* ofDescriptorFunction =
+    "const Zel::TypeDescriptor& Zel::enum8Descriptor(const Zel::TypeDescriptor&)";
+
+const TypeDescriptor& enum8Descriptor(const TypeDescriptor& type) noexcept {
+  assertThat(type.kind == TypeKind::enumeration,
+             {"type.kind == TypeKind::enumeration", source, 0, ofDescriptorFunction});
+  return type;
+}
+
 const TypeDescriptor& enum8Descriptor(const TypeModule& module, std::size_t type) noexcept {
   assertThat(type < module.types.size(),
              {"type < module.types.size()", source, 0, descriptorFunction});
@@ -152,6 +161,14 @@ U8 enum8FromSequence(CharRange& in, const TypeModule& module, std::size_t type) 
   U8 const value = named(descriptor, name);
   in.advance(name.size());
   return value;
+}
+
+U8 enum8FromName(const TypeDescriptor& type, std::string_view name) {
+  return named(enum8Descriptor(type), name);
+}
+
+Halvo::String enum8StringValue(const TypeDescriptor& type, U8 value) {
+  return textOf(enum8Descriptor(type), value);
 }
 
 }  // namespace Zel

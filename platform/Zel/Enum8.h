@@ -57,6 +57,10 @@ VELMOR_PLATFORM_API std::ostream& enum8Write(std::ostream& out, const TypeModule
 /// past it. Throws ParseError, and leaves `in` as it was, when the run is empty or no value's name.
 VELMOR_PLATFORM_API U8 enum8FromSequence(CharRange& in, const TypeModule& module, std::size_t type);
 
+/// As the functions above, for the enumeration's descriptor. Another type's stops the process.
+VELMOR_PLATFORM_API U8 enum8FromName(const TypeDescriptor& type, std::string_view name);
+VELMOR_PLATFORM_API Halvo::String enum8StringValue(const TypeDescriptor& type, U8 value);
+
 }  // namespace Zel
 
 /// The five conversions of the enumeration E, which has U8 as its underlying type:
@@ -67,13 +71,16 @@ VELMOR_PLATFORM_API U8 enum8FromSequence(CharRange& in, const TypeModule& module
 ///     std::ostream& operator<<(std::ostream&, const E&)
 ///     void sequenceToValue(Zel::CharRange& in, E* value)
 ///                                                   reads a name off the front; ParseError
+///
+/// and the enumeration's descriptor, which Zel::typeOf<E>() gives.
 // NOLINTBEGIN(bugprone-macro-parentheses): a type and an attribute take none
 #define ZEL_DECLARE_ENUM8(EXPORT, E)                                      \
   EXPORT E E##Instance(::Zel::U32 number);                                \
   EXPORT E E##Instance(const ::Halvo::String& name);                      \
   EXPORT ::Halvo::String stringValue(E value);                            \
   EXPORT ::std::ostream& operator<<(::std::ostream& out, const E& value); \
-  EXPORT void sequenceToValue(::Zel::CharRange& in, E* value)
+  EXPORT void sequenceToValue(::Zel::CharRange& in, E* value);            \
+  EXPORT const ::Zel::TypeDescriptor& typeDescriptor(::Zel::TypeTag<E>) noexcept
 
 #define ZEL_DEFINE_ENUM8(E, MODULE, INDEX)                                                       \
   E E##Instance(::Zel::U32 number) {                                                             \
@@ -88,5 +95,8 @@ VELMOR_PLATFORM_API U8 enum8FromSequence(CharRange& in, const TypeModule& module
   }                                                                                              \
   void sequenceToValue(::Zel::CharRange& in, E* value) {                                         \
     *value = static_cast<E>(::Zel::enum8FromSequence(in, MODULE, INDEX));                        \
+  }                                                                                              \
+  const ::Zel::TypeDescriptor& typeDescriptor(::Zel::TypeTag<E>) noexcept {                      \
+    return *(MODULE).types[INDEX];                                                               \
   }
 // NOLINTEND(bugprone-macro-parentheses)

@@ -7,5 +7,8 @@ namespace Zel {
 Error::~Error() = default;
 ParseError::~ParseError() = default;
 RangeError::~RangeError() = default;
+ArgumentError::~ArgumentError() = default;
+SetFalseValueError::~SetFalseValueError() = default;
+NonHashableTypeError::~NonHashableTypeError() = default;
 
 }  // namespace Zel

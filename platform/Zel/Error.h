@@ -30,4 +30,27 @@ class VELMOR_PLATFORM_API RangeError : public Error {
   ~RangeError() override;
 };
 
+/// An argument of a generic operation that is of another type, missing, or one too many. Names the
+/// type, the attribute, and what was expected.
+class VELMOR_PLATFORM_API ArgumentError : public Error {
+ public:
+  explicit ArgumentError(const std::string& what) : Error(what) {}
+  ~ArgumentError() override;
+};
+
+/// A set was asked to hold an element as absent: an insertion whose flag is false. Names the type
+/// and the attribute.
+class VELMOR_PLATFORM_API SetFalseValueError : public Error {
+ public:
+  explicit SetFalseValueError(const std::string& what) : Error(what) {}
+  ~SetFalseValueError() override;
+};
+
+/// The hash of a value whose type has none. Names the type.
+class VELMOR_PLATFORM_API NonHashableTypeError : public Error {
+ public:
+  explicit NonHashableTypeError(const std::string& what) : Error(what) {}
+  ~NonHashableTypeError() override;
+};
+
 }  // namespace Zel
