@@ -5,5 +5,6 @@
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesEnums.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFeature.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypesReflect.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesSummary.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesUsage.h"

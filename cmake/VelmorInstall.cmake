@@ -18,6 +18,7 @@ install(DIRECTORY VelmorTcamManagerBase DESTINATION ${velmor_include}
   # The library's own.
   PATTERN "*Assertions.h" EXCLUDE
   PATTERN "*Cells.h" EXCLUDE
+  PATTERN "*Descriptors.h" EXCLUDE
   PATTERN "*Reading.h" EXCLUDE
   PATTERN "*Row.h" EXCLUDE
   PATTERN "*Trace.h" EXCLUDE)

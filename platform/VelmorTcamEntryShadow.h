@@ -12,6 +12,7 @@
 #include "VelmorPlatformExport.h"
 #include "Zel/HashMap2018.h"
 #include "Zel/NodeType.h"
+#include "Zel/TypeModule.h"
 
 namespace VelmorTcam {
 
@@ -162,5 +163,9 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
   QualifierMap qualifier_;
   RangeCheckerMap rangeChecker_;
 };
+
+ZEL_DECLARE_TYPE(VELMOR_PLATFORM_API, QualifierData);
+ZEL_DECLARE_TYPE(VELMOR_PLATFORM_API, QualifierStatus);
+ZEL_DECLARE_TYPE(VELMOR_PLATFORM_API, VelmorTcamEntryShadow);
 
 }  // namespace VelmorTcam

@@ -6,6 +6,9 @@
 
 #include "Halvo/String.h"
 #include "Halvo/Types.h"
+#include "VelmorPlatformExport.h"
+#include "Zel/CharRange.h"
+#include "Zel/TypeModule.h"
 
 namespace VelmorTcam {
 
@@ -48,5 +51,18 @@ class TcamGroupId {
  private:
   Halvo::U16 number_ = 0;
 };
+
+/// The text forms: VelmorTcam::RequestKey{name="acl"}, VelmorTcam::RuleId{sequenceNum=10},
+/// VelmorTcam::TcamGroupId{number=3}. See Zel/Record.h.
+VELMOR_PLATFORM_API void valueToSequence(Halvo::String& out, const RequestKey& key);
+VELMOR_PLATFORM_API void valueToSequence(Halvo::String& out, const RuleId& rule);
+VELMOR_PLATFORM_API void valueToSequence(Halvo::String& out, const TcamGroupId& group);
+VELMOR_PLATFORM_API void sequenceToValue(Zel::CharRange& in, RequestKey* key);
+VELMOR_PLATFORM_API void sequenceToValue(Zel::CharRange& in, RuleId* rule);
+VELMOR_PLATFORM_API void sequenceToValue(Zel::CharRange& in, TcamGroupId* group);
+
+ZEL_DECLARE_TYPE(VELMOR_PLATFORM_API, RequestKey);
+ZEL_DECLARE_TYPE(VELMOR_PLATFORM_API, RuleId);
+ZEL_DECLARE_TYPE(VELMOR_PLATFORM_API, TcamGroupId);
 
 }  // namespace VelmorTcam

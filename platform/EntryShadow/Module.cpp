@@ -1,8 +1,10 @@
 // The type module of the entry-shadow library: its enumerations and node types.
 #include <array>
+#include <functional>
 
 #include "Halvo/ModuleInspectData.h"
 #include "VelmorTcamEntryShadow.h"
+#include "Zel/AttributeTable.h"
 #include "Zel/Enum8.h"
 
 namespace VelmorTcam {
@@ -84,6 +86,43 @@ constexpr Zel::TypeDescriptor entryShadowType{
     .kind = TypeKind::node,
     .tracker = &VelmorTcamEntryShadow::memAllocationTracker_};
 
+namespace requestKey {
+using Class = RequestKey;
+constexpr auto attributes = Zel::attributeTable<2, 2>(ZEL_KEY(name));
+constexpr auto operations = Zel::valueOperations<Class, Halvo::String>([](const void* value) {
+  return std::hash<Halvo::String>{}(static_cast<const Class*>(value)->name());
+});
+}  // namespace requestKey
+namespace ruleId {
+using Class = RuleId;
+constexpr auto attributes = Zel::attributeTable<2, 2>(ZEL_KEY(sequenceNum));
+constexpr auto operations = Zel::valueOperations<Class, U32>([](const void* value) {
+  return std::hash<U32>{}(static_cast<const Class*>(value)->sequenceNum());
+});
+}  // namespace ruleId
+namespace tcamGroupId {
+using Class = TcamGroupId;
+constexpr auto attributes = Zel::attributeTable<2, 2>(ZEL_KEY(number));
+constexpr auto operations = Zel::valueOperations<Class, U32>(
+    [](const void* value) { return std::hash<U16>{}(static_cast<const Class*>(value)->number()); });
+}  // namespace tcamGroupId
+
+constexpr Zel::TypeDescriptor requestKeyType{.name = "VelmorTcam::RequestKey",
+                                             .kind = TypeKind::value,
+                                             .attributes = requestKey::attributes,
+                                             .value = &requestKey::operations,
+                                             .constructor = Zel::constructorOf<Halvo::String>()};
+constexpr Zel::TypeDescriptor ruleIdType{.name = "VelmorTcam::RuleId",
+                                         .kind = TypeKind::value,
+                                         .attributes = ruleId::attributes,
+                                         .value = &ruleId::operations,
+                                         .constructor = Zel::constructorOf<U32>()};
+constexpr Zel::TypeDescriptor tcamGroupIdType{.name = "VelmorTcam::TcamGroupId",
+                                              .kind = TypeKind::value,
+                                              .attributes = tcamGroupId::attributes,
+                                              .value = &tcamGroupId::operations,
+                                              .constructor = Zel::constructorOf<U32>()};
+
 enum TypeIndex : U32 {
   indexQualifierType,
   indexRangeCheckerType,
@@ -99,6 +138,9 @@ constexpr std::array types = std::to_array<const Zel::TypeDescriptor*>({
     &qualifierDataType,
     &qualifierStatusType,
     &entryShadowType,
+    &requestKeyType,
+    &ruleIdType,
+    &tcamGroupIdType,
 });
 
 constexpr Zel::TypeModule entryShadowModule{"VelmorTcamEntryShadow", types};
@@ -118,6 +160,13 @@ constinit Zel::AllocationTracker VelmorTcamEntryShadow::memAllocationTracker_{
 const Zel::TypeDescriptor* QualifierData::typeData() const { return &qualifierDataType; }
 const Zel::TypeDescriptor* QualifierStatus::typeData() const { return &qualifierStatusType; }
 const Zel::TypeDescriptor* VelmorTcamEntryShadow::typeData() const { return &entryShadowType; }
+
+ZEL_DEFINE_TYPE(QualifierData, qualifierDataType)
+ZEL_DEFINE_TYPE(QualifierStatus, qualifierStatusType)
+ZEL_DEFINE_TYPE(VelmorTcamEntryShadow, entryShadowType)
+ZEL_DEFINE_TYPE(RequestKey, requestKeyType)
+ZEL_DEFINE_TYPE(RuleId, ruleIdType)
+ZEL_DEFINE_TYPE(TcamGroupId, tcamGroupIdType)
 
 ZEL_DEFINE_ENUM8(QualifierType, entryShadowModule, indexQualifierType)
 ZEL_DEFINE_ENUM8(RangeCheckerType, entryShadowModule, indexRangeCheckerType)

@@ -31,7 +31,7 @@
 #include "Halvo/Ptr.h"
 #include "VelmorPlatformExport.h"
 #include "Zel/Attribute.h"
-#include "Zel/CharRange.h"
+#include "Zel/Record.h"
 #include "Zel/TypeModule.h"
 #include "Zel/Value.h"
 
@@ -320,13 +320,13 @@ struct SignatureOf {
   static constexpr bool isConst = isConst_;
   static constexpr std::size_t count = sizeof...(Parameters);
   static_assert(count <= Attribute::maxParameters);
-  static constexpr void types(Attribute& attribute) noexcept {
-    std::size_t index = 0;
+  static constexpr void types([[maybe_unused]] Attribute& attribute) noexcept {
+    [[maybe_unused]] std::size_t index = 0;
     ((attribute.parameterTypes[index++] = typeRef<std::remove_cvref_t<Parameters>>()), ...);
   }
   template <std::size_t... index>
-  static Result call(auto function, auto& target, const Attribute& self, Arguments arguments,
-                     std::index_sequence<index...>) {
+  static Result call(auto function, auto& target, const Attribute& self,
+                     [[maybe_unused]] Arguments arguments, std::index_sequence<index...>) {
     (expectObject<std::remove_cvref_t<Parameters>>(self, arguments, index), ...);
     return (target.*function)(
         argument<std::remove_cvref_t<Parameters>>(self, Op::invoke, arguments, index)...);
@@ -494,11 +494,10 @@ Halvo::Ptr<Halvo::Node> nodeCreate(std::span<const Value> arguments) {
 }
 
 /// What can be done with values of T: made by the constructor that takes these types, compared with
-/// `==`, written and read by the text functions that are given. `hash` may be null.
+/// `==`, written and read in the record notation (Zel/Record.h). `hash` may be null.
 template <class T, class... Parameters>
-constexpr ValueOperations valueOperations(Halvo::String (*toText)(const void*),
-                                          void (*fromText)(void*, CharRange&),
-                                          std::size_t (*hash)(const void*) = nullptr) noexcept {
+constexpr ValueOperations valueOperations(
+    std::size_t (*hash)(const void* value) = nullptr) noexcept {
   static_assert(std::is_nothrow_move_constructible_v<T> && alignof(T) <= 8);
   return {
       .size = sizeof(T),
@@ -523,8 +522,12 @@ constexpr ValueOperations valueOperations(Halvo::String (*toText)(const void*),
       .destroy = [](void* value) noexcept { static_cast<T*>(value)->~T(); },
       .isEq = [](const void* a,
                  const void* b) { return *static_cast<const T*>(a) == *static_cast<const T*>(b); },
-      .toText = toText,
-      .fromText = fromText,
+      .toText =
+          [](const void* value) {
+            return ZelHalvo::Impl::valueToStrep(*static_cast<const T*>(value));
+          },
+      .fromText = [](void* place,
+                     const Halvo::String& text) { new (place) T(strepToValue<T>(text)); },
       .hash = hash};
 }
 

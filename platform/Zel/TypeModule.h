@@ -18,7 +18,6 @@ class String;
 
 namespace Zel {
 
-class CharRange;
 class Value;
 
 /// One value of an 8-bit enumeration.
@@ -54,7 +53,7 @@ struct ValueOperations {
   bool (*isEq)(const void* a, const void* b);
   Halvo::String (*toText)(const void* value);
   /// From text that is a value to its end; throws ParseError.
-  void (*fromText)(void* place, CharRange& text);
+  void (*fromText)(void* place, const Halvo::String& text);
   /// Null where the type has no hash.
   std::size_t (*hash)(const void* value);
 };
@@ -101,3 +100,10 @@ struct TypeModule {
 };
 
 }  // namespace Zel
+
+/// Declares that T, a class or value type of the namespace, is described.
+#define ZEL_DECLARE_TYPE(EXPORT, T) \
+  EXPORT const ::Zel::TypeDescriptor& typeDescriptor(::Zel::TypeTag<T>) noexcept
+/// Defines that, in a source file.
+#define ZEL_DEFINE_TYPE(T, DESCRIPTOR) \
+  const ::Zel::TypeDescriptor& typeDescriptor(::Zel::TypeTag<T>) noexcept { return DESCRIPTOR; }

@@ -1,11 +1,12 @@
 #include "Zel/Value.h"
 
+#include <functional>
+#include <iterator>
 #include <string>
 
-#include "Zel/CharRange.h"
 #include "Zel/Enum8.h"
 #include "Zel/Error.h"
-#include "Zel/LineText.h"
+#include "Zel/Record.h"
 
 namespace Zel {
 
@@ -27,42 +28,17 @@ constexpr TypeDescriptor s32Type = basicType("S32");
 constexpr TypeDescriptor s64Type = basicType("S64");
 constexpr TypeDescriptor stringType = basicType("String");
 
-// By kind, from boolean to s64: what is a number's type, and what it holds.
-struct Basic {
-  const TypeDescriptor* type;
-  bool isSigned;
-  U64 limit;  // the highest number
-};
-constexpr Basic basics[] = {
-    {&boolType, false, 1},         {&u8Type, false, 0xFF},         {&u16Type, false, 0xFFFF},
-    {&u32Type, false, 0xFFFFFFFF}, {&u64Type, false, ~U64{0}},     {&s16Type, true, 0x7FFF},
-    {&s32Type, true, 0x7FFFFFFF},  {&s64Type, true, ~U64{0} >> 1},
-};
+// The types of the kinds from boolean to s64.
+constexpr const TypeDescriptor* basicTypes[] = {&boolType, &u8Type,  &u16Type, &u32Type,
+                                                &u64Type,  &s16Type, &s32Type, &s64Type};
 
-const Basic& basicOf(Value::Kind kind) noexcept {
-  return basics[static_cast<std::size_t>(kind) - 1];
+template <class T>
+Value basicFromText(const Halvo::String& text) {
+  return Value(strepToValue<T>(text));
 }
-
-[[noreturn]] void badText(const TypeDescriptor& type, std::string_view text) {
-  throw ParseError(std::string(type.name) + ": cannot read " + quotedForMessage(text));
-}
-
-// The decimal number that is all of `text`, in two's complement.
-U64 numberIn(const Basic& basic, std::string_view text) {
-  std::string_view digits = text;
-  bool const negative = basic.isSigned && digits.starts_with('-');
-  if (negative) digits.remove_prefix(1);
-  if (digits.empty()) badText(*basic.type, text);
-  U64 const limit = basic.limit + (negative ? 1 : 0);
-  U64 number = 0;
-  for (char const c : digits) {
-    if (c < '0' || c > '9') badText(*basic.type, text);
-    auto const digit = static_cast<U64>(c - '0');
-    if (number > (limit - digit) / 10 || digit > limit) badText(*basic.type, text);
-    number = number * 10 + digit;
-  }
-  return negative ? U64{0} - number : number;
-}
+constexpr Value (*basicReaders[])(const Halvo::String&) = {
+    basicFromText<bool>, basicFromText<U8>,  basicFromText<U16>, basicFromText<U32>,
+    basicFromText<U64>,  basicFromText<S16>, basicFromText<S32>, basicFromText<S64>};
 
 const char* nameOf(const TypeDescriptor* type) noexcept {
   return type == nullptr ? "an object" : type->name;
@@ -101,7 +77,7 @@ const TypeDescriptor* Value::type() const noexcept {
     case Kind::constNode:
       return storage_.node == nullptr ? nullptr : storage_.node->typeData();
     default:
-      return basicOf(kind_).type;
+      return basicTypes[static_cast<std::size_t>(kind_) - 1];
   }
 }
 
@@ -217,34 +193,29 @@ Value Value::make(const TypeDescriptor& type, std::span<const Value> arguments) 
 Halvo::String Value::text() const {
   switch (kind_) {
     case Kind::none:
+    case Kind::cursor:
       return {};
-    case Kind::boolean:
-      return storage_.number != 0 ? "true" : "false";
     case Kind::enumeration:
       return enum8StringValue(*type_, static_cast<U8>(storage_.number));
     case Kind::string:
-      return string();
+      return ZelHalvo::Impl::valueToStrep(string());
     case Kind::record:
       return type_->value->toText(recordPlace());
     case Kind::node:
     case Kind::constNode:
       return storage_.node == nullptr ? "null" : nameOf(type());
-    case Kind::cursor:
-      return "a cursor";
+    case Kind::boolean:
+      return ZelHalvo::Impl::valueToStrep(storage_.number != 0);
+    case Kind::s16:
+    case Kind::s32:
+    case Kind::s64:
+      return ZelHalvo::Impl::valueToStrep(static_cast<S64>(storage_.number));
     default:
-      break;
+      return ZelHalvo::Impl::valueToStrep(storage_.number);
   }
-  Halvo::String out;
-  U64 number = storage_.number;
-  if (basicOf(kind_).isSigned && static_cast<S64>(number) < 0) {
-    out += '-';
-    number = U64{0} - number;
-  }
-  appendDecimal(out, number);
-  return out;
 }
 
-Value Value::fromText(const TypeDescriptor& type, std::string_view text) {
+Value Value::fromText(const TypeDescriptor& type, const Halvo::String& text) {
   Value value;
   if (type.kind == TypeKind::enumeration) {
     value.storage_.number = enum8FromName(type, text);
@@ -253,10 +224,9 @@ Value Value::fromText(const TypeDescriptor& type, std::string_view text) {
     return value;
   }
   if (type.value != nullptr) {
-    CharRange in(text);
     void* const place = value.recordRoom(type);
     try {
-      type.value->fromText(place, in);
+      type.value->fromText(place, text);
     } catch (...) {
       value.recordRoomFree(type);
       throw;
@@ -265,16 +235,9 @@ Value Value::fromText(const TypeDescriptor& type, std::string_view text) {
     value.kind_ = Kind::record;
     return value;
   }
-  if (&type == &stringType) return Value(Halvo::String(text));
-  if (&type == &boolType) {
-    if (text != "true" && text != "false") badText(type, text);
-    return Value(text == "true");
-  }
-  for (const Basic& basic : basics) {
-    if (basic.type != &type) continue;
-    value.storage_.number = numberIn(basic, text);
-    value.kind_ = static_cast<Kind>(&basic - basics + 1);
-    return value;
+  if (&type == &stringType) return basicFromText<Halvo::String>(text);
+  for (std::size_t i = 0; i < std::size(basicTypes); ++i) {
+    if (basicTypes[i] == &type) return basicReaders[i](text);
   }
   throw ParseError(std::string(type.name) + ": has no text form");
 }

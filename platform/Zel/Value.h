@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstring>
 #include <new>
-#include <string_view>
+#include <span>
 #include <type_traits>
 #include <utility>
 
@@ -141,12 +141,12 @@ class VELMOR_PLATFORM_API Value {
   /// numbers in two's complement. 0 for all else.
   U64 bits() const noexcept { return kind_ < Kind::string ? storage_.number : 0; }
 
-  /// The text form: "true", decimal digits, an enumeration's name, the string itself, a record's
-  /// text, a node's class ("null" without one); empty when nothing is held.
+  /// The text form, in the notation of Zel/Record.h: "true", decimal digits, an enumeration's name,
+  /// a string between quotes, a record. Of a node its class, "null" without one; else nothing.
   Halvo::String text() const;
-  /// The value of `type` that `text` says, to its end. Throws ParseError, also for a type that has
-  /// no text form (nodes). Reads what text() gives.
-  static Value fromText(const TypeDescriptor& type, std::string_view text);
+  /// The value of `type` that all of `text` says: reads what text() gives. Throws ParseError, also
+  /// for a type that has no text form (nodes).
+  static Value fromText(const TypeDescriptor& type, const Halvo::String& text);
   /// A value of the value type `type` from its constructor's arguments. Throws ArgumentError.
   static Value make(const TypeDescriptor& type, std::span<const Value> arguments);
   /// Throws NonHashableTypeError for a type that has no hash.
