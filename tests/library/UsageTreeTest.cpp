@@ -1,0 +1,559 @@
+// The usage tree: each level alone, the queue of features, and the life of the whole.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <deque>
+#include <functional>
+#include <initializer_list>
+#include <map>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "Random.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
+
+namespace VelmorTcam {
+namespace {
+
+using Halvo::makePtr;
+using Halvo::Node;
+using Halvo::Ptr;
+using Chip = CliShowTcamUsageChipInfo;
+using Stage = CliShowTcamUsageStageInfo;
+using Pipe = CliShowTcamUsagePipeInfo;
+using GroupBucket = CliShowTcamUsageGroupPriorityBucket;
+using Group = CliShowTcamUsageGroupInfo;
+using Copy = CliShowTcamUsageGroupPerCopyInfo;
+using Bucket = CliShowTcamUsageFeaturePrioBucket;
+using Feature = CliShowTcamUsageFeatureInfo;
+
+void expectNothingLeft() {
+  for (auto* tracker = Halvo::MemoryTracker::first(); tracker; tracker = tracker->next()) {
+    EXPECT_EQ(tracker->liveObjects(), 0U) << tracker->typeName();
+    EXPECT_EQ(tracker->liveBytes(), 0U) << tracker->typeName();
+  }
+}
+
+// What a level of ordered children is called.
+#define LEVEL(NAME, PARENT, PARENT_KEY, CHILD, CHILD_KEY, KEY, COLLECTION)        \
+  struct NAME {                                                                   \
+    using Parent = PARENT;                                                        \
+    using Child = CHILD;                                                          \
+    using Key = KEY;                                                              \
+    static Ptr<Parent> make() { return makePtr<Parent>(PARENT_KEY); }             \
+    static Ptr<Child> is(Parent& p, Key key) { return p.COLLECTION##Is(key); }    \
+    static Ptr<Child> get(const Parent& p, Key key) { return p.COLLECTION(key); } \
+    static Ptr<Child> del(Parent& p, Key key) { return p.COLLECTION##Del(key); }  \
+    template <class It>                                                           \
+    static Ptr<Child> delAt(Parent& p, const It& at) {                            \
+      return p.COLLECTION##Del(at);                                               \
+    }                                                                             \
+    static void delAll(Parent& p) { p.COLLECTION##DelAll(); }                     \
+    static auto& all(const Parent& p) { return p.COLLECTION(); }                  \
+    static Key keyOf(const Child& child) { return child.CHILD_KEY(); }            \
+  }
+LEVEL(PipeLevel, Stage, stageTypeEgress, Pipe, pipeId, S16, pipeInfo);
+LEVEL(GroupBucketLevel, Pipe, S16{3}, GroupBucket, groupPriority, U32, groupPrioBucket);
+LEVEL(GroupLevel, GroupBucket, 3U, Group, groupId, U32, groupInfo);
+LEVEL(CopyLevel, Group, 3U, Copy, copyId, U32, groupPerCopyInfo);
+LEVEL(FeatureBucketLevel, Copy, 3U, Bucket, featurePrio, U32, featurePrioBucket);
+#undef LEVEL
+
+template <class Level>
+class UsageLevel : public testing::Test {
+ protected:
+  void TearDown() override { expectNothingLeft(); }
+};
+using Levels =
+    testing::Types<PipeLevel, GroupBucketLevel, GroupLevel, CopyLevel, FeatureBucketLevel>;
+TYPED_TEST_SUITE(UsageLevel, Levels);
+
+template <class Level>
+std::vector<typename Level::Key> keysOf(const typename Level::Parent& parent) {
+  std::vector<typename Level::Key> keys;
+  for (auto const& [key, child] : Level::all(parent)) {
+    EXPECT_EQ(Level::keyOf(*child), key);
+    keys.push_back(key);
+  }
+  return keys;
+}
+
+TYPED_TEST(UsageLevel, BeginsEmpty) {
+  auto const parent = TypeParam::make();
+  EXPECT_EQ(parent->useCount(), 1U);
+  EXPECT_EQ(TypeParam::all(*parent).size(), 0U);
+  EXPECT_TRUE(TypeParam::all(*parent).empty());
+  EXPECT_EQ(TypeParam::all(*parent).generation(), 1U);
+  EXPECT_EQ(TypeParam::get(*parent, 7), nullptr);
+  EXPECT_EQ(TypeParam::del(*parent, 7), nullptr);
+  EXPECT_EQ(TypeParam::delAt(*parent, TypeParam::all(*parent).begin()), nullptr);
+  EXPECT_EQ(TypeParam::all(*parent).generation(), 1U);
+  TypeParam::delAll(*parent);
+  EXPECT_EQ(TypeParam::all(*parent).generation(), 3U);
+}
+
+TYPED_TEST(UsageLevel, GivesTheChildThatIsThere) {
+  auto const parent = TypeParam::make();
+  auto const child = TypeParam::is(*parent, 3);
+  EXPECT_EQ(TypeParam::keyOf(*child), 3);
+  EXPECT_EQ(child->useCount(), 2U);
+  EXPECT_EQ(TypeParam::is(*parent, 3), child);
+  EXPECT_EQ(TypeParam::get(*parent, 3), child);
+  EXPECT_EQ(child->useCount(), 2U);
+  EXPECT_EQ(TypeParam::all(*parent).size(), 1U);
+  EXPECT_TRUE(TypeParam::all(*parent).has(3));
+  EXPECT_FALSE(TypeParam::all(*parent).has(4));
+  EXPECT_EQ(TypeParam::Child::memAllocationTracker_.liveObjects(), 1U);
+  EXPECT_EQ(TypeParam::Child::memAllocationTracker_.liveBytes(), sizeof(typename TypeParam::Child));
+}
+
+TYPED_TEST(UsageLevel, GivesWhatItRemoves) {
+  auto const parent = TypeParam::make();
+  TypeParam::is(*parent, 3);
+  TypeParam::is(*parent, 4);
+  EXPECT_EQ(TypeParam::del(*parent, 7), nullptr);
+  EXPECT_EQ(TypeParam::all(*parent).size(), 2U);
+  auto const removed = TypeParam::del(*parent, 3);
+  ASSERT_NE(removed, nullptr);
+  EXPECT_EQ(TypeParam::keyOf(*removed), 3);
+  EXPECT_EQ(removed->useCount(), 1U);
+  EXPECT_EQ(TypeParam::get(*parent, 3), nullptr);
+  EXPECT_NE(TypeParam::is(*parent, 3), removed);
+  EXPECT_EQ(TypeParam::all(*parent).generation(), 3U);
+}
+
+TYPED_TEST(UsageLevel, DeletesByIterator) {
+  using Key = typename TypeParam::Key;
+  auto const parent = TypeParam::make();
+  for (int key = 1; key <= 5; ++key) TypeParam::is(*parent, static_cast<Key>(key));
+  auto const& all = TypeParam::all(*parent);
+  EXPECT_EQ(TypeParam::delAt(*parent, all.end()), nullptr);
+  auto at = all.at(2);
+  EXPECT_EQ(at.generation(), 1U);
+  EXPECT_EQ(TypeParam::keyOf(*TypeParam::delAt(*parent, at)), 2);
+  ++at;
+  EXPECT_EQ(at.key(), 3);
+  EXPECT_EQ(at.value(), TypeParam::get(*parent, 3));
+  EXPECT_EQ(at.generation(), 3U);
+  // Stale: the key that it last held.
+  TypeParam::del(*parent, 1);
+  EXPECT_EQ(TypeParam::keyOf(*TypeParam::delAt(*parent, at)), 3);
+  EXPECT_EQ(TypeParam::delAt(*parent, at), nullptr);
+  EXPECT_EQ(all.generation(), 7U);
+  TypeParam::is(*parent, 3);
+  EXPECT_EQ(TypeParam::keyOf(*TypeParam::delAt(*parent, at)), 3);
+  EXPECT_EQ(keysOf<TypeParam>(*parent), (std::vector<Key>{4, 5}));
+  // Behind the last.
+  at = all.at(5);
+  ++at;
+  EXPECT_TRUE(at == all.end());
+  EXPECT_EQ(TypeParam::delAt(*parent, at), nullptr);
+}
+
+TYPED_TEST(UsageLevel, ChildrenOutliveTheirParent) {
+  auto parent = TypeParam::make();
+  auto const held = TypeParam::is(*parent, 1);
+  TypeParam::is(*parent, 2);
+  EXPECT_EQ(TypeParam::Child::memAllocationTracker_.liveObjects(), 2U);
+  parent.reset();
+  EXPECT_EQ(TypeParam::Child::memAllocationTracker_.liveObjects(), 1U);
+  EXPECT_EQ(held->useCount(), 1U);
+  EXPECT_EQ(TypeParam::keyOf(*held), 1);
+  EXPECT_FALSE(held->flag(Node::flagBeingDestroyed));
+}
+
+TYPED_TEST(UsageLevel, DoesAsTheModel) {
+  using Key = typename TypeParam::Key;
+  using Child = typename TypeParam::Child;
+  struct ModelIterator {
+    typename std::remove_cvref_t<decltype(TypeParam::all(*TypeParam::make()))>::iterator at;
+    Key key;
+    bool isAtEnd;
+  };
+  auto const parent = TypeParam::make();
+  auto const& all = TypeParam::all(*parent);
+  std::map<Key, Ptr<Child>> model;
+  std::vector<ModelIterator> iterators;
+  U32 generation = 1;
+  velmortest::Random random(3);
+  for (int step = 0; step < velmortest::manySteps / 2; ++step) {
+    // Keys on both sides of zero: of a signed number, and of the highest unsigned one.
+    Key const key = static_cast<Key>(random() % 64 - 32);
+    switch (random() % 8) {
+      case 0:
+      case 1:
+      case 2: {
+        auto const child = TypeParam::is(*parent, key);
+        auto const [present, isNew] = model.emplace(key, child);
+        ASSERT_EQ(present->second, child);
+        break;
+      }
+      case 3: {
+        auto const present = model.find(key);
+        auto const removed = TypeParam::del(*parent, key);
+        ASSERT_EQ(removed, present == model.end() ? Ptr<Child>() : present->second);
+        if (removed == nullptr) break;
+        model.erase(present);
+        generation += 2;
+        break;
+      }
+      case 4: {
+        if (iterators.size() > 8) iterators.erase(iterators.begin());
+        auto const present = model.find(key);
+        iterators.push_back({all.at(key), key, present == model.end()});
+        ASSERT_EQ(iterators.back().at == all.end(), present == model.end());
+        break;
+      }
+      case 5: {
+        if (iterators.empty()) break;
+        ModelIterator& it = iterators[random() % iterators.size()];
+        Ptr<Child> expected;
+        auto const present = model.find(it.key);
+        if (!it.isAtEnd && present != model.end()) {
+          expected = present->second;
+          model.erase(present);
+          generation += 2;
+        }
+        ASSERT_EQ(TypeParam::delAt(*parent, it.at), expected);
+        break;
+      }
+      case 6: {
+        if (iterators.empty()) break;
+        ModelIterator& it = iterators[random() % iterators.size()];
+        if (it.isAtEnd) break;
+        ++it.at;
+        auto const next = model.upper_bound(it.key);
+        it.isAtEnd = next == model.end();
+        ASSERT_EQ(it.at == all.end(), it.isAtEnd);
+        if (it.isAtEnd) break;
+        it.key = next->first;
+        ASSERT_EQ(it.at.key(), next->first);
+        ASSERT_EQ(it.at.value(), next->second);
+        break;
+      }
+      default: {
+        if (random() % 2048 == 0) {
+          TypeParam::delAll(*parent);
+          model.clear();
+          generation += 2;
+        }
+        auto const present = model.find(key);
+        ASSERT_EQ(TypeParam::get(*parent, key),
+                  present == model.end() ? Ptr<Child>() : present->second);
+      }
+    }
+    ASSERT_EQ(all.size(), model.size());
+    ASSERT_EQ(all.generation(), generation);
+    ASSERT_EQ(Child::memAllocationTracker_.liveObjects(), model.size());
+    if (step % 256 != 0) continue;
+    auto expected = model.begin();
+    for (auto const& [walked, child] : all) {
+      ASSERT_EQ(walked, expected->first);
+      ASSERT_EQ(child, expected->second);
+      ++expected;
+    }
+    ASSERT_TRUE(expected == model.end());
+  }
+}
+
+class UsageTree : public testing::Test {
+ protected:
+  void TearDown() override { expectNothingLeft(); }
+};
+
+TEST_F(UsageTree, PipesOrderAsSignedNumbersGroupsAsUnsigned) {
+  auto const stage = makePtr<Stage>(stageTypeLookup);
+  EXPECT_EQ(stage->stage(), stageTypeLookup);
+  for (S16 const id : {S16{2}, S16{-1}, S16{0}, S16{32767}, S16{-32768}}) stage->pipeInfoIs(id);
+  EXPECT_EQ(keysOf<PipeLevel>(*stage), (std::vector<S16>{-32768, -1, 0, 2, 32767}));
+  auto const bucket = makePtr<GroupBucket>(9U);
+  for (U32 const id : {0xFFFFFFFFU, 0U, 0x80000000U, 0x7FFFFFFFU}) bucket->groupInfoIs(id);
+  EXPECT_EQ(keysOf<GroupLevel>(*bucket), (std::vector<U32>{0, 0x7FFFFFFF, 0x80000000, 0xFFFFFFFF}));
+}
+
+TEST_F(UsageTree, ChipKeepsItsStages) {
+  auto const chip = makePtr<Chip>();
+  EXPECT_EQ(chip->stageInfo().size(), 0U);
+  chip->stageInfoDelAll();
+  EXPECT_EQ(chip->stageInfo(stageTypeIngress), nullptr);
+  EXPECT_EQ(chip->stageInfoDel(stageTypeIngress), nullptr);
+  auto const ingress = chip->stageInfoIs(stageTypeIngress);
+  EXPECT_EQ(ingress->stage(), stageTypeIngress);
+  EXPECT_EQ(ingress->useCount(), 2U);
+  EXPECT_EQ(chip->stageInfoIs(stageTypeIngress), ingress);
+  EXPECT_EQ(chip->stageInfo(stageTypeIngress), ingress);
+  chip->stageInfoIs(stageTypeEgress);
+  EXPECT_EQ(chip->stageInfo().size(), 2U);
+  std::vector<StageType> met;
+  for (Chip::HN_StageInfo const stage : chip->stageInfo()) {
+    EXPECT_EQ(stage.value->stage(), stage.key);
+    met.push_back(stage.key);
+  }
+  std::sort(met.begin(), met.end());
+  EXPECT_EQ(met, (std::vector<StageType>{stageTypeIngress, stageTypeEgress}));
+  EXPECT_EQ(chip->stageInfoDel(stageTypeIngress), ingress);
+  EXPECT_EQ(ingress->useCount(), 1U);
+  EXPECT_EQ(chip->stageInfo().size(), 1U);
+}
+
+TEST_F(UsageTree, ChipDoesAsTheModel) {
+  auto const chip = makePtr<Chip>();
+  std::map<StageType, Ptr<Stage>> model;
+  velmortest::Random random(3);
+  for (int step = 0; step < velmortest::manySteps / 4; ++step) {
+    auto const key = static_cast<StageType>(random() % 256);
+    auto const present = model.find(key);
+    auto expected = present == model.end() ? Ptr<Stage>() : present->second;
+    switch (random() % 4) {
+      case 0: {
+        auto const stage = chip->stageInfoIs(key);
+        if (expected != nullptr) {
+          ASSERT_EQ(stage, expected);
+        } else {
+          model[key] = stage;
+        }
+        break;
+      }
+      case 1:
+        ASSERT_EQ(chip->stageInfoDel(key), expected);
+        if (expected != nullptr) model.erase(present);
+        break;
+      case 2:
+        ASSERT_EQ(chip->stageInfo(key), expected);
+        break;
+      default:
+        if (random() % 4096 != 0) break;
+        chip->stageInfoDelAll();
+        model.clear();
+    }
+    expected.reset();
+    ASSERT_EQ(chip->stageInfo().size(), model.size());
+    ASSERT_EQ(Stage::memAllocationTracker_.liveObjects(), model.size());
+    if (step % 256 != 0) continue;
+    std::size_t met = 0;
+    for (auto const& [walked, stage] : chip->stageInfo()) {
+      ASSERT_EQ(model.at(walked), stage);
+      ++met;
+    }
+    ASSERT_EQ(met, model.size());
+  }
+}
+
+TEST_F(UsageTree, CopyKeepsThreeCounts) {
+  auto const copy = makePtr<Copy>(4U);
+  EXPECT_EQ(copy->copyId(), 4U);
+  EXPECT_EQ(copy->usedEntries(), 0U);
+  EXPECT_EQ(copy->freeEntries(), 0U);
+  EXPECT_EQ(copy->availableEntries(), 0U);
+  copy->usedEntriesIs(1);
+  copy->freeEntriesIs(2);
+  copy->availableEntriesIs(0xFFFFFFFF);
+  EXPECT_EQ(copy->usedEntries(), 1U);
+  EXPECT_EQ(copy->freeEntries(), 2U);
+  EXPECT_EQ(copy->availableEntries(), 0xFFFFFFFFU);
+}
+
+TEST_F(UsageTree, GettingAChildAgainResetsNothing) {
+  auto const group = makePtr<Group>(1U);
+  group->groupPerCopyInfoIs(0)->usedEntriesIs(5);
+  group->groupPerCopyInfoIs(0)->featurePrioBucketIs(9);
+  EXPECT_EQ(group->groupPerCopyInfoIs(0)->usedEntries(), 5U);
+  EXPECT_EQ(group->groupPerCopyInfoIs(0)->featurePrioBucket().size(), 1U);
+}
+
+TEST_F(UsageTree, QueueKeepsTheOrderOfArrival) {
+  auto const bucket = makePtr<Bucket>(7U);
+  EXPECT_EQ(bucket->featurePrio(), 7U);
+  EXPECT_EQ(bucket->featureInfoFront(), nullptr);
+  EXPECT_EQ(bucket->featureInfoBack(), nullptr);
+  EXPECT_EQ(bucket->featureInfoDeq(), nullptr);
+  Ptr<Feature> const features[] = {cliShowTcamUsageFeatureInfoFactory("c"),
+                                   cliShowTcamUsageFeatureInfoFactory("a"),
+                                   cliShowTcamUsageFeatureInfoFactory("b")};
+  for (auto const& feature : features) bucket->featureInfoEnq(feature);
+  EXPECT_EQ(features[0]->useCount(), 2U);
+  EXPECT_EQ(bucket->featureInfoFront(), features[0]);
+  EXPECT_EQ(bucket->featureInfoBack(), features[2]);
+  EXPECT_EQ(features[0]->useCount(), 2U);
+  for (auto const& feature : features) EXPECT_EQ(bucket->featureInfoDeq(), feature);
+  EXPECT_EQ(features[0]->useCount(), 1U);
+  EXPECT_EQ(bucket->featureInfoDeq(), nullptr);
+}
+
+TEST_F(UsageTree, QueueGrowsByBlocks) {
+  auto const bucket = makePtr<Bucket>(7U);
+  auto const feature = cliShowTcamUsageFeatureInfoFactory("a");
+  for (int i = 0; i < 5; ++i) bucket->featureInfoEnq(feature);
+  EXPECT_EQ(bucket->featureInfo().firstBlock()->capacity(), 4U);
+  EXPECT_EQ(bucket->featureInfo().firstBlock()->next()->capacity(), 8U);
+  EXPECT_EQ(bucket->featureInfo().size(), 5U);
+  EXPECT_EQ(feature->useCount(), 6U);
+  bucket->featureInfoDelAll();
+  EXPECT_EQ(feature->useCount(), 1U);
+  EXPECT_EQ(bucket->featureInfo().size(), 0U);
+  EXPECT_EQ(bucket->featureInfo().firstBlock(), nullptr);
+  EXPECT_EQ(Bucket::QE_FeatureInfo::memAllocationTracker_.liveObjects(), 0U);
+  bucket->featureInfoEnq(feature);
+  EXPECT_EQ(bucket->featureInfo().firstBlock()->capacity(), 4U);
+}
+
+TEST_F(UsageTree, QueueDoesAsTheModel) {
+  auto const bucket = makePtr<Bucket>(7U);
+  std::vector<Ptr<Feature>> features;
+  for (int i = 0; i < 50; ++i) features.push_back(cliShowTcamUsageFeatureInfoFactory("f"));
+  std::deque<Ptr<Feature>> model;
+  velmortest::Random random(5);
+  for (int step = 0; step < velmortest::manySteps; ++step) {
+    // Grows for a while, then shrinks for a while.
+    if (random() % 100 < (step / 20'000 % 2 == 0 ? 60U : 40U)) {
+      auto const& feature = features[random() % features.size()];
+      bucket->featureInfoEnq(feature);
+      model.push_back(feature);
+    } else {
+      Ptr<Feature> expected;
+      if (!model.empty()) {
+        expected = model.front();
+        model.pop_front();
+      }
+      ASSERT_EQ(bucket->featureInfoDeq(), expected);
+    }
+    if (random() % 200'000 == 0) {
+      bucket->featureInfoDelAll();
+      model.clear();
+    }
+    ASSERT_EQ(bucket->featureInfo().size(), model.size());
+    ASSERT_EQ(bucket->featureInfoFront(), model.empty() ? Ptr<Feature>() : model.front());
+    ASSERT_EQ(bucket->featureInfoBack(), model.empty() ? Ptr<Feature>() : model.back());
+    if (step % 4096 == 0) {
+      ASSERT_TRUE(std::equal(bucket->featureInfo().begin(), bucket->featureInfo().end(),
+                             model.begin(), model.end()));
+    }
+  }
+  std::map<Feature*, U32> queued;
+  for (auto const& feature : model) ++queued[feature.get()];
+  model.clear();
+  for (auto const& feature : features) {
+    EXPECT_EQ(feature->useCount(), 1 + queued[feature.get()]);
+  }
+}
+
+// Looks at the nodes above when it goes.
+class Watcher : public Feature {
+ public:
+  using Feature::Feature;
+  ~Watcher() override { onGone(); }
+  std::function<void()> onGone;
+};
+
+TEST_F(UsageTree, IsMarkedAndEmptiedFromTheTop) {
+  auto chip = makePtr<Chip>();
+  auto const stage = chip->stageInfoIs(stageTypeIngress).get();
+  auto const pipe = stage->pipeInfoIs(1).get();
+  auto const groupBucket = pipe->groupPrioBucketIs(2).get();
+  auto const group = groupBucket->groupInfoIs(3).get();
+  auto const copy = group->groupPerCopyInfoIs(4).get();
+  auto const bucket = copy->featurePrioBucketIs(5).get();
+  auto watcher = makePtr<Watcher>("watcher");
+  int gone = 0;
+  Chip* const root = chip.get();
+  watcher->onGone = [&] {
+    ++gone;
+    for (const Node* node :
+         std::initializer_list<const Node*>{root, stage, pipe, groupBucket, group, copy, bucket}) {
+      EXPECT_TRUE(node->flag(Node::flagBeingDestroyed));
+    }
+    EXPECT_TRUE(root->stageInfo().empty());
+    EXPECT_TRUE(stage->pipeInfo().empty());
+    EXPECT_TRUE(pipe->groupPrioBucket().empty());
+    EXPECT_TRUE(groupBucket->groupInfo().empty());
+    EXPECT_TRUE(group->groupPerCopyInfo().empty());
+    EXPECT_TRUE(copy->featurePrioBucket().empty());
+    EXPECT_TRUE(bucket->featureInfo().empty());
+  };
+  bucket->featureInfoEnq(watcher);
+  watcher.reset();
+  EXPECT_EQ(gone, 0);
+  chip.reset();
+  EXPECT_EQ(gone, 1);
+}
+
+TEST_F(UsageTree, RemovedGroupStaysUsable) {
+  auto const bucket = makePtr<GroupBucket>(1U);
+  auto feature = cliShowTcamUsageFeatureInfoFactory("acl");
+  bucket->groupInfoIs(7)->groupPerCopyInfoIs(0)->featurePrioBucketIs(1)->featureInfoEnq(feature);
+  auto group = bucket->groupInfoDel(7);
+  group->groupPerCopyInfoIs(1);
+  EXPECT_EQ(group->groupPerCopyInfo().size(), 2U);
+  EXPECT_EQ(feature->useCount(), 2U);
+  group.reset();
+  EXPECT_EQ(feature->useCount(), 1U);
+  EXPECT_EQ(Copy::memAllocationTracker_.liveObjects(), 0U);
+}
+
+template <class Class, class... Args>
+void expectDescribed(const char* name, Args... args) {
+  SCOPED_TRACE(name);
+  auto const node = makePtr<Class>(args...);
+  ASSERT_NE(node->typeData(), nullptr);
+  EXPECT_STREQ(node->typeData()->name, name);
+  EXPECT_EQ(node->typeData()->kind, Zel::TypeKind::node);
+  EXPECT_EQ(node->typeData()->base, nullptr);
+  EXPECT_EQ(node->typeData()->tracker, &Class::memAllocationTracker_);
+  EXPECT_EQ(Class::memAllocationTracker_.liveObjects(), 1U);
+  EXPECT_EQ(Class::memAllocationTracker_.liveBytes(), sizeof(Class));
+  EXPECT_STREQ(Class::memAllocationTracker_.typeName(), name);
+}
+
+TEST_F(UsageTree, EveryClassIsDescribedAndCounted) {
+  expectDescribed<Chip>("VelmorTcam::CliShowTcamUsageChipInfo");
+  expectDescribed<Stage>("VelmorTcam::CliShowTcamUsageStageInfo", stageTypeLookup);
+  expectDescribed<Pipe>("VelmorTcam::CliShowTcamUsagePipeInfo", S16{1});
+  expectDescribed<GroupBucket>("VelmorTcam::CliShowTcamUsageGroupPriorityBucket", 1U);
+  expectDescribed<Group>("VelmorTcam::CliShowTcamUsageGroupInfo", 1U);
+  expectDescribed<Copy>("VelmorTcam::CliShowTcamUsageGroupPerCopyInfo", 1U);
+  expectDescribed<Bucket>("VelmorTcam::CliShowTcamUsageFeaturePrioBucket", 1U);
+  expectDescribed<Feature>("VelmorTcam::CliShowTcamUsageFeatureInfo", "acl");
+  expectDescribed<CliShowTcamSummaryOrdered>("VelmorTcam::CliShowTcamSummaryOrdered");
+  expectDescribed<CliShowTcamSummaryGroupName>("VelmorTcam::CliShowTcamSummaryGroupName", "acl");
+}
+
+// A pointer to a virtual member function holds one more than its slot's offset in the table.
+template <class Member>
+std::size_t slotOf(Member member) {
+  std::ptrdiff_t words[2];
+  static_assert(sizeof member == sizeof words);
+  std::memcpy(words, &member, sizeof words);
+  return static_cast<std::size_t>(words[0] - 1) / sizeof(void*);
+}
+
+template <class Class>
+struct OneMore : Class {
+  virtual void oneMore() {}
+};
+
+template <class Class>
+void expectNodeSlots() {
+  // The destructor has the slots 0 and 1.
+  EXPECT_EQ(slotOf(&Class::lastUserGone), 2U);
+  EXPECT_EQ(slotOf(&Class::publisher), 3U);
+  EXPECT_EQ(slotOf(&Class::typeData), 4U);
+  EXPECT_EQ(slotOf(&OneMore<Class>::oneMore), 5U) << "the class adds virtual operations";
+}
+
+TEST_F(UsageTree, VirtualOperationsAreTheNodes) {
+  expectNodeSlots<Chip>();
+  expectNodeSlots<Stage>();
+  expectNodeSlots<Pipe>();
+  expectNodeSlots<GroupBucket>();
+  expectNodeSlots<Group>();
+  expectNodeSlots<Copy>();
+  expectNodeSlots<Bucket>();
+  expectNodeSlots<Feature>();
+  expectNodeSlots<CliShowTcamSummaryOrdered>();
+  expectNodeSlots<CliShowTcamSummaryGroupName>();
+}
+
+}  // namespace
+}  // namespace VelmorTcam
