@@ -8,6 +8,7 @@
 #include "Command.h"
 #include "ImportClassbench.h"
 #include "ImportOpenconfig.h"
+#include "Inspect.h"
 #include "LineReader.h"
 #include "ShowTable.h"
 #include "ShowUsage.h"
@@ -136,6 +137,28 @@ class SummaryCommand : public SnapshotCommand {
   void show(InputFile& file, OutputBuffer& out) override { showSummary(file, out); }
 };
 
+/// `inspect FILE`, `inspect --types`
+class InspectCommand : public Command {
+ public:
+  CLI::App* declare(CLI::App& app) override {
+    CLI::App* const command =
+        app.add_subcommand("inspect", "The usage tree and the summary, attribute by attribute");
+    command->add_flag("--types", types_, "The library's types in their place; reads no file");
+    declareFile(*command, file_);
+    return command;
+  }
+
+  void run(OutputBuffer& out) override {
+    if (types_) return inspectTypes(out);
+    InputFile file(file_);
+    inspect(file, out);
+  }
+
+ private:
+  bool types_ = false;
+  std::string file_;
+};
+
 }  // namespace
 
 std::vector<std::unique_ptr<Command>> allCommands() {
@@ -146,6 +169,7 @@ std::vector<std::unique_ptr<Command>> allCommands() {
   commands.push_back(std::make_unique<TableCommand>("tcam", "Every entry, in one line", showTcam));
   commands.push_back(std::make_unique<UsageCommand>());
   commands.push_back(std::make_unique<SummaryCommand>());
+  commands.push_back(std::make_unique<InspectCommand>());
   commands.push_back(std::make_unique<ImportCommand>(
       "classbench", "Filter sets of packet-classification research", importClassbench));
   commands.push_back(std::make_unique<ImportCommand>("openconfig", "ACL documents of OpenConfig",
