@@ -19,6 +19,9 @@ namespace VelmorTcam {
 /// the virtual operations is fixed: a subclass outside this library may have been compiled against
 /// an older header.
 ///
+/// The entry shadow that an operation is given must not be null. An operation that returns text
+/// throws std::bad_alloc when memory runs out, and holds no reference then.
+///
 /// An abstract operation that is called stops the process with an assertion: formatEntryRequest and
 /// formatEntryRequestJson on a class that does not supply them, handleInitialized on this class.
 ///

@@ -62,7 +62,8 @@ class VELMOR_PLATFORM_API QualifierStatus : public Halvo::Node {
   }
   /// The data under `type`, made if there is none.
   Halvo::Ptr<QualifierData> hwQualDataIs(QualifierType type);
-  /// Removes and returns the data under `type`; null when there is none.
+  /// Removes and returns the data under `type`; null when there is none. Say first, in the shadow,
+  /// that `type` is not programmed: see its contract.
   Halvo::Ptr<QualifierData> hwQualDataDel(QualifierType type);
   void hwQualDataDelAll() { hwQualData_.clear(); }
   const HwQualData& hwQualData() const noexcept { return hwQualData_; }
@@ -77,6 +78,8 @@ class VELMOR_PLATFORM_API QualifierStatus : public Halvo::Node {
 /// `qualifier` holds t and that status's `hwQualData` holds t. Readers do not test for it; to break
 /// it is a fault that stops the process on the spot. hwQualIs() fills all three places together,
 /// the data first.
+///
+/// What is not made when memory runs out (std::bad_alloc) leaves no trace: no key without a child.
 ///
 /// A shadow is written by one thread, and not while others read it. Any number of threads may read
 /// one together while Halvo::ThreadControl's switch is on: reading moves reference counts.
@@ -112,7 +115,7 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
     HwQualStatus const* const held = ownHwQualStatus_.find(qualifier);
     return held != nullptr ? *held : hwQualStatusInvalid;
   }
-  /// Sets that, and nothing else.
+  /// Sets that, and nothing else: hwQualStatusProgrammed only once the data is there.
   void hwQualStatusIs(QualifierType qualifier, QualifierType hwQualifier, HwQualStatus status);
 
   /// The status under `type`, or null.

@@ -1,7 +1,9 @@
 // pravo: the interface of a structured printer.
 #pragma once
 
+#include <concepts>
 #include <string_view>
+#include <type_traits>
 
 #include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
@@ -11,7 +13,8 @@ namespace pravo {
 using Halvo::S64;
 using Halvo::U64;
 
-/// What structured output is written to: a host implements it for JSON, say.
+/// What structured output is written to: a host implements it for JSON, say, by overriding the
+/// operations whose names begin with `print`; formatters call the others.
 ///
 /// A document is one object. Calls nest: every begin has its end, attributes and containers stand
 /// in the innermost open container. `name` is the member's name inside an object and is empty for
@@ -20,7 +23,7 @@ using Halvo::U64;
 /// of the caller; what they do is the implementation's. One thread at a time.
 ///
 ///     printer.objectBegin();
-///     printer.attribute("shadowId", U64{17});
+///     printer.attribute("shadowId", 17);
 ///     printer.arrayBegin("tables");
 ///     printer.attribute({}, "ip");
 ///     printer.arrayEnd();
@@ -34,21 +37,30 @@ class VELMOR_PLATFORM_API Printer {
   virtual void arrayBegin(std::string_view name = {}) = 0;
   virtual void arrayEnd() = 0;
 
-  virtual void attribute(std::string_view name, std::string_view text) = 0;
-  /// Numbers are exact to all 64 bits.
-  virtual void attribute(std::string_view name, U64 number) = 0;
-  virtual void attribute(std::string_view name, S64 number) = 0;
-  virtual void attribute(std::string_view name, bool value) = 0;
-
-  /// Text literals would convert to bool before they convert to a view.
-  void attribute(std::string_view name, const char* text) {
-    attribute(name, std::string_view(text));
+  void attribute(std::string_view name, std::string_view text) { printText(name, text); }
+  void attribute(std::string_view name, const char* text) { printText(name, text); }
+  /// Numbers of every width are exact.
+  template <std::integral Number>
+  void attribute(std::string_view name, Number value) {
+    if constexpr (std::is_same_v<Number, bool>) {
+      printBool(name, value);
+    } else if constexpr (std::is_signed_v<Number>) {
+      printSigned(name, value);
+    } else {
+      printUnsigned(name, value);
+    }
   }
 
  protected:
   Printer() = default;
   Printer(const Printer&) = default;
   Printer& operator=(const Printer&) = default;
+
+ private:
+  virtual void printText(std::string_view name, std::string_view text) = 0;
+  virtual void printUnsigned(std::string_view name, U64 number) = 0;
+  virtual void printSigned(std::string_view name, S64 number) = 0;
+  virtual void printBool(std::string_view name, bool value) = 0;
 };
 
 }  // namespace pravo

@@ -18,24 +18,34 @@ using Halvo::U8;
 
 /// What an entry can match on. The numbers are fixed; they rise in the alphabetical order of the
 /// names, and those that are not listed are not used here.
+///
+/// Each type takes one kind of record: a Qualifier, whose value and mask mean what stands here, an
+/// Ip6AddrQualifier or an EthAddrQualifier. A type that is given another kind reads as not set.
 enum QualifierType : U8 {
-  qualifierDSCP = 8,
-  qualifierDstIp = 15,
-  qualifierDstIp6 = 20,
-  qualifierDstIp6Alt = 25,  ///< stands in for qualifierDstIp6 where that one is not programmed
-  qualifierDstMac = 28,
-  qualifierEtherType = 36,
-  qualifierIp6HopLimit = 92,
-  qualifierIp6TrafficClass = 95,
+  qualifierDSCP = 8,          ///< Qualifier: the type-of-service byte
+  qualifierDstIp = 15,        ///< Qualifier: IPv4 address, first octet in the most significant byte
+  qualifierDstIp6 = 20,       ///< Ip6AddrQualifier
+  qualifierDstIp6Alt = 25,    ///< as qualifierDstIp6, stands in where that one is not programmed
+  qualifierDstMac = 28,       ///< EthAddrQualifier
+  qualifierEtherType = 36,    ///< Qualifier: ether type, 0x800 for IPv4
+  qualifierIp6HopLimit = 92,  ///< Qualifier: hop limit
+  qualifierIp6TrafficClass = 95,  ///< Qualifier: traffic class byte
+  /// Qualifier: 1 or 2, not a fragment; 3, a fragment; the mask is not shown.
   qualifierIpFrag = 97,
+  /// Qualifier: IP protocol number in the low 8 bits; the mask is not shown.
   qualifierIpProtocol = 101,
+  /// Qualifier: port in the low 16 bits of value and mask. For ICMP and ICMPv6 the low byte is the
+  /// code.
   qualifierL4DstPort = 116,
+  /// As the destination port. For ICMP and ICMPv6 the high byte (bits 8 to 15) is the type.
   qualifierL4SrcPort = 118,
-  qualifierOuterVlanId = 132,
-  qualifierSrcIp = 153,
-  qualifierSrcIp6 = 158,
-  qualifierSrcIp6Alt = 163,  ///< stands in for qualifierSrcIp6 where that one is not programmed
-  qualifierSrcMac = 164,
+  qualifierOuterVlanId = 132,  ///< Qualifier: VLAN id, 32 bits shown
+  qualifierSrcIp = 153,        ///< as qualifierDstIp
+  qualifierSrcIp6 = 158,       ///< as qualifierDstIp6
+  qualifierSrcIp6Alt = 163,    ///< as qualifierSrcIp6, stands in where that one is not programmed
+  qualifierSrcMac = 164,       ///< EthAddrQualifier
+  /// Qualifier: TCP flags in the low bits: 1 FIN, 2 SYN, 4 RST, 8 PSH, 16 ACK, 32 URG; the mask is
+  /// not shown.
   qualifierTcpControl = 182,
 };
 

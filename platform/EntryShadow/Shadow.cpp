@@ -8,10 +8,12 @@ constexpr U16 statusKey(QualifierType qualifier, QualifierType hwQualifier) {
   return static_cast<U16>(qualifier << 8 | hwQualifier);
 }
 
+// The child is made before its place, so that a failed allocation leaves no key without a child.
 template <class Child, class Map, class Key>
 Halvo::Ptr<Child> getOrMake(Map& map, Key key) {
-  Halvo::Ptr<Child>& child = map.getOrCreate(key);
-  if (child == nullptr) child = Halvo::makePtr<Child>();
+  if (Halvo::Ptr<Child> const* const held = map.find(key)) return *held;
+  Halvo::Ptr<Child> const child = Halvo::makePtr<Child>();
+  map.insert(key, child);
   return child;
 }
 

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <compare>
+#include <limits>
 
 #include "Halvo/Types.h"
 
@@ -14,8 +15,9 @@ namespace Halvo {
 class Duration {
  public:
   constexpr Duration() noexcept = default;
-  /// From seconds, which may be a fraction and negative.
-  constexpr Duration(double seconds) noexcept : nanoseconds_(static_cast<S64>(seconds * 1e9)) {}
+  /// From seconds, which may be a fraction and negative. What is beyond the range becomes the
+  /// longest time of that sign; not a number becomes 0.
+  constexpr Duration(double seconds) noexcept : nanoseconds_(fromSeconds(seconds)) {}
   template <class Rep, class Period>
   constexpr Duration(std::chrono::duration<Rep, Period> d) noexcept
       : nanoseconds_(std::chrono::duration_cast<std::chrono::nanoseconds>(d).count()) {}
@@ -28,6 +30,14 @@ class Duration {
   friend constexpr auto operator<=>(const Duration&, const Duration&) = default;
 
  private:
+  static constexpr S64 fromSeconds(double seconds) noexcept {
+    double const nanoseconds = seconds * 1e9;
+    if (nanoseconds != nanoseconds) return 0;
+    if (nanoseconds >= 9223372036854775808.0) return std::numeric_limits<S64>::max();
+    if (nanoseconds < -9223372036854775808.0) return std::numeric_limits<S64>::min();
+    return static_cast<S64>(nanoseconds);
+  }
+
   S64 nanoseconds_ = 0;
 };
 

@@ -16,8 +16,9 @@ namespace Halvo {
 /// Define one with static storage and `constinit`: it costs nothing at load. It enters the list of
 /// trackers when it first counts something, and stays there until unlist(); a library that may be
 /// unloaded unlists its trackers as it goes (ModuleInspectData does so for those that it is given).
-/// Counts are exact from one thread, and from many while ThreadControl's switch is on. Bytes are
-/// those that were asked for; the allocator may round them up.
+/// No count is lost from one thread, nor from many while ThreadControl's switch is on; live counts
+/// that are read while other threads allocate are of that moment, not exact. Bytes are those that
+/// were asked for; the allocator may round them up.
 ///
 ///     constinit Halvo::MemoryTracker tracker{"Agent::Flow"};
 ///     for (auto* t = Halvo::MemoryTracker::first(); t; t = t->next())
@@ -44,12 +45,8 @@ class VELMOR_PLATFORM_API MemoryTracker {
   const char* typeName() const noexcept { return typeName_; }
   U64 totalObjects() const noexcept { return allocatedObjects_.load(std::memory_order_relaxed); }
   U64 totalBytes() const noexcept { return allocatedBytes_.load(std::memory_order_relaxed); }
-  U64 liveObjects() const noexcept {
-    return totalObjects() - releasedObjects_.load(std::memory_order_relaxed);
-  }
-  U64 liveBytes() const noexcept {
-    return totalBytes() - releasedBytes_.load(std::memory_order_relaxed);
-  }
+  U64 liveObjects() const noexcept { return live(allocatedObjects_, releasedObjects_); }
+  U64 liveBytes() const noexcept { return live(allocatedBytes_, releasedBytes_); }
 
   /// The trackers that have counted something, the newest first. Safe beside trackers that enter;
   /// not beside unlist().
@@ -60,6 +57,14 @@ class VELMOR_PLATFORM_API MemoryTracker {
   void unlist() noexcept;
 
  private:
+  // The released ones first: beside threads that allocate, the difference then errs upwards. An
+  // object that is released between the two readings by a thread that this one does not wait for
+  // could still make it negative, which is told as none.
+  static U64 live(const std::atomic<U64>& allocated, const std::atomic<U64>& released) noexcept {
+    U64 const gone = released.load(std::memory_order_acquire);
+    U64 const all = allocated.load(std::memory_order_acquire);
+    return all >= gone ? all - gone : 0;
+  }
   void list() noexcept;
 
   const char* typeName_;

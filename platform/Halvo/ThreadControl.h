@@ -11,8 +11,8 @@ namespace Halvo {
 /// read-modify-write on any reference count.
 ///
 /// Turn it on before the second thread that touches a Node, a MemoryTracker or the slab allocator
-/// starts, and off only after all but one of those threads have been joined: it is a plain variable,
-/// which starting and joining a thread order. Reading it is safe from any thread.
+/// starts, and off only after all but one of those threads have been joined: it is a plain
+/// variable, which starting and joining a thread order. Reading it is safe from any thread.
 ///
 ///     Halvo::ThreadControl::threadSafeIs(true);
 ///     std::thread reader(walkShadows);

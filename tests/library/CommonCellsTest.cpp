@@ -137,7 +137,10 @@ TEST(IpLengthCellDeathTest, StopsOnAnEmptyFormatAndOnOneThatDoesNotFit) {
                "VelmorTcam::EntryRequestCliFormat::formatQualifierIpLength\\(const PtrConst&, "
                "const String&\\) const\n$");
   for (const char* bad : {"%d|", "%s%s", "none", "%", "%n"}) {
-    EXPECT_DEATH((void)format.formatQualifierIpLength(ShadowOf(), bad), "assertion failed: ");
+    EXPECT_DEATH((void)format.formatQualifierIpLength(ShadowOf(), bad),
+                 "^assertion failed: the format's conversions fit its arguments at "
+                 "platform/Zel/Format:0 in Halvo::String Zel::_fmt\\(RuntimeFormat, "
+                 "const Args&\\.\\.\\.\\)\n$");
   }
 }
 

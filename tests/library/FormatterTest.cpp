@@ -49,10 +49,10 @@ class NoPrinter : public pravo::Printer {
   void objectEnd() override {}
   void arrayBegin(std::string_view) override {}
   void arrayEnd() override {}
-  void attribute(std::string_view, std::string_view) override {}
-  void attribute(std::string_view, U64) override {}
-  void attribute(std::string_view, pravo::S64) override {}
-  void attribute(std::string_view, bool) override {}
+  void printText(std::string_view, std::string_view) override {}
+  void printUnsigned(std::string_view, U64) override {}
+  void printSigned(std::string_view, pravo::S64) override {}
+  void printBool(std::string_view, bool) override {}
 };
 
 TEST(Formatter, TreeStandsOnNode) {

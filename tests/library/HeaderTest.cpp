@@ -40,7 +40,11 @@ TEST(CliHeaderDeathTest, StopsBeforeTheTableIsFilled) {
 TEST(CliHeaderDeathTest, StopsForTypesWithoutATableAlsoAfterwards) {
   initializeCliHeaders();
   for (auto type : {cliHeaderTypeInvalid, cliHeaderTypeTcam, static_cast<CliHeaderType>(9)}) {
-    EXPECT_DEATH((void)getCliHeader(type), "VelmorTcamCliHelper:18 in ");
+    EXPECT_DEATH(
+        (void)getCliHeader(type),
+        "^assertion failed: cliHeaderMap.find\\( cliHeaderType \\) != cliHeaderMap.end\\(\\) at "
+        "VelmorTcamManagerBase/VelmorTcamCliHelper:18 in "
+        "Zel::String VelmorTcam::getCliHeader\\(VelmorTcam::CliHeaderType\\)\n$");
   }
 }
 

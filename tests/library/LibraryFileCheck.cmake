@@ -5,6 +5,21 @@ if(failed)
   return()
 endif()
 
+if(DEFINED INITIALIZERS)
+  # The platform: only so many units have something to construct.
+  execute_process(COMMAND ${NM} --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols)
+  string(REGEX MATCHALL "_GLOBAL__sub_I[^\n]*" initializers "${symbols}")
+  list(LENGTH initializers count)
+  if(NOT count EQUAL INITIALIZERS)
+    message(FATAL_ERROR "static initialisation in: ${initializers}")
+  endif()
+  execute_process(COMMAND ${READELF} --dyn-syms -W ${LIBRARY} OUTPUT_VARIABLE dynamic)
+  if(dynamic MATCHES "UNIQUE")
+    message(FATAL_ERROR "unique symbols:\n${dynamic}")
+  endif()
+  return()
+endif()
+
 # Two descriptors of 40 bytes, one section, writable by the loader that relocates it.
 if(NOT sections MATCHES "\\.corvex_logmsg +PROGBITS +[0-9a-f]+ +[0-9a-f]+ 000050 00 +WA")
   message(FATAL_ERROR "the log section is not one of 80 bytes:\n${sections}")

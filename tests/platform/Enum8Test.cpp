@@ -153,7 +153,8 @@ TEST(Enum8DeathTest, StopsOnATypeThatIsNoEnumeration) {
                "std::size_t\\)");
   EXPECT_DEATH(Zel::enum8FromNumber(module, 2, 0),
                "assertion failed: descriptor.kind == TypeKind::enumeration at "
-               "platform/Zel/Enum8:0 in const Zel::TypeDescriptor& Zel::enum8Descriptor");
+               "platform/Zel/Enum8:0 in const Zel::TypeDescriptor& Zel::enum8Descriptor\\("
+               "const Zel::TypeModule&, std::size_t\\)\n$");
 }
 
 TEST(CharRange, ReadsFromTheFront) {

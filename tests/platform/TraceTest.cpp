@@ -409,6 +409,13 @@ TEST(TraceEnvironment, IsReadByTheFirstHandleAlone) {
       testing::ExitedWithCode(0), "");
 }
 
+TEST(TraceDeathTest, StopsOnAHandleWithoutAName) {
+  const char* volatile name = nullptr;  // not to be seen through
+  EXPECT_DEATH(Zel::TraceHandle(name, false),
+               "^assertion failed: name != nullptr at platform/Zel/Trace:0 in "
+               "Zel::TraceHandle::TraceHandle\\(const char\\*, bool\\)\n$");
+}
+
 }  // namespace
 
 // Death tests start this program afresh, so that no handle of another test has read the

@@ -14,8 +14,8 @@ void printValueAndMask(const VelmorTcam::QualifierData& data, QualifierKind kind
   switch (kind) {
     case QualifierKind::word: {
       VelmorTcam::Qualifier const record = data.qual();
-      printer.attribute("value", U64{record.value()});
-      printer.attribute("mask", U64{record.mask()});
+      printer.attribute("value", record.value());
+      printer.attribute("mask", record.mask());
       return;
     }
     case QualifierKind::ip: {
@@ -50,7 +50,7 @@ void printQualifiers(const VelmorTcam::VelmorTcamEntryShadow& shadow, Printer& p
     if (!data) continue;
     printer.objectBegin(known.name);
     printValueAndMask(*data, known.kind, printer);
-    printer.attribute("status", U64{shadow.getHwQualStatus(type, type)});
+    printer.attribute("status", +shadow.getHwQualStatus(type, type));
     printer.objectEnd();
   }
 }
@@ -60,9 +60,9 @@ void printRangeCheckers(const VelmorTcam::VelmorTcamEntryShadow& shadow, Printer
     auto const range = shadow.rangeChecker(static_cast<VelmorTcam::RangeCheckerType>(known.type));
     if (!range) continue;
     printer.objectBegin(known.name);
-    printer.attribute("low", S64{range->low()});
-    printer.attribute("high", S64{range->high()});
-    printer.attribute("status", U64{range->status()});
+    printer.attribute("low", range->low());
+    printer.attribute("high", range->high());
+    printer.attribute("status", +range->status());
     printer.objectEnd();
   }
 }
@@ -83,19 +83,19 @@ void printEntry(const EntryLine& entry, const VelmorTcam::RequestKey& requestKey
   printer.objectBegin();
   printer.attribute("type", "entry");
   printer.attribute("stage", stageName(entry.place.stage).view());
-  printer.attribute("pipe", S64{entry.place.pipe});
-  printer.attribute("groupPriority", U64{entry.place.groupPriority});
-  printer.attribute("groupId", U64{entry.place.groupId});
-  printer.attribute("copyId", U64{entry.place.copyId});
+  printer.attribute("pipe", entry.place.pipe);
+  printer.attribute("groupPriority", entry.place.groupPriority);
+  printer.attribute("groupId", entry.place.groupId);
+  printer.attribute("copyId", entry.place.copyId);
   printer.attribute("table", tableName(entry.table));
-  printer.attribute("shadowId", U64{shadow.shadowId()});
-  printer.attribute("sequence", U64{ruleId.sequenceNum()});
-  printer.attribute("priority", U64{entry.priority});
+  printer.attribute("shadowId", shadow.shadowId());
+  printer.attribute("sequence", ruleId.sequenceNum());
+  printer.attribute("priority", entry.priority);
   printer.attribute("description", description.view());
   printer.attribute("action", entry.action);
   printer.attribute("hits", hits);
-  printer.attribute("counterStatus", U64{shadow.counterStatus()});
-  printer.attribute("featurePriority", U64{entry.featurePriority});
+  printer.attribute("counterStatus", shadow.counterStatus());
+  printer.attribute("featurePriority", entry.featurePriority);
   printer.attribute("feature", requestKey.name().view());
   printer.objectBegin("qualifiers");
   printQualifiers(shadow, printer);

@@ -8,8 +8,10 @@ namespace tcamshow {
 namespace {
 
 std::string located(const std::string& file, std::uint64_t line, const std::string& message) {
-  if (line == 0) return file + ": " + message;
-  return file + ":" + std::to_string(line) + ": " + message;
+  // A line break in a file's name must not break the message in two.
+  std::string const name = shown(file, file.size());
+  if (line == 0) return name + ": " + message;
+  return name + ":" + std::to_string(line) + ": " + message;
 }
 
 }  // namespace

@@ -4,22 +4,22 @@
 
 namespace tcamshow {
 
-void JsonPrinter::attribute(std::string_view name, std::string_view text) {
+void JsonPrinter::printText(std::string_view name, std::string_view text) {
   item(name);
   appendJsonString(line_, text);
 }
 
-void JsonPrinter::attribute(std::string_view name, pravo::U64 number) {
+void JsonPrinter::printUnsigned(std::string_view name, pravo::U64 number) {
   item(name);
   appendNumber(line_, number);
 }
 
-void JsonPrinter::attribute(std::string_view name, pravo::S64 number) {
+void JsonPrinter::printSigned(std::string_view name, pravo::S64 number) {
   item(name);
   appendNumber(line_, number);
 }
 
-void JsonPrinter::attribute(std::string_view name, bool value) {
+void JsonPrinter::printBool(std::string_view name, bool value) {
   item(name);
   line_ += value ? "true" : "false";
 }

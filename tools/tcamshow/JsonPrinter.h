@@ -14,12 +14,10 @@ namespace tcamshow {
 ///
 ///     JsonPrinter printer(out);
 ///     printer.objectBegin();
-///     printer.attribute("hits", U64{5});
+///     printer.attribute("hits", 5);
 ///     printer.objectEnd();                       // {"hits":5}
 class JsonPrinter : public pravo::Printer {
  public:
-  using Printer::attribute;
-
   /// `out` outlives the printer.
   explicit JsonPrinter(OutputBuffer& out) : out_(out) {}
 
@@ -28,12 +26,12 @@ class JsonPrinter : public pravo::Printer {
   void arrayBegin(std::string_view name = {}) override { begin(name, '['); }
   void arrayEnd() override { end(']'); }
 
-  void attribute(std::string_view name, std::string_view text) override;
-  void attribute(std::string_view name, pravo::U64 number) override;
-  void attribute(std::string_view name, pravo::S64 number) override;
-  void attribute(std::string_view name, bool value) override;
-
  private:
+  void printText(std::string_view name, std::string_view text) override;
+  void printUnsigned(std::string_view name, pravo::U64 number) override;
+  void printSigned(std::string_view name, pravo::S64 number) override;
+  void printBool(std::string_view name, bool value) override;
+
   void begin(std::string_view name, char bracket);
   void end(char bracket);
   void item(std::string_view name);
