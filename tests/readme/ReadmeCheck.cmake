@@ -1,11 +1,15 @@
-# Compares the blocks of README.md with what they quote.
+# Compares the blocks of README.md and docs/tcamshow.md with what they quote.
 file(READ ${SOURCE}/README.md readme)
+file(READ ${SOURCE}/docs/tcamshow.md manual)
 
-function(expect_block what text)
-  string(FIND "${readme}" "```${text}```" at)
+function(expect_block_in document what text)
+  string(FIND "${${document}}" "```${text}```" at)
   if(at EQUAL -1)
-    message(SEND_ERROR "README.md does not quote ${what}:\n${text}")
+    message(SEND_ERROR "the ${document} does not quote ${what}:\n${text}")
   endif()
+endfunction()
+function(expect_block what text)
+  expect_block_in(readme "${what}" "${text}")
 endfunction()
 
 execute_process(COMMAND ${TCAMSHOW} ip examples/acl.jsonl WORKING_DIRECTORY ${SOURCE}
@@ -15,3 +19,10 @@ file(READ ${SOURCE}/examples/formatter/main.cpp main)
 expect_block("the example" "cpp\n${main}")
 file(READ ${SOURCE}/examples/formatter/CMakeLists.txt project)
 expect_block("the example's project" "cmake\n${project}")
+
+foreach(command "ip6 examples/acl.jsonl | head -n 6" "mac examples/acl.jsonl"
+    "--json mac examples/acl.jsonl | head -n 2")
+  execute_process(COMMAND sh -c "\"$0\" ${command}" ${TCAMSHOW} WORKING_DIRECTORY ${SOURCE}
+    OUTPUT_VARIABLE table COMMAND_ERROR_IS_FATAL ANY)
+  expect_block_in(manual "${command}" "\n$ tcamshow ${command}\n${table}")
+endforeach()
