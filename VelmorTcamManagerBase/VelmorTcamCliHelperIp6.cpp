@@ -32,7 +32,7 @@ Halvo::String formatIp6(const VelmorTcamEntryShadow::PtrConst& entryShadow, Qual
   std::string_view const addressText(address, qual.address().write(address));
   if (length == 128) return Zel::_fmt("%39s|%13s|", addressText, "*");
   char prefix[24];  // more than a length takes: short texts are moved as words
-  auto const prefixEnd = std::to_chars(prefix, prefix + sizeof prefix, length).ptr;
+  const char* const prefixEnd = std::to_chars(prefix, prefix + sizeof prefix, length).ptr;
   return Zel::_fmt("%39s|%13s|", addressText, std::string_view(prefix, prefixEnd));
 }
 

@@ -6,9 +6,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <stdexcept>
 #include <string_view>
 #include <type_traits>
+
+#include "Zel/Assert.h"
 
 namespace tcamshow {
 
@@ -16,7 +17,7 @@ namespace tcamshow {
 /// are not copied.
 ///
 /// The hash reads a name's size and last eight bytes. A list of which two names agree in both does
-/// not compile or, where it is only known at run time, throws std::logic_error.
+/// not compile or, where it is only known at run time, stops the process.
 ///
 ///     constexpr NameTable stages({"lookup", "ingress", "egress"});
 ///     stages.find("egress")  // 2
@@ -26,7 +27,7 @@ class NameTable {
  public:
   static constexpr std::size_t none = count;
 
-  constexpr explicit NameTable(const std::string_view (&names)[count]) {
+  constexpr explicit NameTable(const std::string_view (&names)[count]) noexcept {
     for (std::size_t i = 0; i < count; ++i) {
       names_[i] = names[i];
       tails_[i] = tail(names[i]);
@@ -35,7 +36,9 @@ class NameTable {
     multiplier_ = 0x9E3779B97F4A7C15U;
     for (int attempt = 0; !placed(); multiplier_ = multiplier_ * 0xD1342543DE82EF95U + 2) {
       if (++attempt == 10000) {
-        throw std::logic_error("two names agree in size and last eight bytes");
+        Zel::assertionFailed({"two names agree in size and last eight bytes",
+                              "tools/tcamshow/NameTable", 0,
+                              "tcamshow::NameTable::NameTable(const std::string_view (&)[])"});
       }
     }
   }

@@ -1,9 +1,9 @@
 #include "Snapshot.h"
 
-#include <stdexcept>
 #include <utility>
 
 #include "NameTable.h"
+#include "Zel/Assert.h"
 
 namespace tcamshow {
 namespace {
@@ -36,7 +36,7 @@ template <class Row, std::size_t count>
 class Rows {
  public:
   template <class RowOf>
-  Rows(std::span<const Zel::EnumValue> values, RowOf rowOf)
+  Rows(std::span<const Zel::EnumValue> values, RowOf rowOf) noexcept
       : Rows(values, rowOf, std::make_index_sequence<count>()) {}
 
   const Row* byName(std::string_view name) const noexcept {
@@ -53,11 +53,14 @@ class Rows {
 
  private:
   template <class RowOf, std::size_t... indices>
-  Rows(std::span<const Zel::EnumValue> values, RowOf rowOf, std::index_sequence<indices...>)
+  Rows(std::span<const Zel::EnumValue> values, RowOf rowOf,
+       std::index_sequence<indices...>) noexcept
       : rows_{rowOf(checked(values)[indices], indices)...}, names_({rows_[indices].name...}) {}
 
-  static std::span<const Zel::EnumValue> checked(std::span<const Zel::EnumValue> values) {
-    if (values.size() != count) throw std::logic_error("the entry-shadow library has other types");
+  static std::span<const Zel::EnumValue> checked(std::span<const Zel::EnumValue> values) noexcept {
+    Zel::assertThat(values.size() == count,
+                    {"values.size() == count", "tools/tcamshow/Snapshot", 0,
+                     "tcamshow::Rows::checked(std::span<const Zel::EnumValue>)"});
     return values;
   }
 
@@ -66,13 +69,13 @@ class Rows {
 };
 
 const Rows<QualifierName, qualifierCount> qualifiers(
-    VelmorTcam::qualifierTypeValues(), [](const Zel::EnumValue& value, std::size_t index) {
+    VelmorTcam::qualifierTypeValues(), [](const Zel::EnumValue& value, std::size_t index) noexcept {
       return QualifierName{value.name, value.number, kindOf(value.number),
                            static_cast<std::uint8_t>(index)};
     });
 
 const Rows<RangeCheckerName, rangeCheckerCount> rangeCheckers(
-    VelmorTcam::rangeCheckerTypeValues(), [](const Zel::EnumValue& value, std::size_t) {
+    VelmorTcam::rangeCheckerTypeValues(), [](const Zel::EnumValue& value, std::size_t) noexcept {
       return RangeCheckerName{value.name, value.number};
     });
 
