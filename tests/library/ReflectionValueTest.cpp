@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "ReflectionFixture.h"
+#include "Zel/Record.h"
 
 namespace VelmorTcam {
 namespace {
@@ -133,7 +134,7 @@ TEST(ReflectionValue, EntriesReadBackWithAnyBytes) {
   std::mt19937 random(4711);
   const TypeDescriptor& type = Zel::typeOf<EntryInfo>();
   for (int round = 0; round < 2000; ++round) {
-    EntryInfo entry(random(), random());
+    EntryInfo entry(static_cast<U32>(random()), static_cast<U32>(random()));
     String description;
     for (auto left = random() % 90; left != 0; --left) description += static_cast<char>(random());
     entry.descriptionIs(description);

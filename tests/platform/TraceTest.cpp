@@ -409,7 +409,7 @@ TEST(TraceEnvironment, IsReadByTheFirstHandleAlone) {
       testing::ExitedWithCode(0), "");
 }
 
-TEST(TraceDeathTest, StopsOnAHandleWithoutAName) {
+TEST_F(TraceDeathTest, StopsOnAHandleWithoutAName) {
   const char* volatile name = nullptr;  // not to be seen through
   EXPECT_DEATH(Zel::TraceHandle(name, false),
                "^assertion failed: name != nullptr at platform/Zel/Trace:0 in "
