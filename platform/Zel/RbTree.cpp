@@ -420,6 +420,8 @@ void RbTree::leafSplit(Path& path, U64 hint, void* element) {
     fresh->elements()[0] = element;
     fresh->count = 1;
     freshIsLeft = true;
+    // The leaf's entries above may hold a hint as low as that of the element that goes before it.
+    minimumChanged(path, height_, leaf->hints()[0], leaf->elements()[0]);
   } else {
     constexpr U32 half = leafCapacity / 2;
     balance(*leaf, *fresh, half);

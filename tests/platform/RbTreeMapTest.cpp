@@ -137,6 +137,16 @@ TEST_F(RbTreeMapTest, OrdersStringsByTheirBytes) {
   EXPECT_FALSE(map.has("acl-ipv4-"));
 }
 
+TEST_F(RbTreeMapTest, FirstElementIsFoundWhereALowerOneWasRemoved) {
+  Set<U32> set;
+  for (U32 key = 0; key < 400; key += 2) set.insert(key);
+  set.del(0);
+  set.insert(3);  // the first leaf is full again
+  set.insert(1);
+  EXPECT_TRUE(set.has(1));
+  EXPECT_TRUE(set.isSound());
+}
+
 TEST_F(RbTreeMapTest, SetKeepsTheElementThatIsThere) {
   Set<Entry> set;
   EXPECT_TRUE(set.insert({10, 5, "a"}).second);
