@@ -12,7 +12,7 @@ constexpr U16 statusKey(QualifierType qualifier, QualifierType hwQualifier) {
 template <class Child, class Map, class Key>
 Halvo::Ptr<Child> getOrMake(Map& map, Key key) {
   if (Halvo::Ptr<Child> const* const held = map.find(key)) return *held;
-  Halvo::Ptr<Child> const child = Halvo::makePtr<Child>();
+  Halvo::Ptr<Child> child = Halvo::makePtr<Child>();
   map.insert(key, child);
   return child;
 }

@@ -107,7 +107,7 @@ struct Scalar {
   using Type = ReadType<Class, Read>;
   static void access(void* object, Op op, const Attribute& self, Arguments arguments,
                      Value& result) {
-    Class& target = objectOf<Class>(object);
+    auto& target = objectOf<Class>(object);
     if constexpr (!std::is_void_v<Write>) {
       if (op == Op::write) {
         expectCount(self, op, arguments, 1);
@@ -212,7 +212,7 @@ struct Map {
   using Key = typename Children::Key;
   static void access(void* object, Op op, const Attribute& self, Arguments arguments,
                      Value& result) {
-    Class& target = objectOf<Class>(object);
+    auto& target = objectOf<Class>(object);
     bool const takesKey = op == Op::createOrGet || op == Op::lookup || op == Op::del;
     expectCount(self, op, arguments, takesKey ? 1 : 0);
     switch (op) {
@@ -244,7 +244,7 @@ struct Set {
   using Element = typename ReadType<Class, Collection>::RecordType;
   static void access(void* object, Op op, const Attribute& self, Arguments arguments,
                      Value& result) {
-    Class& target = objectOf<Class>(object);
+    auto& target = objectOf<Class>(object);
     bool const takesElement = op == Op::has || op == Op::del;
     expectCount(self, op, arguments, op == Op::insert ? 2 : takesElement ? 1 : 0);
     switch (op) {
@@ -252,7 +252,7 @@ struct Set {
         result = Has{}(std::as_const(target), argument<Element>(self, op, arguments, 0));
         break;
       case Op::insert: {
-        const Element& element = argument<Element>(self, op, arguments, 0);
+        const auto& element = argument<Element>(self, op, arguments, 0);
         if (!argument<bool>(self, op, arguments, 1)) setFalse(self);
         Is{}(target, element);
         result.clear();
@@ -281,7 +281,7 @@ struct Queue {
   using Element = typename ReadType<Class, Collection>::value_type;
   static void access(void* object, Op op, const Attribute& self, Arguments arguments,
                      Value& result) {
-    Class& target = objectOf<Class>(object);
+    auto& target = objectOf<Class>(object);
     expectCount(self, op, arguments, op == Op::enqueue ? 1 : 0);
     switch (op) {
       case Op::enqueue:
@@ -359,7 +359,7 @@ struct Operation {
   using Called = Signature<decltype(function)>;
   static void access(void* object, Op op, const Attribute& self, Arguments arguments,
                      Value& result) {
-    Class& target = objectOf<Class>(object);
+    auto& target = objectOf<Class>(object);
     expectCount(self, op, arguments, Called::count);
     constexpr std::make_index_sequence<Called::count> indexes;
     if constexpr (std::is_void_v<typename Called::Result>) {
@@ -496,6 +496,7 @@ Halvo::Ptr<Halvo::Node> nodeCreate(std::span<const Value> arguments) {
 /// What can be done with values of T: made by the constructor that takes these types, compared with
 /// `==`, written and read in the record notation (Zel/Record.h). `hash` may be null.
 template <class T, class... Parameters>
+// NOLINTNEXTLINE(bugprone-exception-escape): it makes a table, and runs nothing of it
 constexpr ValueOperations valueOperations(
     std::size_t (*hash)(const void* value) = nullptr) noexcept {
   static_assert(std::is_nothrow_move_constructible_v<T> && alignof(T) <= 8);

@@ -95,7 +95,7 @@ char escaped(CharRange& in) {
       break;
     }
     default:
-      expected("one of \\\" \\\\ \\n \\r \\t \\xHH", in);
+      expected(R"(one of \" \\ \n \r \t \xHH)", in);
   }
   in = rest;
   return result;

@@ -40,7 +40,7 @@ const char* attributeKindName(AttributeKind kind) noexcept {
 }
 
 const TypeDescriptor* findType(std::string_view name) noexcept {
-  for (auto* module = Halvo::ModuleInspectData::first(); module != nullptr;
+  for (const auto* module = Halvo::ModuleInspectData::first(); module != nullptr;
        module = module->next()) {
     for (const TypeDescriptor* const type : module->module().types) {
       if (name == type->name) return type;

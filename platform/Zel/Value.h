@@ -65,10 +65,12 @@ class VELMOR_PLATFORM_API Value {
     cursor,
   };
 
+  // NOLINTNEXTLINE(modernize-use-equals-default): that would clear the storage
   Value() noexcept {}
   /// T is bool, an integer of a fixed width, Halvo::String, a described enumeration, a described
   /// value type, or a Halvo::Ptr to a node.
   template <class T>
+  // NOLINTNEXTLINE(bugprone-forwarding-reference-overload): not of a Value
   requires(!std::same_as<std::remove_cvref_t<T>, Value>) Value(T&& value) {
     put(std::forward<T>(value));
   }

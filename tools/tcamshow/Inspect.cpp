@@ -179,7 +179,7 @@ void inspect(InputFile& snapshot, OutputBuffer& out) {
 }
 
 void inspectTypes(OutputBuffer& out) {
-  for (auto* module = Halvo::ModuleInspectData::first(); module != nullptr;
+  for (const auto* module = Halvo::ModuleInspectData::first(); module != nullptr;
        module = module->next()) {
     if (module->module().name != std::string_view("VelmorTcamCliTypes")) continue;
     for (const TypeDescriptor* const type : module->module().types) showType(*type, out);
