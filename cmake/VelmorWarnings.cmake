@@ -8,3 +8,8 @@ target_compile_options(velmor_warnings INTERFACE
   # g++ 12 sees overlaps in std::string's own assignments that cannot be (its bug 105651).
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
   -Werror)
+if(VELMOR_SANITIZE)
+  # What the sanitizers put between the statements hides from g++ that a value is set.
+  target_compile_options(velmor_warnings INTERFACE
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
+endif()
