@@ -48,7 +48,8 @@ class VELMOR_PLATFORM_API String {
   String() noexcept { inlineSizeIs(0); }
   /// `text` must be NUL-terminated; null stops the process.
   String(const char* text) {
-    if (__builtin_constant_p(std::strlen(text)) != 0 && std::strlen(text) <= inlineCapacity) {
+    if (text != nullptr && __builtin_constant_p(std::strlen(text)) != 0 &&
+        std::strlen(text) <= inlineCapacity) {
       // A literal: the compiler makes these a few stores.
       inlineSizeIs(std::strlen(text));
       std::memcpy(inline_, text, std::strlen(text));
