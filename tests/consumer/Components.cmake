@@ -1,0 +1,32 @@
+# Installs the components one by one: each holds what belongs to it, and all of them are the whole.
+include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
+
+function(list_files directory variable)
+  file(GLOB_RECURSE files RELATIVE ${directory} ${directory}/*)
+  list(SORT files)
+  set(${variable} ${files} PARENT_SCOPE)
+endfunction()
+
+file(REMOVE_RECURSE ${WORK})
+set(all "")
+foreach(component runtime dev tool)
+  run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/${component} --component ${component})
+  list_files(${WORK}/${component} ${component})
+  list(APPEND all ${${component}})
+endforeach()
+list(SORT all)
+list_files(${INSTALLED} installed)
+expect_equal("the components together" "${all}" "${installed}")
+
+expect_equal("runtime" "${runtime}"
+  "${LIB}/libVelmorPlatform.so.${SOVERSION};${LIB}/libVelmorPlatform.so.${VERSION};${LIB}/libVelmorTcamCliHelper.so.${SOVERSION};${LIB}/libVelmorTcamCliHelper.so.${VERSION}")
+expect_equal("tool" "${tool}"
+  "${BIN}/tcamshow;share/bash-completion/completions/tcamshow;share/man/man1/tcamshow.1;share/zsh/site-functions/_tcamshow")
+foreach(file ${LIB}/libVelmorPlatform.so ${LIB}/libVelmorTcamCliHelper.so
+    ${LIB}/pkgconfig/velmor-platform.pc ${LIB}/pkgconfig/velmor-tcam-cli-helper.pc
+    ${LIB}/cmake/VelmorTcamCliHelper/VelmorTcamCliHelperConfig.cmake
+    include/velmor/Zel.h include/velmor/VelmorTcamManagerBase/VelmorTcamCliTypes.h)
+  if(NOT file IN_LIST dev)
+    message(SEND_ERROR "dev lacks ${file}")
+  endif()
+endforeach()

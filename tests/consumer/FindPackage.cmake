@@ -1,0 +1,10 @@
+# Builds the examples by find_package, and runs them.
+include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
+
+run(${CMAKE_COMMAND} -S ${SOURCE}/examples -B ${WORK} ${project_options}
+  -DCMAKE_PREFIX_PATH=${INSTALLED})
+run(${CMAKE_COMMAND} --build ${WORK})
+foreach(example dlopen formatter json usage)
+  run(${WORK}/${example}/${example} OUTPUT printed)
+  expect_output(${example} "${printed}" ${SOURCE}/examples/${example}/output.txt)
+endforeach()
