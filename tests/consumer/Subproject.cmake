@@ -2,7 +2,8 @@
 # the libraries are built once more.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
-file(REMOVE_RECURSE ${WORK}/prefix)
+# The objects of an earlier run serve again; what it configured does not.
+file(REMOVE_RECURSE ${WORK}/prefix ${WORK}/CMakeCache.txt)
 run(${CMAKE_COMMAND} -S ${SOURCE}/tests/consumer/subproject -B ${WORK} ${project_options}
   -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O0 -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
   -DVELMOR_SOURCE=${SOURCE} -DVELMOR_EXAMPLE=${SOURCE}/examples/formatter/main.cpp)
