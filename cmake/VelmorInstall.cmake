@@ -19,7 +19,9 @@ install(TARGETS VelmorPlatform VelmorTcamCliHelper EXPORT VelmorTcamCliHelperTar
 
 install(DIRECTORY platform/ DESTINATION ${velmor_include} COMPONENT dev
   FILES_MATCHING PATTERN "*.h"
-  # The libraries' own.
+  # The libraries' own; directories without a header.
+  PATTERN "platform/Sobrel" EXCLUDE
+  PATTERN "platform/pravo" EXCLUDE
   PATTERN "Trelix/ParseIp.h" EXCLUDE
   PATTERN "Trelix/TextOut.h" EXCLUDE
   PATTERN "Zel/FormatDigits.h" EXCLUDE
