@@ -13,8 +13,8 @@ set(velmor_runtime_package libvelmortcamclihelper${PROJECT_VERSION_MAJOR})
 set(velmor_dev_package libvelmortcamclihelper-dev)
 set(velmor_tool_package tcamshow)
 
-# velmor_gzipped(FILE NAME): a configured copy, compressed without time or name, so that the same sources
-# make the same package.
+# velmor_gzipped(FILE NAME): a configured copy, compressed without time or name, so that the same
+# sources make the same package.
 function(velmor_gzipped file name)
   configure_file(${file} ${PROJECT_BINARY_DIR}/debian/${name} @ONLY)
   execute_process(COMMAND gzip -9n --force --keep ${PROJECT_BINARY_DIR}/debian/${name}

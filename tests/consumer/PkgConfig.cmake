@@ -11,6 +11,7 @@ set(ENV{PKG_CONFIG_LIBDIR} ${INSTALLED}/${LIB}/pkgconfig)
 set(ENV{PKG_CONFIG_PATH} "")
 set(ENV{LD_LIBRARY_PATH} ${INSTALLED}/${LIB})
 
+separate_arguments(flags UNIX_COMMAND "${FLAGS}")
 file(REMOVE_RECURSE ${WORK})
 file(MAKE_DIRECTORY ${WORK})
 foreach(pair formatter=velmor-tcam-cli-helper dlopen=velmor-platform)
@@ -32,7 +33,7 @@ foreach(pair formatter=velmor-tcam-cli-helper dlopen=velmor-platform)
       endif()
     endif()
   endforeach()
-  run(${COMPILER} -std=c++20 ${FLAGS} ${SOURCE}/examples/${example}/main.cpp
+  run(${COMPILER} -std=c++20 ${flags} ${SOURCE}/examples/${example}/main.cpp
     -o ${WORK}/${example} ${options})
   run(${WORK}/${example} OUTPUT printed)
   expect_output(${example} "${printed}" ${SOURCE}/examples/${example}/output.txt)

@@ -33,5 +33,5 @@ function(expect_equal what got expected)
 endfunction()
 
 # How a project is configured that is to use this build.
-set(project_options -G ${GENERATOR} -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_CXX_FLAGS=${FLAGS}
+set(project_options -G ${GENERATOR} -DCMAKE_CXX_COMPILER=${COMPILER} "-DCMAKE_CXX_FLAGS=${FLAGS}"
   -DCMAKE_BUILD_TYPE=${BUILD_TYPE})
