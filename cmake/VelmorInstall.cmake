@@ -11,8 +11,6 @@ set(velmor_package ${CMAKE_INSTALL_LIBDIR}/cmake/VelmorTcamCliHelper)
 
 set_target_properties(VelmorPlatform PROPERTIES EXPORT_NAME Platform)
 set_target_properties(VelmorTcamCliHelper PROPERTIES EXPORT_NAME TcamCliHelper)
-# The libraries find each other wherever the whole is moved to.
-set_target_properties(VelmorPlatform VelmorTcamCliHelper PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS VelmorPlatform VelmorTcamCliHelper EXPORT VelmorTcamCliHelperTargets
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT dev
   INCLUDES DESTINATION ${velmor_include})

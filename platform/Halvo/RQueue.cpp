@@ -34,7 +34,9 @@ RQueueBlock::~RQueueBlock() {
 U32 RQueueBase::nextCapacity() const noexcept {
   U32 const count = size();
   if (count >= RQueueBlock::largest) return RQueueBlock::largest;
-  return std::clamp(std::bit_ceil(count + 1), RQueueBlock::smallest, RQueueBlock::largest);
+  // Copies: a reference to the header's constants would make each library export them.
+  return std::clamp(std::bit_ceil(count + 1), U32{RQueueBlock::smallest},
+                    U32{RQueueBlock::largest});
 }
 
 RQueueBlock* RQueueBase::blockNew(U32 capacity, std::size_t slotSize,

@@ -251,7 +251,7 @@ constexpr Value::Kind Value::kindOf() noexcept {
 }
 
 template <class T>
-void Value::put(T&& value) {
+inline void Value::put(T&& value) {
   using Plain = std::remove_cvref_t<T>;
   constexpr Kind kind = kindOf<Plain>();
   if constexpr (kind < Kind::enumeration) {
@@ -271,7 +271,7 @@ void Value::put(T&& value) {
 }
 
 template <class T>
-bool Value::is() const noexcept {
+inline bool Value::is() const noexcept {
   constexpr Kind kind = kindOf<T>();
   if constexpr (kind == Kind::node || kind == Kind::constNode) {
     if (kind_ != Kind::node && (kind != Kind::constNode || kind_ != Kind::constNode)) return false;
@@ -285,7 +285,7 @@ bool Value::is() const noexcept {
 }
 
 template <class T>
-decltype(auto) Value::get() const {
+inline decltype(auto) Value::get() const {
   constexpr Kind kind = kindOf<T>();
   if constexpr (kind == Kind::boolean) {
     return storage_.number != 0;
@@ -303,7 +303,7 @@ decltype(auto) Value::get() const {
 }
 
 template <class T>
-const TypeDescriptor* Value::expectedType() noexcept {
+inline const TypeDescriptor* Value::expectedType() noexcept {
   if constexpr (PtrTo<T>::is) {
     using Element = std::remove_const_t<typename PtrTo<T>::Element>;
     if constexpr (Described<Element>) return &typeOf<Element>();
