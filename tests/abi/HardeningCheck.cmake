@@ -1,0 +1,58 @@
+# Looks at how a library or program may be attacked:
+#
+#   cmake -DFILE=... -DREADELF=... [-DOPTIONS=stack_protector,fortify,rpath] -P HardeningCheck.cmake
+#
+# OPTIONS: what is to be seen beside what is so in every build. rpath: there is none but $ORIGIN.
+function(read what output)
+  execute_process(COMMAND ${READELF} -W ${what} ${FILE} OUTPUT_VARIABLE text
+    RESULT_VARIABLE failed ERROR_VARIABLE errors)
+  if(failed)
+    message(FATAL_ERROR "readelf ${what} ${FILE}: ${errors}")
+  endif()
+  set(${output} "${text}" PARENT_SCOPE)
+endfunction()
+if(NOT READELF)
+  message("skipped: no readelf")
+  return()
+endif()
+read(-h header)
+read(-l segments)
+read(-d dynamic)
+read(--dyn-syms symbols)
+
+if(NOT header MATCHES "Type: +DYN")
+  message(FATAL_ERROR "loaded at a fixed address:\n${header}")
+endif()
+if(NOT segments MATCHES "GNU_STACK[ x0-9a-f]+ RW ")
+  message(FATAL_ERROR "the stack may be executed:\n${segments}")
+endif()
+if(segments MATCHES " RWE ")
+  message(FATAL_ERROR "a segment may be written and executed:\n${segments}")
+endif()
+if(NOT segments MATCHES "GNU_RELRO")
+  message(FATAL_ERROR "what the loader relocates stays writable:\n${segments}")
+endif()
+if(NOT dynamic MATCHES "\\(FLAGS\\)[^\n]*BIND_NOW" OR NOT dynamic MATCHES "\\(FLAGS_1\\)[^\n]*NOW")
+  message(FATAL_ERROR "functions are bound on their first call, so their addresses stay writable:\n"
+    "${dynamic}")
+endif()
+if(dynamic MATCHES "TEXTREL")
+  message(FATAL_ERROR "code is relocated:\n${dynamic}")
+endif()
+# A unique symbol would keep a library mapped after dlclose.
+if(symbols MATCHES " UNIQUE ")
+  message(FATAL_ERROR "unique symbols:\n${symbols}")
+endif()
+
+if(OPTIONS MATCHES "rpath")
+  string(REGEX MATCHALL "\\((RPATH|RUNPATH)\\)[^\n]*" paths "${dynamic}")
+  if(NOT "${paths}" MATCHES "^(\\(RUNPATH\\) +Library runpath: \\[\\$ORIGIN\\])?$")
+    message(FATAL_ERROR "looks for libraries elsewhere than beside itself: ${paths}")
+  endif()
+endif()
+if(OPTIONS MATCHES "stack_protector" AND NOT symbols MATCHES " UND __stack_chk_fail@")
+  message(FATAL_ERROR "no function looks after its stack frame:\n${symbols}")
+endif()
+if(OPTIONS MATCHES "fortify" AND NOT symbols MATCHES " UND __[a-z]+_chk@")
+  message(FATAL_ERROR "no call of the C library is checked:\n${symbols}")
+endif()
