@@ -217,4 +217,12 @@ void slabTrim() noexcept {
   for (SizeClass& sizeClass : heap.classes) releaseSpare(sizeClass);
 }
 
+namespace {
+
+// The spare slabs do not outlive the library. Not an object's destructor: registering one would be
+// code at load. Objects may still come and go after it.
+[[gnu::destructor]] void returnSpareSlabs() { slabTrim(); }
+
+}  // namespace
+
 }  // namespace Sobrel

@@ -27,15 +27,54 @@ endif()
 execute_process(COMMAND ${READELF} -rW ${LIBRARY} OUTPUT_VARIABLE relocations)
 string(REGEX MATCH "\\.corvex_logmsg +PROGBITS +([0-9a-f]+)" unused "${sections}")
 math(EXPR begin "0x${CMAKE_MATCH_1}")
+# The pointers' targets stand in the file: the relocation's addend is the text's address.
+string(REGEX MATCH "\\.rodata +PROGBITS +([0-9a-f]+) +([0-9a-f]+)" unused "${sections}")
+math(EXPR rodata "0x${CMAKE_MATCH_1} - 0x${CMAKE_MATCH_2}")
+string(ASCII 1 one)
+string(ASCII 2 two)
+set(expected_texts
+  "VELMOR_UNEXPECTED_RESTART"
+  "Unexpected restart of Velmor agent %s occurred"
+  "Unexpected restart of the Velmor agent occurred."
+  "${two}"
+  "severity"
+  "VELMOR_CONFIG_CHANGE"
+  "Configuration change requires the Velmor agent %s to restart"
+  "Configuration change requires the switch ASIC to be reconfigured, requiring the Velmor agent to restart."
+  "${one}"
+  "severity")
 foreach(word RANGE 9)
   math(EXPR address "${begin} + 8 * ${word}" OUTPUT_FORMAT HEXADECIMAL)
   string(REPLACE "0x" "" digits ${address})
   math(EXPR field "${word} % 5")
-  string(REGEX MATCH "\n0*${digits} +[0-9a-f]+ +R_X86_64_(RELATIVE|64)" relocated "${relocations}")
+  string(REGEX MATCH "\n0*${digits} +[0-9a-f]+ +R_X86_64_(RELATIVE|64) +([0-9a-f]+)" relocated
+    "${relocations}")
   if(field EQUAL 4 AND relocated)
     message(FATAL_ERROR "the severity at ${address} is relocated")
-  elseif(NOT field EQUAL 4 AND NOT relocated)
+  elseif(field EQUAL 4)
+    continue()
+  elseif(NOT relocated)
     message(FATAL_ERROR "the pointer at ${address} is not relocated")
+  endif()
+  math(EXPR offset "0x${CMAKE_MATCH_2} - ${rodata}")
+  list(GET expected_texts ${word} expected)
+  string(LENGTH "${expected}" length)
+  math(EXPR length "${length} + 1")
+  string(HEX "${expected}" expected_bytes)
+  file(READ ${LIBRARY} bytes OFFSET ${offset} LIMIT ${length} HEX)
+  if(NOT bytes STREQUAL "${expected_bytes}00")
+    message(FATAL_ERROR "the pointer at ${address} is to ${bytes}, not to \"${expected}\"")
+  endif()
+endforeach()
+execute_process(COMMAND ${READELF} -x .corvex_logmsg ${LIBRARY} OUTPUT_VARIABLE bytes)
+string(REGEX MATCHALL "\n +0x[0-9a-f]+ ([0-9a-f]+ ?)+" rows "${bytes}")
+string(REGEX REPLACE "\n +0x[0-9a-f]+ " "" bytes "${rows}")
+string(REGEX REPLACE "[^0-9a-f]" "" bytes "${bytes}")
+foreach(severity 3 6)
+  math(EXPR at "2 * (32 + 40 * (${severity} / 6))")
+  string(SUBSTRING "${bytes}" ${at} 16 word)
+  if(NOT word STREQUAL "0${severity}00000000000000")
+    message(FATAL_ERROR "the severity is ${word} in place of ${severity}: ${bytes}")
   endif()
 endforeach()
 
