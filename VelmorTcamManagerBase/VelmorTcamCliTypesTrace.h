@@ -5,11 +5,18 @@
 
 namespace VelmorTcam {
 
+#if defined(__clang__)
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wexit-time-destructors"
+#endif
 /// Made on first use. Hidden, so that it dies with this library and no other binds to it.
 inline Zel::TraceHandle& traceHandle() {
   static Zel::TraceHandle handle("VelmorTcamCliTypes", false);
   return handle;
 }
+#if defined(__clang__)
+#pragma clang diagnostic pop
+#endif
 
 }  // namespace VelmorTcam
 

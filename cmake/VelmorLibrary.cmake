@@ -3,7 +3,10 @@ function(velmor_library target version_script)
   set(script ${CMAKE_CURRENT_SOURCE_DIR}/${version_script})
   target_compile_features(${target} PUBLIC cxx_std_20)
   # Calls between its own exported functions need no detour through the dynamic linker.
-  target_compile_options(${target} PRIVATE -fno-semantic-interposition)
+  target_compile_options(${target} PRIVATE -fno-semantic-interposition
+    # Nothing runs as a library is loaded, but in the sources of velmor_runs_at_load.
+    $<$<CXX_COMPILER_ID:Clang>:-Wglobal-constructors>
+    $<$<CXX_COMPILER_ID:Clang>:-Wexit-time-destructors>)
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:velmor_warnings>)
   target_link_options(${target} PRIVATE -Wl,--version-script=${script})
   set_target_properties(${target} PROPERTIES
@@ -11,4 +14,12 @@ function(velmor_library target version_script)
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
     # Installed as it is.
     BUILD_WITH_INSTALL_RPATH ON)
+endfunction()
+
+# velmor_runs_at_load(SOURCE...): those that construct objects as their library is loaded. The test
+# LoadTime.WhatIsConstructedIsKnown lists the objects.
+function(velmor_runs_at_load)
+  set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-global-constructors>
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-exit-time-destructors>)
 endfunction()
