@@ -142,8 +142,9 @@ constexpr Number numberOf(const Directive& directive, U64 bits) {
 /// Appends a cell of any size.
 VELMOR_PLATFORM_API void appendCell(Halvo::String& out, Cell cell, std::string_view text);
 
-/// The sides are moved whole, so a cell may touch so many bytes behind its own.
-inline constexpr std::size_t cellSlack = sizeof(Cell::after) - 1;
+/// The sides are moved whole, so a cell may touch so many bytes behind its own. They must end
+/// before the last byte of a string, which holds its state.
+inline constexpr std::size_t cellSlack = sizeof(Cell::after);
 
 /// The bytes between the sides of a cell whose body has `size` bytes.
 constexpr std::size_t fieldSize(Cell cell, std::size_t size) {
