@@ -59,8 +59,10 @@ std::ostream& writeTo(std::ostream& out, const Address& address) {
   throw Zel::ParseError(Zel::quotedForMessage(text) + " is not " + kind + ": " + reason);
 }
 
-/// Spreads a 64-bit number over a hash's bits.
+/// Spreads a 64-bit number over a hash's bits. Its high half is folded in first: the product takes
+/// no bit further down.
 constexpr std::size_t hashOf(U64 number) noexcept {
+  number ^= number >> 32;
   number *= 0x9E3779B97F4A7C15U;
   return number ^ (number >> 32);
 }
