@@ -19,6 +19,112 @@ const Zel::TypeModule& libraryModule() {
   return none;
 }
 
+TEST(Reflection, OperationsAndKindsHaveNames) {
+  std::vector<std::string> operations;
+  for (unsigned op = 0; op <= Zel::opCount; ++op) {
+    operations.emplace_back(Zel::opName(static_cast<Op>(op)));
+  }
+  EXPECT_EQ(operations,
+            (std::vector<std::string>{"read", "write", "createOrGet", "lookup", "has", "insert",
+                                      "del", "delAll", "count", "iterate", "enqueue", "dequeue",
+                                      "front", "back", "invoke", "unknown"}));
+  std::vector<std::string> kinds;
+  for (unsigned kind = 0; kind < 9; ++kind) {
+    kinds.emplace_back(Zel::attributeKindName(static_cast<Zel::AttributeKind>(kind)));
+  }
+  EXPECT_EQ(kinds,
+            (std::vector<std::string>{"key", "read-only", "read/write", "ordered map", "hash map",
+                                      "entry set", "queue", "operation", "unknown"}));
+}
+
+TEST(Reflection, SaysWhichArgumentsAreWrong) {
+  auto const format = Halvo::makePtr<CliFormat>();
+  const Attribute& initialized = *Zel::findAttribute(typeNamed("CliFormat"), "initialized");
+  const std::string name = "VelmorTcam::CliFormat::initialized: ";
+  struct Row {
+    Op op;
+    std::vector<Value> arguments;
+    const char* message;
+  } const rows[] = {
+      {Op::write, {}, "write takes 1 argument, not 0"},
+      {Op::write, {Value(true), Value(true)}, "write takes 1 argument, not 2"},
+      {Op::read, {Value(true)}, "read takes 0 arguments, not 1"},
+      {Op::write, {Value(U32{1})}, "argument 1 of write must be of type bool, not U32"},
+      {Op::write, {Value()}, "argument 1 of write must be of type bool, not nothing"},
+      {Op::write, {Value(Ptr<Node>())}, "argument 1 of write must be of type bool, not null"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.message);
+    Value result;
+    EXPECT_EQ(
+        errorOf<Zel::ArgumentError>([&] {
+          static_cast<void>(Zel::attributeOp(*format, initialized, row.op, row.arguments, result));
+        }),
+        name + row.message);
+  }
+}
+
+TEST(Reflection, TrackersAreNamedForWhatTheyCount) {
+  int nodes = 0;
+  for (auto* module = Halvo::ModuleInspectData::first(); module != nullptr;
+       module = module->next()) {
+    for (const TypeDescriptor* type : module->module().types) {
+      if (type->tracker == nullptr) continue;
+      EXPECT_STREQ(type->tracker->typeName(), type->name);
+      ++nodes;
+    }
+  }
+  EXPECT_EQ(nodes, 16 + 3);
+  std::vector<std::string> names;
+  for (auto* tracker : libraryModule().trackers) names.emplace_back(tracker->typeName());
+  EXPECT_EQ(names, (std::vector<std::string>{
+                       "VelmorTcam::CliShowTcamSummaryGroupName::QE_TcamSummaryGroupName",
+                       "VelmorTcam::CliShowTcamSummaryOrdered::TN_TcamSummary",
+                       "VelmorTcam::CliShowTcamUsageFeatureInfo::TN_EntrySet",
+                       "VelmorTcam::CliShowTcamUsageFeaturePrioBucket::QE_FeatureInfo",
+                       "VelmorTcam::CliShowTcamUsageGroupInfo::TN_GroupPerCopyInfo",
+                       "VelmorTcam::CliShowTcamUsageGroupPerCopyInfo::TN_FeaturePrioBucket",
+                       "VelmorTcam::CliShowTcamUsageGroupPriorityBucket::TN_GroupInfo",
+                       "VelmorTcam::CliShowTcamUsagePipeInfo::TN_GroupPrioBucket",
+                       "VelmorTcam::CliShowTcamUsageStageInfo::TN_PipeInfo"}));
+}
+
+TEST(Reflection, NodesOfAShadowKnowTheirClass) {
+  auto const shadow = Halvo::makePtr<VelmorTcamEntryShadow>(U64{1});
+  auto const status = shadow->qualifierIs(qualifierDSCP);
+  auto const data = status->hwQualDataIs(qualifierDSCP);
+  struct Row {
+    Ptr<const Node> node;
+    const TypeDescriptor& type;
+    const char* name;
+  } const rows[] = {
+      {shadow, Zel::typeOf<VelmorTcamEntryShadow>(), "VelmorTcam::VelmorTcamEntryShadow"},
+      {status, Zel::typeOf<QualifierStatus>(), "VelmorTcam::QualifierStatus"},
+      {data, Zel::typeOf<QualifierData>(), "VelmorTcam::QualifierData"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(row.node->typeData(), &row.type);
+    EXPECT_STREQ(row.type.name, row.name);
+    EXPECT_EQ(row.type.create, nullptr);
+  }
+}
+
+TEST(Reflection, TheShadowsModuleHasTheseTypes) {
+  std::vector<std::string> names;
+  for (auto* module = Halvo::ModuleInspectData::first(); module != nullptr;
+       module = module->next()) {
+    if (std::string(module->module().name) != "VelmorTcamEntryShadow") continue;
+    for (const TypeDescriptor* type : module->module().types) names.emplace_back(type->name);
+  }
+  EXPECT_EQ(names,
+            (std::vector<std::string>{"VelmorTcam::QualifierType", "VelmorTcam::RangeCheckerType",
+                                      "VelmorTcam::HwQualStatus", "VelmorTcam::StageType",
+                                      "VelmorTcam::QualifierData", "VelmorTcam::QualifierStatus",
+                                      "VelmorTcam::VelmorTcamEntryShadow", "VelmorTcam::RequestKey",
+                                      "VelmorTcam::RuleId", "VelmorTcam::TcamGroupId"}));
+}
+
 TEST(Reflection, TheModuleIsRegisteredOnceWithTheseTypes) {
   std::vector<std::string> names;
   int modules = 0;

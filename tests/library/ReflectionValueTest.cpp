@@ -128,6 +128,12 @@ TEST(ReflectionValue, TextsReadBackAsTheyWere) {
     SCOPED_TRACE(row.text);
     EXPECT_THROW(static_cast<void>(Value::fromText(*row.sample.type(), row.text)), Zel::ParseError);
   }
+  try {
+    static_cast<void>(Value::fromText(Zel::typeOf<CliFormat>(), ""));
+    ADD_FAILURE() << "nothing thrown";
+  } catch (const Zel::ParseError& error) {
+    EXPECT_STREQ(error.what(), "VelmorTcam::CliFormat: has no text form");
+  }
 }
 
 TEST(ReflectionValue, EntriesReadBackWithAnyBytes) {
@@ -247,6 +253,11 @@ TEST(ReflectionValue, TypesWithoutHashSaySo) {
               expected);
   }
   EXPECT_EQ(Value(RuleId(7)).hash(), Value(RuleId(7)).hash());
+  EXPECT_NE(Value(RuleId(7)).hash(), Value(RuleId(8)).hash());
+  EXPECT_EQ(Value(RequestKey("a")).hash(), Value(RequestKey("a")).hash());
+  EXPECT_NE(Value(RequestKey("a")).hash(), Value(RequestKey("b")).hash());
+  EXPECT_EQ(Value(TcamGroupId(7)).hash(), Value(TcamGroupId(7)).hash());
+  EXPECT_NE(Value(TcamGroupId(7)).hash(), Value(TcamGroupId(8)).hash());
   EXPECT_EQ(Value(String("a")).hash(), Value(String("a")).hash());
   EXPECT_NE(Value(String("a")).hash(), Value(String("b")).hash());
 }

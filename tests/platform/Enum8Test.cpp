@@ -99,6 +99,13 @@ TEST(Enum8, SaysWhatIsWrong) {
               Zel::enum8FromSequence(in, module, 0);
             }),
             "Paint::Colour: expected a name at '=7'");
+  // A message quotes 64 bytes, and says when there were more.
+  EXPECT_EQ(whatOf<Zel::ParseError>([] { Zel::enum8FromName(module, 1, std::string(64, 'x')); }),
+            "Field: no value is named '" + std::string(64, 'x') + "'");
+  EXPECT_EQ(whatOf<Zel::ParseError>([] { Zel::enum8FromName(module, 1, std::string(65, 'x')); }),
+            "Field: no value is named '" + std::string(64, 'x') + "'...");
+  EXPECT_EQ(whatOf<Zel::ParseError>([] { Zel::enum8FromName(module, 0, "\x1f ~\x7f\x80\t\r"); }),
+            "Paint::Colour: no value is named '\\x1f ~\\x7f\x80\\t\\r'");
 }
 
 TEST(Enum8, GivesANamelessNumberItsTypeAndNumber) {
@@ -155,6 +162,11 @@ TEST(Enum8DeathTest, StopsOnATypeThatIsNoEnumeration) {
                "assertion failed: descriptor.kind == TypeKind::enumeration at "
                "platform/Zel/Enum8:0 in const Zel::TypeDescriptor& Zel::enum8Descriptor\\("
                "const Zel::TypeModule&, std::size_t\\)\n$");
+  constexpr const char* ofDescriptor =
+      "^assertion failed: type.kind == TypeKind::enumeration at platform/Zel/Enum8:0 in "
+      "const Zel::TypeDescriptor& Zel::enum8Descriptor\\(const Zel::TypeDescriptor&\\)\n$";
+  EXPECT_DEATH(Zel::enum8FromName(record, "x"), ofDescriptor);
+  EXPECT_DEATH((void)Zel::enum8StringValue(record, 0), ofDescriptor);
 }
 
 TEST(CharRange, ReadsFromTheFront) {

@@ -106,6 +106,17 @@ TEST(Node, TrackerCountsObjectsAndBytesOfTheClassAndWhatDerivesFromIt) {
   EXPECT_TRUE(listed);
 }
 
+// Before any test turns it on.
+bool const threadSafeAtStart = Halvo::ThreadControl::threadSafe();
+
+TEST(ThreadControl, IsOffUntilTheProgramTurnsItOn) {
+  EXPECT_FALSE(threadSafeAtStart);
+  Halvo::ThreadControl::threadSafeIs(true);
+  EXPECT_TRUE(Halvo::ThreadControl::threadSafe());
+  Halvo::ThreadControl::threadSafeIs(false);
+  EXPECT_FALSE(Halvo::ThreadControl::threadSafe());
+}
+
 TEST(Node, CountsAreExactFromManyThreadsWhileTheSwitchIsOn) {
   Halvo::ThreadControl::threadSafeIs(true);
   int ended = 0;

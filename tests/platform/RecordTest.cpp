@@ -155,6 +155,25 @@ TEST(Record, FailedReaderLeavesTheValue) {
   EXPECT_EQ(text, "before");
 }
 
+TEST(Record, ReadsNoFurtherThanTheRange) {
+  using namespace std::string_view_literals;
+  for (std::string_view const text :
+       {"\"\\x4|1\""sv, "\"\\x|41\""sv, "\"\\|n\""sv, "\"|a\""sv, "\"a|\""sv, "|\"a\""sv}) {
+    SCOPED_TRACE(text);
+    // The range ends at the bar; what would complete the string stands behind it.
+    std::size_t const size = text.find('|');
+    std::string all(text);
+    all.erase(size, 1);
+    Zel::CharRange in(std::string_view(all).substr(0, size));
+    String value("before");
+    EXPECT_THROW(Zel::sequenceToValue(in, &value), Zel::ParseError);
+    EXPECT_EQ(value, "before");
+    Zel::CharRange whole(all);
+    Zel::sequenceToValue(whole, &value);
+    EXPECT_TRUE(whole.empty());
+  }
+}
+
 TEST(Record, StepsMakeARecord) {
   String text;
   Zel::serAttrPre(text, "Agent::Flow", "id", U32{7});

@@ -41,6 +41,18 @@ TEST(String, HoldsNulBytesAndOrdersByUnsignedBytes) {
   EXPECT_LT(String("Z"), String("a"));
 }
 
+TEST(String, IsEmptyAfterClearAndTakesTextAgain) {
+  for (std::size_t size : {0U, 1U, 63U, 64U, 500U}) {
+    SCOPED_TRACE(size);
+    String text(size, 'x');
+    text.clear();
+    EXPECT_TRUE(text.empty());
+    EXPECT_STREQ(text.c_str(), "");
+    text += "again";
+    EXPECT_EQ(text, "again");
+  }
+}
+
 TEST(String, AppendsPartsOfItself) {
   String text("0123456789");
   for (int i = 0; i < 6; ++i) text += text;
@@ -130,6 +142,18 @@ TEST(String, RefusesWhatIsTooLong) {
   String text("kept");
   EXPECT_THROW(text.reserve(String::npos), std::length_error);
   EXPECT_THROW((void)text.appendUninitialized(String::npos - 1), std::length_error);
+  try {
+    text.reserve(String::maxSize() + 1);
+    ADD_FAILURE() << "nothing thrown";
+  } catch (const std::length_error& error) {
+    EXPECT_STREQ(error.what(), "Halvo::String: too long");
+  }
+  try {
+    (void)text.appendUninitialized(String::maxSize() - 3);
+    ADD_FAILURE() << "nothing thrown";
+  } catch (const std::length_error& error) {
+    EXPECT_STREQ(error.what(), "Halvo::String: too long");
+  }
   EXPECT_THROW((void)text.substr(5), std::out_of_range);
   EXPECT_EQ(text, "kept");
 }

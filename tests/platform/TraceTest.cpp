@@ -12,6 +12,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <limits>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -217,6 +218,18 @@ TEST_F(Trace, StreamsPiecesOfEveryKind) {
       stream.text(),
       "ab\0cdef|truefalse|200|-1|18446744073709551615|-9223372036854775808|-5|7|2.5|1e+300|0xabc|"
       "(null)|dark|10.0.0.1"sv);
+}
+
+enum class Silent : U8 { one };
+Halvo::String stringValue(Silent) { throw std::bad_alloc(); }
+struct Mute {
+  Halvo::String stringValue() const { throw std::bad_alloc(); }
+};
+
+TEST_F(Trace, GoesOnWhereAPieceHasNoText) {
+  Zel::TraceStream stream;
+  stream << "a" << Silent::one << "b" << Mute() << "c";
+  EXPECT_EQ(stream.text(), "a(no text)b(no text)c");
 }
 
 TEST_F(Trace, KeepsARecordOnOneLine) {
