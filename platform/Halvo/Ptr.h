@@ -54,6 +54,7 @@ class Ptr {
     return *this;
   }
   Ptr& operator=(Ptr&& other) noexcept {
+    // cppcheck-suppress accessMoved  // that is a new object
     Ptr(std::move(other)).swap(*this);
     return *this;
   }

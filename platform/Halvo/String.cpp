@@ -22,7 +22,9 @@ char* allocate(std::size_t capacity) { return static_cast<char*>(::operator new(
 void String::fromText(const char* text) {
   Zel::assertThat(text != nullptr, nullText);
   inlineSizeIs(0);
+  // cppcheck-suppress nullPointerRedundantCheck  // the assertion does not return
   std::size_t const size = std::strlen(text);
+  // cppcheck-suppress nullPointerRedundantCheck  // the assertion does not return
   std::memcpy(appendUninitialized(size), text, size);
 }
 

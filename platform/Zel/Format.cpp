@@ -31,6 +31,7 @@ struct Cursor {
 /// only counted.
 class Overflow {
  public:
+  // cppcheck-suppress uninitMemberVar  // most texts never need the buffer
   explicit Overflow(char* begin) noexcept : begin_(begin) {}
   Overflow(const Overflow&) = delete;
   Overflow& operator=(const Overflow&) = delete;

@@ -95,12 +95,12 @@ consteval ArgKind kindOf() {
   } else if constexpr (isSizedText<T>) {
     return ArgKind::text;
   } else if constexpr (std::is_same_v<Decayed, char*> || std::is_same_v<Decayed, const char*>) {
-    return std::is_array_v<T> ? ArgKind::array : ArgKind::cString;
+    return (std::is_array_v<T>) ? ArgKind::array : ArgKind::cString;
   } else if constexpr (std::is_null_pointer_v<T>) {
     return ArgKind::pointer;
   } else if constexpr (std::is_pointer_v<Decayed>) {
-    return std::is_function_v<std::remove_pointer_t<Decayed>> ? ArgKind::unsupported
-                                                              : ArgKind::pointer;
+    return (std::is_function_v<std::remove_pointer_t<Decayed>>) ? ArgKind::unsupported
+                                                                : ArgKind::pointer;
   } else {
     return ArgKind::unsupported;
   }
@@ -211,6 +211,7 @@ class FormatString {
   consteval FormatString(const T& literal) {
     std::string_view text = literal;
     // An array is taken whole, so that a NUL within a literal cannot silently end the format.
+    // cppcheck-suppress compareBoolExpressionWithInt  // nothing is compared
     if constexpr (std::is_array_v<T>) text = {literal, std::extent_v<T> - 1};
     read(text);
   }
@@ -341,6 +342,7 @@ template <class... Args>
 ///
 ///     Zel::_fmt(Zel::runtimeFormat(format), text)
 template <class... Args>
+// cppcheck-suppress passedByValue  // two registers
 Halvo::String _fmt(RuntimeFormat format, const Args&... args) {
   FormatDetail::ArgArray<sizeof...(Args)> const erased = {FormatDetail::argOf(args)...};
   FormatDetail::KindArray<sizeof...(Args)> const kinds = {FormatDetail::kindOf<Args>()...};
@@ -349,6 +351,7 @@ Halvo::String _fmt(RuntimeFormat format, const Args&... args) {
 
 /// As the other _fmtAppend, for a format known only at run time; `format` may refer to `out`.
 template <class... Args>
+// cppcheck-suppress passedByValue  // two registers
 void _fmtAppend(Halvo::String& out, RuntimeFormat format, const Args&... args) {
   FormatDetail::ArgArray<sizeof...(Args)> const erased = {FormatDetail::argOf(args)...};
   FormatDetail::KindArray<sizeof...(Args)> const kinds = {FormatDetail::kindOf<Args>()...};

@@ -114,7 +114,8 @@ class HashMap2018 {
   /// A copy of the value of `key`; V{} when the map has none.
   V get(const K& key) const {
     const V* const value = found(key);
-    return value == nullptr ? V{} : *value;
+    if (value == nullptr) return V{};
+    return *value;
   }
   bool has(const K& key) const noexcept { return found(key) != nullptr; }
 
@@ -153,7 +154,8 @@ class HashMap2018 {
   /// Removes the element and gives its value; V{} when there is none.
   V take(const K& key) {
     U32 const index = indexOf(key);
-    return index == none ? V{} : removeAt(index);
+    if (index == none) return V{};
+    return removeAt(index);
   }
   /// Removes all and frees the table.
   void clear() noexcept {
@@ -500,7 +502,7 @@ class HashMap2018 {
       copy.table_ = groupTable(other.head().detail);
     }
     for (U32 index = other.occupiedFrom(0); index != none; index = other.occupiedFrom(index + 1)) {
-      copy.place(*other.keyAt(index), V(*other.valueAt(index)));
+      copy.place(*other.keyAt(index), V{*other.valueAt(index)});
     }
     contentsSwap(copy);
   }

@@ -409,7 +409,8 @@ class RbTreeMap : public impl::RbTreeOf<K, impl::RbTreeMapElement<K, V>, Tag, Le
   /// A copy of the value of `key`; V{} when the map has none.
   V get(const K& key) const {
     Element* const element = this->found(key);
-    return element == nullptr ? V{} : element->value;
+    if (element == nullptr) return V{};
+    return element->value;
   }
 
   /// Adds the element unless the key is there; then the present value stays and `value` is dropped.
@@ -451,7 +452,8 @@ class RbTreeMap : public impl::RbTreeOf<K, impl::RbTreeMapElement<K, V>, Tag, Le
   }
   static V valueTaken(Element* element) {
     typename Base::Holder const gone(element);
-    return element == nullptr ? V{} : std::move(element->value);
+    if (element == nullptr) return V{};
+    return std::move(element->value);
   }
 };
 

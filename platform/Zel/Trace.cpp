@@ -50,6 +50,7 @@ Setting& settingOf(std::string_view name) {
     setting = new Setting{.name = std::string(name), .next = settings};
     settings = setting;
   }
+  // cppcheck-suppress nullPointerRedundantCheck  // it was made
   return *setting;
 }
 

@@ -88,6 +88,7 @@ concept Described = requires(TypeTag<T> tag) {
 /// The descriptor of T.
 template <class T>
 const TypeDescriptor& typeOf() noexcept {
+  // cppcheck-suppress returnTempReference  // the descriptor is not the tag
   return typeDescriptor(TypeTag<T>{});
 }
 

@@ -243,7 +243,7 @@ constexpr Value::Kind Value::kindOf() noexcept {
   } else if constexpr (PtrTo<T>::is) {
     using Element = typename PtrTo<T>::Element;
     if constexpr (std::same_as<Element, Cursor>) return Kind::cursor;
-    return std::is_const_v<Element> ? Kind::constNode : Kind::node;
+    return (std::is_const_v<Element>) ? Kind::constNode : Kind::node;
   } else {
     static_assert(std::is_class_v<T>, "no attribute is of this type");
     return Kind::record;
