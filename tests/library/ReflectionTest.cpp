@@ -64,6 +64,41 @@ TEST(Reflection, SaysWhichArgumentsAreWrong) {
   }
 }
 
+TEST(Reflection, ReadsAConstantObjectByAttribute) {
+  auto const format = Halvo::makePtr<CliFormat>();
+  const Node& constant = *format;
+  const Attribute& initialized = *Zel::findAttribute(typeNamed("CliFormat"), "initialized");
+  const Attribute& foreign =
+      *Zel::findAttribute(typeNamed("CliShowTcamUsageChipInfo"), "stageInfo");
+  Value const yes(true);
+  Value result;
+  EXPECT_EQ(Zel::attributeOp(constant, initialized, Op::read, {}, result), OpResult::done);
+  EXPECT_EQ(result, Value(false));
+  EXPECT_EQ(Zel::attributeOp(constant, initialized, Op::write, {&yes, 1}, result),
+            OpResult::notSupported);
+  EXPECT_EQ(Zel::attributeOp(constant, foreign, Op::count, {}, result), OpResult::notSupported);
+}
+
+TEST(Reflection, HashesAValueByItsDescriptor) {
+  RuleId const rule(7);
+  EXPECT_EQ(Zel::valueHash(Zel::typeOf<RuleId>(), &rule), Value(rule).hash());
+  U32 const number = 7;
+  EXPECT_EQ(errorOf<Zel::NonHashableTypeError>(
+                [&] { static_cast<void>(Zel::valueHash(Zel::typeOf<U32>(), &number)); }),
+            "U32: the type is not hashable");
+}
+
+TEST(Reflection, ACursorIsNoOtherValue) {
+  auto const chip = Halvo::makePtr<CliShowTcamUsageChipInfo>();
+  U32 const number = Zel::findAttribute(typeNamed("CliShowTcamUsageChipInfo"), "stageInfo")->number;
+  Value const cursor = call(*chip, number, Op::iterate);
+  EXPECT_EQ(errorOf<Zel::ArgumentError>([&] { static_cast<void>(cursor.as<U32>()); }),
+            "expected U32, not a cursor");
+  EXPECT_EQ(cursor.type(), nullptr);
+  EXPECT_EQ(cursor.text(), "");
+  EXPECT_EQ(cursor, Value(cursor));
+}
+
 TEST(Reflection, TrackersAreNamedForWhatTheyCount) {
   int nodes = 0;
   for (auto* module = Halvo::ModuleInspectData::first(); module != nullptr;

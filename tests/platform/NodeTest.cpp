@@ -88,6 +88,11 @@ TEST(Node, AssignmentPutsTheNewValueInPlaceFirst) {
   EXPECT_TRUE(sawNew);
 }
 
+TEST(Node, HasNoTypeWhereItsClassIsNotDescribed) {
+  Ptr<Node> const node = makePtr<Record>();
+  EXPECT_EQ(node->typeData(), nullptr);
+}
+
 TEST(Node, TrackerCountsObjectsAndBytesOfTheClassAndWhatDerivesFromIt) {
   auto const& tracker = Record::memAllocationTracker_;
   auto const total = tracker.totalObjects();

@@ -479,6 +479,14 @@ TEST(NetU16, RefusesWhatIsNoNumberOf16Bits) {
   }
 }
 
+TEST(NetU16, HasATextAsOneItem) {
+  EXPECT_EQ(NetU16::tryParse("65535"), NetU16(65535));
+  EXPECT_EQ(NetU16(443).stringValue(), "443");
+  std::ostringstream out;
+  out << std::setw(6) << NetU16(80) << '|';
+  EXPECT_EQ(out.str(), "    80|");
+}
+
 TEST(NetU16, HashesByValue) {
   std::unordered_set<std::size_t> hashes;
   for (U32 number = 0; number < 0x10000; ++number) {
