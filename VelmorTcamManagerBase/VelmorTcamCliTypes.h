@@ -1,4 +1,6 @@
 // Every class, enumeration and value type of the module: what a CLI includes.
+//
+// Threads: each part says for itself.
 #pragma once
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesDisplayStrings.h"

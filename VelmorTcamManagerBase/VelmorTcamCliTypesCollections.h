@@ -30,7 +30,8 @@ namespace VelmorTcam {
 /// key that it last held, and a removal by iterator goes by that key once another removal came
 /// between. value() and `*` are for as long as the iterator's own child is in the collection.
 ///
-/// One thread at a time; any number may read while nobody changes.
+/// Threads: one at a time; any number may read while nobody changes, and while
+/// Halvo::ThreadControl's switch is on: get() moves reference counts.
 template <class Owner, class K, class Child, class Tag>
 class ChildMap {
   using Map = Zel::RbTreeMap<K, Halvo::Ptr<Child>, Tag>;
@@ -109,6 +110,8 @@ class ChildMap {
 ///
 /// Invariant and rules as ChildMap's; iterators are the hash map's constant ones, which a change
 /// may make stale.
+///
+/// Threads: as ChildMap.
 template <class Owner, class K, class Child>
 class ChildHashMap {
   using Map = Zel::HashMap2018<K, Halvo::Ptr<Child>>;
@@ -149,6 +152,8 @@ class ChildHashMap {
 /// Invariant: no two records are equal. Two generations, both odd and both from 1, go up by 2 with
 /// each record removed and each delete-all, that of an empty set also. Iterators as ChildMap's.
 /// Only `Owner` changes it.
+///
+/// Threads: as ChildMap.
 template <class Owner, class Record, class Tag>
 class RecordSet {
   using Set = Zel::RbTreeSet<Record, Tag>;

@@ -1,4 +1,6 @@
 // The texts of the usage display, which the generic formatter shares.
+//
+// Threads: constants; safe from any thread.
 #pragma once
 
 #include "Halvo/String.h"

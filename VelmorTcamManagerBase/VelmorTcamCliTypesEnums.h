@@ -1,4 +1,6 @@
 // The module's enumerations: which table, and which kind of show output.
+//
+// Threads: constants and pure functions; safe from any thread.
 #pragma once
 
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"

@@ -23,6 +23,9 @@ using Halvo::U64;
 /// Invariant: priority and id are the record's identity and do not change but by assignment of a
 /// whole record. Description and hits take no part in equality or order. A plain value.
 ///
+/// Threads: distinct entries may be used from distinct threads, and one that nobody changes from
+/// any.
+///
 ///     CliShowTcamUsageEntryInfo entry(10, 5);
 ///     entry.descriptionIs("permit ip any any");
 ///     entry.hitsIs(3);
@@ -88,8 +91,9 @@ namespace VelmorTcam {
 /// name is fixed at construction.
 ///
 /// Lives by reference count; its memory is the slab allocator's, and each object is counted in
-/// memAllocationTracker_. Its destructor sets flagBeingDestroyed, then empties the set. One thread
-/// at a time.
+/// memAllocationTracker_. Its destructor sets flagBeingDestroyed, then empties the set.
+///
+/// Threads: as CliShowTcamUsageChipInfo.
 ///
 ///     auto feature = cliShowTcamUsageFeatureInfoFactory("acl");
 ///     feature->entrySetIs(entry);

@@ -14,10 +14,12 @@ namespace VelmorTcam {
 
 /// The root of the formatters: a contract, not a fallback.
 ///
-/// A formatter has no state but its two attributes; its const operations may run on any number of
-/// threads over shadows that nobody writes (with Halvo::ThreadControl's switch on). The order of
-/// the virtual operations is fixed: a subclass outside this library may have been compiled against
-/// an older header.
+/// A formatter has no state but its two attributes. The order of the virtual operations is fixed: a
+/// subclass outside this library may have been compiled against an older header.
+///
+/// Threads: the const operations of this class and of those derived from it here may run on any
+/// number together, over shadows that nobody writes, while Halvo::ThreadControl's switch is on.
+/// initializedIs() is for one, before the others begin.
 ///
 /// The entry shadow that an operation is given must not be null. An operation that returns text
 /// throws std::bad_alloc when memory runs out, and holds no reference then.

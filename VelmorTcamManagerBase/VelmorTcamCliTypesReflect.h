@@ -1,4 +1,6 @@
 // The module's classes and value types as described types: what Zel::typeOf and Zel::Value need.
+//
+// Threads: descriptors are constant data; safe from any thread.
 #pragma once
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesDisplayStrings.h"

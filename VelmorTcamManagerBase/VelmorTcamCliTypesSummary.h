@@ -54,8 +54,10 @@ class VELMOR_TCAM_API CliShowTcamSummaryGroupName : public Halvo::Node {
 
 /// The summary: one record for each group name, in ascending order of the names' bytes.
 ///
-/// Invariant: each record stands once, under its own name. Operations, life and threads are those
-/// of CliShowTcamUsageChipInfo and its levels.
+/// Invariant: each record stands once, under its own name. Operations and life are those of
+/// CliShowTcamUsageChipInfo and its levels.
+///
+/// Threads: as CliShowTcamUsageChipInfo.
 ///
 ///     auto summary = Halvo::makePtr<CliShowTcamSummaryOrdered>();
 ///     auto group = summary->tcamSummaryIs("acl");

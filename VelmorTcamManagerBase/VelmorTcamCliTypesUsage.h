@@ -236,8 +236,12 @@ class VELMOR_TCAM_API CliShowTcamUsageStageInfo : public Halvo::Node {
 ///
 /// Nodes live by reference count; their memory is the slab allocator's, each class counts its own
 /// objects in memAllocationTracker_. A destructor sets flagBeingDestroyed first, then empties the
-/// collection. What cannot be had of memory is thrown as std::bad_alloc and changes nothing. One
-/// tree is for one thread.
+/// collection. What cannot be had of memory is thrown as std::bad_alloc and changes nothing; but a
+/// queue's block that cannot be had stops the process, by abort.
+///
+/// Threads: a tree, with all below it, is built and changed by one at a time; any number may walk
+/// one that nobody changes, and distinct trees belong to distinct threads, while
+/// Halvo::ThreadControl's switch is on.
 ///
 ///     auto chip = Halvo::makePtr<CliShowTcamUsageChipInfo>();
 ///     auto copy = chip->stageInfoIs(stageTypeIngress)->pipeInfoIs(0)->groupPrioBucketIs(1)

@@ -1,4 +1,6 @@
 // Halvo: the core runtime. Objects, pointers, strings, collections of records, memory tracking.
+//
+// Threads: each part says for itself.
 #pragma once
 
 #include "Halvo/Duration.h"

@@ -1,4 +1,7 @@
 // Sobrel: the slab allocator that all nodes live in.
+//
+// Threads: all of it is for one thread, or for many while Halvo::ThreadControl's switch is on; an
+// object may be given back on another thread than it was taken on.
 #pragma once
 
 #include <cstddef>
@@ -17,8 +20,7 @@ inline constexpr std::size_t largestSlabObject = 1024;
 /// overhead each. The memory is aligned to 16 bytes when the rounded size is a multiple of 16, else
 /// to 8.
 ///
-/// Throws std::bad_alloc when the system has no more. One thread, or many while
-/// Halvo::ThreadControl's switch is on.
+/// Throws std::bad_alloc when the system has no more.
 [[nodiscard]] VELMOR_PLATFORM_API void* slabAlloc(std::size_t size);
 
 /// Gives back what slabAlloc gave for the same `size`; null is allowed. A slab whose last object

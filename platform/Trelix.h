@@ -11,8 +11,10 @@
 //     write             the same text into a buffer, for hot paths
 //     operator<<        the same text as one item of a stream: width, fill and adjustment apply
 //
-// Nothing here keeps state or allocates, but for the strings that are returned and thrown; distinct
-// objects may be used from distinct threads.
+// Nothing here keeps state or allocates, but for the strings that are returned and thrown.
+//
+// Threads: distinct objects may be used from distinct threads, and one that nobody changes from
+// any.
 //
 //     Trelix::IpAddr::fromHostOrder(0x0A000001).stringValue() == "10.0.0.1"
 #pragma once

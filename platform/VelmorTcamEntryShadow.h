@@ -21,6 +21,8 @@ namespace VelmorTcam {
 ///
 /// Reading a record of another kind than the one given gives that kind's default record, which is
 /// not set.
+///
+/// Threads: as the shadow that it belongs to.
 class VELMOR_PLATFORM_API QualifierData : public Halvo::Node {
   ZEL_NODE_TYPE;
 
@@ -48,6 +50,8 @@ class VELMOR_PLATFORM_API QualifierData : public Halvo::Node {
 
 /// What is known of one qualifier of an entry: the data that hardware holds for it, by the
 /// qualifier that hardware implements it with.
+///
+/// Threads: as the shadow that it belongs to.
 class VELMOR_PLATFORM_API QualifierStatus : public Halvo::Node {
   ZEL_NODE_TYPE;
   using HwQualData = Zel::HashMap2018<QualifierType, Halvo::Ptr<QualifierData>>;
@@ -81,8 +85,8 @@ class VELMOR_PLATFORM_API QualifierStatus : public Halvo::Node {
 ///
 /// What is not made when memory runs out (std::bad_alloc) leaves no trace: no key without a child.
 ///
-/// A shadow is written by one thread, and not while others read it. Any number of threads may read
-/// one together while Halvo::ThreadControl's switch is on: reading moves reference counts.
+/// Threads: a shadow is written by one, and not while others read it. Any number may read one
+/// together while Halvo::ThreadControl's switch is on: reading moves reference counts.
 ///
 ///     auto shadow = Halvo::makePtr<VelmorTcamEntryShadow>(17);
 ///     shadow->hwQualIs(qualifierSrcIp, Qualifier(0x0A000001, 0xFFFFFFFF));   // 10.0.0.1

@@ -1,4 +1,6 @@
 // Zel: the type-model runtime. Formatting, tracing and log handles, collections, enumerations.
+//
+// Threads: each part says for itself.
 #pragma once
 
 #include "Zel/Assert.h"

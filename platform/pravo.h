@@ -20,7 +20,9 @@ using Halvo::U64;
 /// in the innermost open container. `name` is the member's name inside an object and is empty for
 /// an element of an array or for the document itself. Names and texts are UTF-8 and are copied, if
 /// need be, before the call returns; escaping is the printer's. Calls that do not nest are faults
-/// of the caller; what they do is the implementation's. One thread at a time.
+/// of the caller; what they do is the implementation's.
+///
+/// Threads: one at a time.
 ///
 ///     printer.objectBegin();
 ///     printer.attribute("shadowId", 17);

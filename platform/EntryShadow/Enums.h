@@ -1,4 +1,6 @@
 // The entry-shadow library's enumerations.
+//
+// Threads: constants and pure functions; safe from any thread.
 #pragma once
 
 #include <span>

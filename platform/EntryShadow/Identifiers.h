@@ -1,4 +1,7 @@
 // The identifiers that the agent's CLI hands to the formatters.
+//
+// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
+// changes from any.
 #pragma once
 
 #include <compare>

@@ -1,4 +1,7 @@
 // The value records of a shadow.
+//
+// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
+// changes from any.
 #pragma once
 
 #include "EntryShadow/Enums.h"

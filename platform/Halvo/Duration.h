@@ -1,4 +1,7 @@
 // Duration: a length of time.
+//
+// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
+// changes from any.
 #pragma once
 
 #include <chrono>

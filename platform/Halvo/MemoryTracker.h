@@ -16,9 +16,11 @@ namespace Halvo {
 /// Define one with static storage and `constinit`: it costs nothing at load. It enters the list of
 /// trackers when it first counts something, and stays there until unlist(); a library that may be
 /// unloaded unlists its trackers as it goes (ModuleInspectData does so for those that it is given).
-/// No count is lost from one thread, nor from many while ThreadControl's switch is on; live counts
-/// that are read while other threads allocate are of that moment, not exact. Bytes are those that
-/// were asked for; the allocator may round them up.
+/// Bytes are those that were asked for; the allocator may round them up.
+///
+/// Threads: any may count and read. No count is lost from one thread, nor from many while
+/// ThreadControl's switch is on; live counts that are read while other threads allocate are of that
+/// moment, not exact. Walking the list is safe beside trackers that enter it, not beside unlist().
 ///
 ///     constinit Halvo::MemoryTracker tracker{"Agent::Flow"};
 ///     for (auto* t = Halvo::MemoryTracker::first(); t; t = t->next())

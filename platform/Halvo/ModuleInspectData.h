@@ -15,8 +15,10 @@ namespace Halvo {
 ///
 /// A library defines one with static storage, calls loaded() once as it is loaded, and is taken off
 /// the list when the object is destroyed, at unload or exit; the trackers of the module's types go
-/// off their list with it. Walking the list is safe from any thread as long as no library is being
-/// unloaded.
+/// off their list with it.
+///
+/// Threads: loaded(), first() and the walk are safe from any thread as long as no library is being
+/// unloaded. isLoaded() is for the thread that loads.
 ///
 ///     static Halvo::ModuleInspectData inspectData{agentTypes};   // a Zel::TypeModule
 ///     inspectData.loaded();

@@ -19,8 +19,10 @@ namespace Halvo {
 /// hands that one to the Ptr it returns). When the count falls to zero lastUserGone() runs, once,
 /// and by default deletes the object.
 ///
-/// Counts change atomically only while ThreadControl's switch is on. The flag word is not
-/// synchronised: it belongs to the thread that builds and destroys the object.
+/// Threads: references may be taken and given back from any thread while ThreadControl's switch is
+/// on, and what a thread did before it gave its own back is seen by the one that ends the object;
+/// with the switch off all of an object's references are for one thread at a time. The flag word is
+/// not synchronised: it belongs to the thread that builds and destroys the object.
 ///
 /// The virtual operations stand in a fixed slot order: destructor, lastUserGone, publisher,
 /// typeData; those of derived classes follow.

@@ -15,8 +15,8 @@ namespace Halvo {
 ///     Halvo::Ptr<const VelmorTcamEntryShadow> reader = shadow;   // count 2
 ///
 /// Following a null Ptr is a fault of the program and stops it on the spot; there is no check.
-/// One Ptr object is for one thread at a time; distinct Ptrs to one object may be used from many
-/// threads while ThreadControl's switch is on.
+/// Threads: one Ptr object is for one thread at a time; distinct Ptrs to one object may be used
+/// from many threads while ThreadControl's switch is on.
 template <class T>
 class Ptr {
  public:

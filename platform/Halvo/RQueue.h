@@ -164,7 +164,10 @@ class VELMOR_PLATFORM_API RQueueBase {
 ///
 /// References stay valid until their element is taken. T must move without throwing; enq throws
 /// what copying the element does, and leaves the queue as it was. The process stops when there is
-/// no memory. One thread at a time; any number may read a queue that nobody changes.
+/// no memory.
+///
+/// Threads: one at a time; any number may read a queue that nobody changes. Queues of distinct
+/// threads share the block tracker: ThreadControl's switch must be on then.
 ///
 ///     Halvo::RQueue<Halvo::String, QE_Name> names;
 ///     names.enq("acl-1");

@@ -28,7 +28,10 @@ namespace Halvo {
 /// what the widest cell of a table needs, so a row is built with no allocation but its own.
 ///
 /// Throws std::bad_alloc when memory runs out and std::length_error beyond maxSize(), leaving the
-/// string as it was. Distinct strings may be used from distinct threads; nothing is shared.
+/// string as it was.
+///
+/// Threads: distinct strings may be used from distinct threads, copies included, since nothing is
+/// shared; one that nobody changes from any.
 ///
 ///     Halvo::String cell = "Drop";
 ///     cell += '|';

@@ -10,9 +10,9 @@ namespace Halvo {
 /// The thread-safety switch. Off at start: a single-threaded agent then pays for no atomic
 /// read-modify-write on any reference count.
 ///
-/// Turn it on before the second thread that touches a Node, a MemoryTracker or the slab allocator
-/// starts, and off only after all but one of those threads have been joined: it is a plain
-/// variable, which starting and joining a thread order. Reading it is safe from any thread.
+/// Threads: turn it on before the second thread that touches a Node, a MemoryTracker or the slab
+/// allocator starts, and off only after all but one of those threads have been joined: it is a
+/// plain variable, which starting and joining a thread order. Reading it is safe from any thread.
 ///
 ///     Halvo::ThreadControl::threadSafeIs(true);
 ///     std::thread reader(walkShadows);

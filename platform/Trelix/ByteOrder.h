@@ -1,4 +1,6 @@
 // Numbers of this machine and words as they lie on the wire.
+//
+// Threads: functions of their arguments alone; safe from any thread.
 #pragma once
 
 #include <bit>

@@ -1,4 +1,7 @@
 // IpAddr: an IPv4 address.
+//
+// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
+// changes from any.
 #pragma once
 
 #include <array>

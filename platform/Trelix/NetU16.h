@@ -1,4 +1,7 @@
 // NetU16: a 16-bit number as it lies in a packet.
+//
+// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
+// changes from any.
 #pragma once
 
 #include <array>

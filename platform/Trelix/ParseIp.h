@@ -1,4 +1,6 @@
 // Internal: reading a dotted quad, for both IP families.
+//
+// Threads: functions of their arguments alone; safe from any thread.
 #pragma once
 
 #include <string_view>

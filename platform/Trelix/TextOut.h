@@ -1,4 +1,6 @@
 // Internal: how addresses write and report their text.
+//
+// Threads: functions of their arguments alone; safe from any thread.
 #pragma once
 
 #include <cstddef>

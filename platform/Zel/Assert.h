@@ -1,4 +1,6 @@
 // Assertion support: how a programming fault stops the process.
+//
+// Threads: safe from any thread.
 #pragma once
 
 #include "Halvo/Types.h"
@@ -16,7 +18,7 @@ struct AssertionSite {
 };
 
 /// Prints "assertion failed: EXPRESSION at SOURCE:LINE in FUNCTION" and a line break on standard
-/// error, in one write, then aborts. Allocates nothing. Safe from any thread.
+/// error, in one write, then aborts. Allocates nothing.
 [[noreturn]] VELMOR_PLATFORM_API void assertionFailed(const AssertionSite& site) noexcept;
 
 /// Stops the process unless `holds`. On in every build.

@@ -1,4 +1,6 @@
 // Attribute: what the runtime knows about one attribute of a type.
+//
+// Threads: descriptors are constant data; safe from any thread.
 #pragma once
 
 #include <cstddef>

@@ -17,6 +17,9 @@
 //
 // Numbers run on from row to row. A queue takes two: the one before its own belongs to its element
 // type.
+//
+// Threads: what the tables make is constant data; safe from any thread. What an operation does to
+// an object is for the threads that the object's class allows.
 #pragma once
 
 #include <array>

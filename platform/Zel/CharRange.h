@@ -12,7 +12,9 @@ namespace Zel {
 ///
 /// A reader takes a CharRange by reference, looks at the front and advances past what it used, so
 /// that the next reader goes on from there. The range owns nothing: the text must outlive it, and
-/// need not end in a NUL. A plain value, one thread at a time.
+/// need not end in a NUL. A plain value.
+///
+/// Threads: one at a time.
 ///
 ///     Zel::CharRange in("cliHeaderTypeIp,7");
 ///     CliHeaderType type;

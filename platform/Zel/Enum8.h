@@ -15,8 +15,8 @@
 // with each name in turn. The table is a memory of hints, each checked before it is used: it needs
 // no preparation, and nothing goes stale when a library that declares enumerations is unloaded.
 //
-// Everything here is safe from any thread. A type index that is not in the module, or is not an
-// enumeration's, stops the process.
+// Threads: everything here is safe from any thread, the table of hints too. A type index that is
+// not in the module, or is not an enumeration's, stops the process.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,6 @@
 // The errors that the type runtime throws.
+//
+// Threads: as std::runtime_error; one that is thrown belongs to the thread that catches it.
 #pragma once
 
 #include <stdexcept>

@@ -295,8 +295,10 @@ inline RuntimeFormat runtimeFormat(std::string_view text) noexcept { return Runt
 /// table above says which arguments fit.
 ///
 /// A result of at most 63 bytes allocates nothing, a longer one once. Throws std::bad_alloc when
-/// memory runs out and std::length_error beyond Halvo::String::maxSize(). Pure: may be called from
-/// any thread. Stops nothing: what could be wrong does not compile.
+/// memory runs out and std::length_error beyond Halvo::String::maxSize(). Stops nothing: what
+/// could be wrong does not compile.
+///
+/// Threads: pure; safe from any thread.
 ///
 ///     Zel::_fmt("%-7u|", 12U)             // "12     |"
 ///     Zel::_fmt("%d/0x%02X", 46, 63)      // "46/0x3F"

@@ -1,5 +1,7 @@
 // The short way of formatting: fields of text or decimal numbers with a little literal text between
 // them, which is what the cells of a table are. For Zel/Format.h only.
+//
+// Threads: functions of their arguments alone; safe from any thread.
 #pragma once
 
 #include <bit>

@@ -1,4 +1,6 @@
 // Decimal digits. For the formatter's source files only.
+//
+// Threads: functions of their arguments alone; safe from any thread.
 #pragma once
 
 #include <array>

@@ -1,5 +1,7 @@
 // The grammar of formats: how a conversion is read and which arguments it takes. One reader serves
 // the compiler and the run-time door. For Zel/Format.h only.
+//
+// Threads: functions of their arguments alone; safe from any thread.
 #pragma once
 
 #include <cstddef>

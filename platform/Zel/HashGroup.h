@@ -1,4 +1,6 @@
 // The pieces below HashMap2018 that know nothing of its keys and values.
+//
+// Threads: functions of their arguments alone; safe from any thread.
 #pragma once
 
 #include <bit>

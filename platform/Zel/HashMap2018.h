@@ -48,7 +48,9 @@ namespace Zel {
 /// function that throws (memory, a copy that throws) leaves the elements as they were. `Hash` may
 /// be poor: its result is mixed here. It is not used where keys are bytes.
 ///
-/// One thread at a time; any number may read a map that nobody changes. Operations on a null map
+/// Threads: one at a time; any number may read a map that nobody changes.
+///
+/// Operations on a null map
 /// fault at their first read of it: there is no check.
 ///
 ///     Zel::HashMap2018<StageType, Halvo::Ptr<StageInfo>> stages;

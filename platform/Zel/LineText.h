@@ -1,4 +1,6 @@
 // Internal: text from outside made fit for one line of a message.
+//
+// Threads: functions of their arguments alone; safe from any thread.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,6 @@
 // What every described class of nodes declares.
+//
+// Threads: allocation is as Sobrel's.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,6 @@
 // RbTree: the part of the ordered maps and sets that knows nothing of their elements.
+//
+// Threads: one at a time; any number may read a tree that nobody changes.
 #pragma once
 
 #include <cstddef>

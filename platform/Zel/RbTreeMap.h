@@ -382,8 +382,10 @@ struct RbTreeSetElement {
 ///
 /// `Tag` names the elements for memory accounting: its static
 /// `Zel::AllocationTracker memAllocationTracker_` counts them. What an insertion throws (memory, a
-/// copy that throws) leaves the map as it was. One thread at a time; any number may read a map that
-/// nobody changes.
+/// copy that throws) leaves the map as it was.
+///
+/// Threads: one at a time; any number may read a map that nobody changes. Trees of distinct threads
+/// that share a Tag share its tracker: Halvo::ThreadControl's switch must be on then.
 ///
 ///     Zel::RbTreeMap<U32, Halvo::Ptr<Group>, HN_Group> groups;
 ///     groups.insert(7, Halvo::makePtr<Group>(7));

@@ -30,8 +30,9 @@
 //     }
 //
 // Readers throw ParseError, which names what was expected and the text that stands there; `in` is
-// left at that text, and the value that was being read as it was. Everything is safe from any
-// thread, on values that are its own.
+// left at that text, and the value that was being read as it was.
+//
+// Threads: everything is safe from any thread, on values that are its own.
 #pragma once
 
 #include <concepts>

@@ -14,6 +14,9 @@
 // All descriptors are constant data of their libraries: nothing is built or registered but the one
 // entry of each module. An operation costs one virtual call and one call by pointer above the
 // direct one.
+//
+// Threads: descriptors, findType and findAttribute are safe from any thread as long as no library
+// is being unloaded. An operation on an object is for the threads that the object's class allows.
 #pragma once
 
 #include <span>

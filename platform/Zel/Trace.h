@@ -24,7 +24,8 @@
 // with the time in UTC to the microsecond. A control character in any of these is written as \n,
 // \r, \t or \xNN, so that a record is always one line.
 //
-// All of it is safe from any thread. Tracing never changes errno and never throws.
+// Threads: all of it is safe from any thread; a record, and its stream, are for the thread that
+// opened it. Tracing never changes errno and never throws.
 #pragma once
 
 #include <atomic>

@@ -1,4 +1,6 @@
 // The descriptors of types and modules: how the runtime knows what a library declares.
+//
+// Threads: descriptors are constant data; safe from any thread.
 #pragma once
 
 #include <concepts>

@@ -23,7 +23,9 @@ class Value;
 /// Walks the elements of a collection in the collection's order, and keeps the collection's object
 /// alive. It withstands every change of the collection: elements that are gone are not met; one
 /// that is added behind the place where the cursor stands is met in an ordered collection, may or
-/// may not be in a hash map, and is not in a queue. One thread, the collection's.
+/// may not be in a hash map, and is not in a queue.
+///
+/// Threads: the collection's.
 class VELMOR_PLATFORM_API Cursor : public Halvo::Node {
  public:
   ~Cursor() override;
@@ -40,7 +42,10 @@ class VELMOR_PLATFORM_API Cursor : public Halvo::Node {
 /// cursor.
 ///
 /// Made from exactly such a C++ value, without conversion: Value(U32{7}) is not a U64. Records
-/// of up to 80 bytes are held in place. Distinct Values may be used from distinct threads.
+/// of up to 80 bytes are held in place.
+///
+/// Threads: distinct Values may be used from distinct threads, those that hold one node while
+/// Halvo::ThreadControl's switch is on; one that nobody changes from any.
 ///
 ///     Zel::Value value(U32{7});
 ///     value.as<U32>();          // 7
