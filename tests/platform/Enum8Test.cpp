@@ -155,11 +155,11 @@ TEST(Enum8, IsSafeFromManyThreads) {
 
 TEST(Enum8DeathTest, StopsOnATypeThatIsNoEnumeration) {
   EXPECT_DEATH(Zel::enum8FromNumber(module, 4, 0),
-               "assertion failed: type < module.types.size\\(\\) at platform/Zel/Enum8:0 in "
+               "^assertion failed: type < module.types.size\\(\\) at platform/Zel/Enum8:0 in "
                "const Zel::TypeDescriptor& Zel::enum8Descriptor\\(const Zel::TypeModule&, "
-               "std::size_t\\)");
+               "std::size_t\\)\n$");
   EXPECT_DEATH(Zel::enum8FromNumber(module, 2, 0),
-               "assertion failed: descriptor.kind == TypeKind::enumeration at "
+               "^assertion failed: descriptor.kind == TypeKind::enumeration at "
                "platform/Zel/Enum8:0 in const Zel::TypeDescriptor& Zel::enum8Descriptor\\("
                "const Zel::TypeModule&, std::size_t\\)\n$");
   constexpr const char* ofDescriptor =
@@ -194,12 +194,12 @@ TEST(CharRange, ReadsFromTheFront) {
 TEST(CharRangeDeathTest, StopsBehindTheEnd) {
   CharRange in("ab");
   EXPECT_DEATH(in.advance(3),
-               "assertion failed: count <= size\\(\\) at platform/Zel/CharRange:0 in "
-               "void Zel::CharRange::advance\\(std::size_t\\)");
+               "^assertion failed: count <= size\\(\\) at platform/Zel/CharRange:0 in "
+               "void Zel::CharRange::advance\\(std::size_t\\)\n$");
   in.advance(2);
   EXPECT_DEATH((void)in.front(),
-               "assertion failed: !empty\\(\\) at platform/Zel/CharRange:0 in "
-               "char Zel::CharRange::front\\(\\) const");
+               "^assertion failed: !empty\\(\\) at platform/Zel/CharRange:0 in "
+               "char Zel::CharRange::front\\(\\) const\n$");
 }
 
 }  // namespace

@@ -169,8 +169,8 @@ TEST_F(LogDeathTest, StopsOnAFormatWithoutOneArgument) {
   LogDescriptor const bad{"BAD", "%d of %s", "", "", 3};
   LogHandle handle(bad, Duration(), 1.0, 0, 0);
   EXPECT_DEATH(handle.log("x"),
-               "assertion failed: isLogFormat\\(descriptor.format\\) at platform/Zel/Log:0 in "
-               "void Zel::LogHandle::log\\(const Halvo::String&\\)");
+               "^assertion failed: isLogFormat\\(descriptor.format\\) at platform/Zel/Log:0 in "
+               "void Zel::LogHandle::log\\(const Halvo::String&\\)\n$");
 }
 
 TEST(LogFormat, TakesExactlyOneString) {

@@ -347,7 +347,7 @@ TEST_F(RQueueDeathTest, PoppingABlockFromAnEmptyRing) {
   Ring ring;
   EXPECT_DEATH(ring.blockPop(),
                "^assertion failed: tail_ != nullptr at platform/Halvo/RQueue:0 in "
-               "Halvo::RQueueBlock\\* Halvo::RQueueBase::blockPop\\(\\)\n");
+               "Halvo::RQueueBlock\\* Halvo::RQueueBase::blockPop\\(\\)\n$");
 }
 
 TEST_F(RQueueDeathTest, DestroyingALinkedBlock) {
@@ -356,7 +356,7 @@ TEST_F(RQueueDeathTest, DestroyingALinkedBlock) {
   ring.blockPush(block);
   EXPECT_DEATH(Ring::blockDelete(block, 8, QE_Test::memAllocationTracker_),
                "^assertion failed: !linked\\(\\) at platform/Halvo/RQueue:0 in "
-               "Halvo::RQueueBlock::~RQueueBlock\\(\\)\n");
+               "Halvo::RQueueBlock::~RQueueBlock\\(\\)\n$");
   Ring::blockDelete(ring.blockPop(), 8, QE_Test::memAllocationTracker_);
 }
 
@@ -375,7 +375,7 @@ TEST_F(RQueueDeathTest, CapacityThatIsNotAPowerOfTwo) {
   for (U32 capacity : {0U, 3U, 5U, 12U, 8191U}) {
     EXPECT_DEATH(RQueueBlock(capacity, 0, false),
                  "^assertion failed: isPowerOfTwo\\( i \\) at platform/Halvo/RQueue:0 in "
-                 "Halvo::RQueueBlock::RQueueBlock\\(Halvo::U32, Halvo::U32, bool\\)\n");
+                 "Halvo::RQueueBlock::RQueueBlock\\(Halvo::U32, Halvo::U32, bool\\)\n$");
   }
   for (U32 capacity = 1; capacity <= RQueueBlock::largest; capacity *= 2) {
     RQueueBlock const block(capacity, 0, false);

@@ -161,8 +161,8 @@ TEST(String, RefusesWhatIsTooLong) {
 TEST(StringDeathTest, StopsOnNullText) {
   const char* volatile text = nullptr;  // not to be seen through
   EXPECT_DEATH(String{text},
-               "assertion failed: text != nullptr at platform/Halvo/String:0 in "
-               "Halvo::String::String\\(const char\\*\\)");
+               "^assertion failed: text != nullptr at platform/Halvo/String:0 in "
+               "Halvo::String::String\\(const char\\*\\)\n$");
 }
 
 }  // namespace

@@ -343,9 +343,10 @@ TEST_F(Trace, IsSafeFromManyThreads) {
 using TraceDeathTest = Trace;
 
 TEST_F(TraceDeathTest, StopsOnALevelThatDoesNotExist) {
-  EXPECT_DEATH(TraceControl::levelIs("Trace.level", 10, true),
-               "assertion failed: level <= traceLevelMax at platform/Zel/Trace:0 in "
-               "static void Zel::TraceControl::levelIs\\(std::string_view, unsigned int, bool\\)");
+  EXPECT_DEATH(
+      TraceControl::levelIs("Trace.level", 10, true),
+      "^assertion failed: level <= traceLevelMax at platform/Zel/Trace:0 in "
+      "static void Zel::TraceControl::levelIs\\(std::string_view, unsigned int, bool\\)\n$");
 }
 
 // The environment is read once a process, by the first handle: each row runs in a process of its

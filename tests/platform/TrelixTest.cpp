@@ -571,11 +571,11 @@ TYPED_TEST(OrderedAddress, StreamsWithWidthAsOneItem) {
 
 TEST(AddressesDeathTest, StopOnAPrefixLongerThanTheAddress) {
   EXPECT_DEATH((void)IpAddr::prefixMask(33),
-               "assertion failed: length <= 32 at platform/Trelix/IpAddr:0 in Trelix::IpAddr "
-               "Trelix::IpAddr::prefixMask\\(unsigned int\\)");
+               "^assertion failed: length <= 32 at platform/Trelix/IpAddr:0 in Trelix::IpAddr "
+               "Trelix::IpAddr::prefixMask\\(unsigned int\\)\n$");
   EXPECT_DEATH((void)Ip6Addr::prefixMask(129),
-               "assertion failed: length <= 128 at platform/Trelix/Ip6Addr:0 in Trelix::Ip6Addr "
-               "Trelix::Ip6Addr::prefixMask\\(unsigned int\\)");
+               "^assertion failed: length <= 128 at platform/Trelix/Ip6Addr:0 in Trelix::Ip6Addr "
+               "Trelix::Ip6Addr::prefixMask\\(unsigned int\\)\n$");
 }
 
 }  // namespace
