@@ -1,0 +1,48 @@
+// Filter sets: whatever the text is, it becomes a snapshot that reads back, or an error with its
+// place.
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "ImportClassbench.h"
+#include "InputError.h"
+#include "LineReader.h"
+#include "MemoryFile.h"
+#include "OutputBuffer.h"
+#include "Snapshots.h"
+#include "Target.h"
+
+FUZZ_TARGET(classbench) {
+  std::string_view const text = in.rest();
+  velmorfuzz::MemoryFile const input(text);
+  velmorfuzz::MemoryFile const output;
+  tcamshow::OutputBuffer out(output.descriptor());
+  bool isGood = true;
+  try {
+    tcamshow::InputFile file(input.path());
+    importClassbench(file, out);
+  } catch (const tcamshow::InputError& error) {
+    velmorfuzz::checkError(error, input.path(), text, true);
+    isGood = false;
+  }
+  out.flush();
+  // What precedes a bad filter is a good snapshot too.
+  std::string const snapshot = output.contents();
+  if (snapshot.empty()) {
+    FUZZ_CHECK(!isGood);
+    return;
+  }
+  auto const lines = static_cast<std::uint64_t>(std::count(snapshot.begin(), snapshot.end(), '\n'));
+  velmorfuzz::checkWrittenSnapshot(snapshot, lines - 1);
+  if (!isGood) return;
+  // Every line that is not blank and no comment is a filter.
+  std::uint64_t filters = 0;
+  for (std::size_t begin = 0; begin < text.size();) {
+    std::size_t const end = std::min(text.find('\n', begin), text.size());
+    std::string_view const line = text.substr(begin, end - begin);
+    std::size_t const first = line.find_first_not_of(" \t\r");
+    if (first != line.npos && line[0] != '#') ++filters;
+    begin = end + 1;
+  }
+  FUZZ_CHECK(filters == lines - 1);
+}

@@ -1,0 +1,39 @@
+// ACL documents: whatever the text is, it becomes a snapshot that reads back, or an error with its
+// place and no output at all.
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ImportOpenconfig.h"
+#include "InputError.h"
+#include "LineReader.h"
+#include "MemoryFile.h"
+#include "OutputBuffer.h"
+#include "Snapshots.h"
+#include "Target.h"
+
+FUZZ_TARGET(openconfig) {
+  std::string_view const text = in.rest();
+  velmorfuzz::MemoryFile const input(text);
+  velmorfuzz::MemoryFile const output;
+  tcamshow::OutputBuffer out(output.descriptor());
+  std::vector<std::string> warnings;
+  bool isGood = true;
+  try {
+    tcamshow::InputFile file(input.path());
+    importOpenconfig(file, out, warnings);
+  } catch (const tcamshow::InputError& error) {
+    velmorfuzz::checkError(error, input.path(), text, true);
+    isGood = false;
+  }
+  out.flush();
+  std::string const snapshot = output.contents();
+  FUZZ_CHECK(isGood == !snapshot.empty());
+  for (std::string const& warning : warnings) {
+    FUZZ_CHECK(!warning.empty() && warning.find('\n') == std::string::npos);
+  }
+  if (!isGood) return;
+  velmorfuzz::ReadSnapshot const read = velmorfuzz::readSnapshot(snapshot);
+  FUZZ_CHECK_TEXT(read.error, "");
+  FUZZ_CHECK_TEXT(read.text, snapshot);
+}

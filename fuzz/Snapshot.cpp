@@ -1,0 +1,64 @@
+// Snapshots: whatever the text is, it is read or refused with its place; what was read is written
+// and read back the same, and the commands print it.
+#include <string>
+
+#include "InputError.h"
+#include "Inspect.h"
+#include "LineReader.h"
+#include "MemoryFile.h"
+#include "OutputBuffer.h"
+#include "ShowTable.h"
+#include "ShowUsage.h"
+#include "Snapshots.h"
+#include "Target.h"
+
+namespace {
+
+using tcamshow::InputFile;
+using tcamshow::OutputBuffer;
+using tcamshow::TableForm;
+using velmorfuzz::MemoryFile;
+using velmorfuzz::ReadSnapshot;
+
+template <class Command>
+void checkRuns(const MemoryFile& snapshot, Command command) {
+  MemoryFile const printed;
+  OutputBuffer out(printed.descriptor());
+  InputFile file(snapshot.path());
+  command(file, out);
+  out.flush();
+}
+
+}  // namespace
+
+FUZZ_TARGET(snapshot) {
+  ReadSnapshot const read = velmorfuzz::readSnapshot(in.rest());
+  // The lines before a bad one stand as they are.
+  ReadSnapshot const again = velmorfuzz::readSnapshot(read.text);
+  if (read.text.empty()) return;
+  FUZZ_CHECK_TEXT(again.error, "");
+  FUZZ_CHECK_TEXT(again.text, read.text);
+  FUZZ_CHECK(again.groups == read.groups && again.entries == read.entries);
+
+  MemoryFile const snapshot(read.text);
+  // One command an input: any of them, by what the input happens to be.
+  auto const form = read.text.size() % 2 == 0 ? TableForm::text : TableForm::jsonLines;
+  checkRuns(snapshot, [form, &read](auto& file, auto& out) {
+    switch (read.text.size() / 2 % 7) {
+      case 0:
+        return showIp(file, out, form);
+      case 1:
+        return showIp6(file, out, form);
+      case 2:
+        return showMac(file, out, form);
+      case 3:
+        return showTcam(file, out, form);
+      case 4:
+        return showUsage(file, out, form == TableForm::text);
+      case 5:
+        return showSummary(file, out);
+      default:
+        return tcamshow::inspect(file, out);
+    }
+  });
+}

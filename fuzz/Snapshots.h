@@ -1,0 +1,31 @@
+// What the targets that read files share: snapshots read back, and errors that name their place.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "InputError.h"
+
+namespace velmorfuzz {
+
+/// A snapshot as it is read.
+struct ReadSnapshot {
+  std::string text;  ///< each line written anew
+  std::uint64_t groups = 0;
+  std::uint64_t entries = 0;
+  std::string error;  ///< of the first bad line, empty when all are good
+};
+
+/// Reads a snapshot and checks that its error, if there is one, names the place.
+ReadSnapshot readSnapshot(std::string_view snapshot);
+
+/// Checks that the error is one line of text that names the file and, where `needsLine` is set, a
+/// line that the input has.
+void checkError(const tcamshow::InputError& error, const std::string& file, std::string_view input,
+                bool needsLine);
+
+/// Checks that a snapshot that a command wrote is read as it was written.
+void checkWrittenSnapshot(const std::string& snapshot, std::uint64_t entries);
+
+}  // namespace velmorfuzz
