@@ -168,6 +168,8 @@ class HashMap2018 {
   }
   /// Makes room for `count` elements in all; never shrinks.
   void reserve(std::size_t count) {
+    // There are no more keys of a byte, nor a table for more.
+    if (byteKeys && count > shortLimit) count = shortLimit;
     if (count > room()) grow(count);
   }
 

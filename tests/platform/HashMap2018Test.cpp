@@ -308,6 +308,20 @@ TEST(HashMap2018, FailedAllocationLeavesTheMapAsItWas) {
   EXPECT_THROW(map.reserve(std::size_t{1} << 36), std::length_error);
 }
 
+TEST(HashMap2018, ReservesForByteKeysNoMoreThanThereAre) {
+  for (std::size_t const count : {std::size_t{256}, std::size_t{257}, std::size_t{1} << 36}) {
+    HashMap2018<U8, String> map;
+    map.reserve(count);
+    std::size_t const bytes = map.memoryBytes();
+    for (U32 key = 0; key < 256; ++key) map.insert(static_cast<U8>(key), std::to_string(key));
+    EXPECT_EQ(map.size(), 256U) << count;
+    EXPECT_EQ(map.memoryBytes(), bytes) << count;
+    for (U32 key = 0; key < 256; ++key) {
+      EXPECT_EQ(map.get(static_cast<U8>(key)), std::to_string(key)) << count;
+    }
+  }
+}
+
 TEST(HashMap2018, ValueMayLookAtTheMapAsItGoes) {
   struct Looker : Halvo::Node {
     HashMap2018<U8, Halvo::Ptr<Looker>>* map = nullptr;
