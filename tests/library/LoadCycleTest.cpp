@@ -25,7 +25,8 @@
 #define VELMOR_ADDRESS_SANITIZER 1
 #endif
 #ifdef VELMOR_ADDRESS_SANITIZER
-#include <sanitizer/allocator_interface.h>
+// g++ comes without the header that declares it.
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 namespace {
