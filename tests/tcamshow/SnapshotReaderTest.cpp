@@ -282,7 +282,7 @@ TEST(SnapshotReader, NamesTheMemberOfABadEntry) {
       {R"("feature":"\u007f")", R"(member "feature": holds the control character U+007F)"},
       {R"("feature":"\x")", R"(member "feature": the string has a bad escape)"},
       {R"("feature":"\ud800")", R"(member "feature": the string has a bad escape)"},
-      {R"("feature\q":"")", "the name of a member has a bad escape"},
+      {R"("feature\q":"")", "the name of a member has a bad escape, at byte 25, member \"type\""},
       {R"("descripton":"")", R"(member "descripton" is not known)"},
       {R"("":"")", R"(member "" is not known)"},
       {R"("name":"")", R"(member "name" is not known)"},
@@ -366,7 +366,8 @@ TEST(SnapshotReader, RefusesAPlaceThatStandsTwice) {
   std::string const entry = R"({"type":"entry","table":"ip","shadowId":1})"
                             "\n";
   EXPECT_EQ(errorOf(std::string(header) + group + entry + entry + group),
-            "5: group: the place stands in an earlier line too");
+            R"(5: group: the place of members "stage": "ingress", "pipe": 2, "groupPriority": 0, )"
+            R"("groupId": 1, "copyId": 0 stands in an earlier line too)");
   // Every member of the place tells one from the other.
   EXPECT_EQ(errorOf(std::string(header) + group +
                     R"({"type":"group","groupId":1,"pipe":3})"
@@ -387,30 +388,39 @@ TEST(SnapshotReader, RefusesWhatIsNotJson) {
     std::string line;
     std::string error;
   };
+  constexpr const char* unended = "not valid JSON: the line does not end where the object does";
+  constexpr const char* following = "entry: not valid JSON: something follows the object";
   Row const rows[] = {
       {R"({"type":"entry","table":"ip","shadowId":1)",
-       "not valid JSON: the line does not end where the object does"},
-      {R"({"type":"entry","table":"i)", "not valid JSON: a string does not end"},
-      {R"({"type":"entry")", "not valid JSON: the line does not end where the object does"},
-      {"{", "not valid JSON: the line does not end where the object does"},
+       std::string(unended) + R"(, at byte 42, member "shadowId")"},
+      {R"({"type":"entry","table":"i)",
+       R"(not valid JSON: a string does not end, at byte 25, member "table")"},
+      {R"({"type":"entry")", std::string(unended) + R"(, at byte 16, member "type")"},
+      {"{", std::string(unended) + ", at byte 2"},
       {"{}", R"(member "type" is missing)"},
       {"}", "the line is not a JSON object"},
-      {R"({"type":"entry","table":"ip","shadowId":1} x)",
-       "not valid JSON: the line does not end where the object does"},
-      {R"({"type":"entry","table":"ip","shadowId":1}})",
-       "entry: not valid JSON: something follows the object"},
-      {R"({"type":"entry","table":"ip","shadowId":1}{})",
-       "entry: not valid JSON: something follows the object"},
-      {R"({"type":"entry","table":"ip","shadowId":1,})", "entry: not valid JSON"},
-      {R"({"type":"entry" "table":"ip","shadowId":1})", "entry: not valid JSON"},
-      {R"({"type":"entry","table" "ip","shadowId":1})", "entry: not valid JSON"},
-      {R"({"type":"entry",table:"ip","shadowId":1})", "entry: not valid JSON"},
-      {R"({'type':'entry'})", "not valid JSON"},
+      {R"({"type":"entry","table":"ip","shadowId":1} x)", std::string(unended) + ", at byte 44"},
+      {R"({"type":"entry","table":"ip","shadowId":1}})", std::string(following) + ", at byte 43"},
+      {R"({"type":"entry","table":"ip","shadowId":1}{})", std::string(following) + ", at byte 43"},
+      {R"({"type":"entry","table":"ip","shadowId":1,})",
+       R"(entry: not valid JSON, at byte 43, member "shadowId")"},
+      {R"({"type":"entry" "table":"ip","shadowId":1})",
+       R"(entry: not valid JSON, at byte 17, member "type")"},
+      {R"({"type":"entry","table" "ip","shadowId":1})",
+       R"(entry: not valid JSON, at byte 25, member "table")"},
+      {R"({"type":"entry",table:"ip","shadowId":1})",
+       R"(entry: not valid JSON, at byte 17, member "type")"},
+      {R"({"type":"entry","qualifiers":{"qualifierDSCP":{"value":1,"mask" 2}}})",
+       R"(entry: not valid JSON, at byte 65, member "qualifiers.qualifierDSCP.mask")"},
+      {R"({'type':'entry'})", "not valid JSON, at byte 2"},
       {"{\"type\":\"entry\",\"action\":\"a\tb\"}",
-       "not valid JSON: a control character stands in a string"},
-      {"{\"type\":\"entry\",\"action\":\"\xFF\"}", "not valid UTF-8"},
-      {"{\"type\":\"entry\",\"action\":\"\xC0\xAF\"}", "not valid UTF-8"},
-      {"{\"type\":\"entry\",\"action\":\"\xED\xA0\x80\"}", "not valid UTF-8"},
+       R"(not valid JSON: a control character stands in a string, at byte 28, member "action")"},
+      {"{\"type\":\"entry\",\"action\":\"\xFF\"}",
+       R"(not valid UTF-8, at byte 27, member "action")"},
+      {"{\"type\":\"entry\",\"action\":\"\xC0\xAF\"}",
+       R"(not valid UTF-8, at byte 27, member "action")"},
+      {"{\"type\":\"entry\",\"action\":\"a\xED\xA0\x80\"}",
+       R"(not valid UTF-8, at byte 28, member "action")"},
       {deep, "the line is not a JSON object"},
       {R"({"type":"entry","qualifiers":)" + deep + std::string(10000, ']') + "}",
        R"(entry: member "qualifiers": an array is not an object)"},

@@ -13,6 +13,7 @@
 #include <unordered_set>
 
 #include "InputError.h"
+#include "JsonSyntax.h"
 #include "NameTable.h"
 
 namespace tcamshow {
@@ -159,7 +160,7 @@ class SnapshotReader::Impl {
       case lineGroup:
         groupRead(members);
         lineEnded(document);
-        if (!places_.insert(group_.place).second) fail("the place stands in an earlier line too");
+        if (!places_.insert(group_.place).second) failPlace(group_.place);
         return Line::group;
       case lineEntry:
         entryRead(members);
@@ -192,6 +193,14 @@ class SnapshotReader::Impl {
     fail(text);
   }
 
+  /// Names the members that make a place, those that the line leaves out too.
+  [[noreturn]] void failPlace(const Place& place) const {
+    fail("the place of members \"stage\": " + inQuotes(stageName(place.stage).view()) +
+         ", \"pipe\": " + std::to_string(place.pipe) + ", \"groupPriority\": " +
+         std::to_string(place.groupPriority) + ", \"groupId\": " + std::to_string(place.groupId) +
+         ", \"copyId\": " + std::to_string(place.copyId) + " stands in an earlier line too");
+  }
+
   /// The value as a message shows it.
   static std::string described(ondemand::value& value) {
     std::string_view token = value.raw_json_token();
@@ -211,7 +220,14 @@ class SnapshotReader::Impl {
                std::to_string(std::numeric_limits<Number>::max()));
   }
 
-  [[noreturn]] void failJson(simdjson::error_code error) const { fail(jsonFault(error)); }
+  /// Names the byte of the line, and the member that was read last.
+  [[noreturn]] void failSyntax(std::string message) const {
+    JsonFault const found = findJsonFault(line_);
+    if (found.byte != 0) message += ", at byte " + std::to_string(found.byte);
+    if (found.hasMember) message += ", member \"" + shown(found.member) + '"';
+    fail(message);
+  }
+  [[noreturn]] void failJson(simdjson::error_code error) const { failSyntax(jsonFault(error)); }
 
   void check(simdjson::error_code error) const {
     if (error != simdjson::SUCCESS) [[unlikely]]
@@ -280,7 +296,7 @@ class SnapshotReader::Impl {
       return {from, static_cast<std::size_t>(end - from)};
     std::string_view name;
     if (field.unescaped_key().get(name) != simdjson::SUCCESS) {
-      fail("the name of a member has a bad escape");
+      failSyntax("the name of a member has a bad escape");
     }
     return name;
   }
@@ -527,6 +543,7 @@ class SnapshotReader::Impl {
     do {
       if (!lines_.next(line)) return false;
     } while (line.find_first_not_of(" \t\r") == line.npos);
+    line_ = line;
     check(
         parser_.iterate(line.data(), line.size(), line.size() + LineReader::padding).get(document));
     start(document, members);
@@ -565,7 +582,7 @@ class SnapshotReader::Impl {
   void lineEnded(ondemand::document& document) const {
     // There is a location only where something is left.
     if (document.current_location().error() != simdjson::OUT_OF_BOUNDS) {
-      fail("not valid JSON: something follows the object");
+      failSyntax("not valid JSON: something follows the object");
     }
   }
 
@@ -614,6 +631,7 @@ class SnapshotReader::Impl {
   GroupLine group_;
   EntryLine entry_;
   LineType lineType_ = lineHeader;
+  std::string_view line_;
   // What messages name: the kind of line, and where in it the reader is.
   std::string_view kind_;
   std::string_view member_;
