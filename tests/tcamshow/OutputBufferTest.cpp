@@ -2,9 +2,12 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <pthread.h>
 #include <signal.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <random>
 #include <string>
@@ -63,6 +66,34 @@ TEST(OutputBuffer, WritesEveryPieceInOrder) {
     reader.join();
     EXPECT_TRUE(got == expected);
   }
+}
+
+std::atomic<int> interruptions{0};
+
+TEST(OutputBuffer, GoesOnWhenASignalInterruptsIt) {
+  struct sigaction action {};
+  struct sigaction before {};
+  action.sa_handler = [](int) { ++interruptions; };  // without SA_RESTART
+  ASSERT_EQ(::sigaction(SIGUSR1, &action, &before), 0);
+  Pipe pipe;
+  std::string const text = std::string(300'000, 'a') + std::string(300'000, 'b');
+  std::thread writer([&] {
+    OutputBuffer out(pipe.ends[1]);
+    out.write(text);
+    out.flush();
+  });
+  for (pollfd room{pipe.ends[1], POLLOUT, 0}; ::poll(&room, 1, 0) != 0;) {
+    std::this_thread::yield();
+  }
+  // The pipe is full: the writer waits, or is about to.
+  for (int i = 1; i <= 50; ++i) {
+    ASSERT_EQ(::pthread_kill(writer.native_handle(), SIGUSR1), 0);
+    while (interruptions < i) std::this_thread::yield();
+  }
+  std::string const got = readAll(pipe.ends[0], text.size());
+  writer.join();
+  EXPECT_TRUE(got == text);
+  ::sigaction(SIGUSR1, &before, nullptr);
 }
 
 TEST(OutputBuffer, KeepsTextUntilItIsFlushed) {

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <stdexcept>
 #include <string_view>
 #include <thread>
@@ -45,6 +46,20 @@ void collect(int descriptor, std::string& text, std::size_t limit) {
   ::close(descriptor);
 }
 
+/// Waits until a pipe takes no more, or the child has ended.
+void waitUntilFull(int writeEnd, pid_t child) {
+  for (;;) {
+    pollfd room{writeEnd, POLLOUT, 0};
+    if (::poll(&room, 1, 0) == 0) return;
+    siginfo_t ended{};
+    if (::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT) != 0 ||
+        ended.si_pid == child) {
+      return;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+}
+
 }  // namespace
 
 ProcessResult runProcess(const std::vector<std::string>& arguments, const ProcessOptions& options) {
@@ -61,6 +76,12 @@ ProcessResult runProcess(const std::vector<std::string>& arguments, const Proces
   if (!options.outPath.empty()) {
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, options.outPath.c_str(), O_WRONLY, 0);
   }
+  if (options.outIsClosed) posix_spawn_file_actions_addclose(&actions, STDOUT_FILENO);
+  if (options.outHasNoReader) {
+    ::close(out.readEnd);
+    out.readEnd = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+  }
+  if (options.outIsNonBlocking) ::fcntl(out.writeEnd, F_SETFL, O_NONBLOCK);
   // The program gets the usual SIGPIPE, whatever this process does with it.
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
@@ -76,6 +97,12 @@ ProcessResult runProcess(const std::vector<std::string>& arguments, const Proces
     std::string const limit = std::to_string(options.addressSpaceKib);
     copies = {"/bin/sh", "-c", "ulimit -v " + limit + " && exec \"$0\" \"$@\""};
   }
+  if (options.asNobody) {
+    for (const char* const word :
+         {"/usr/bin/setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "--"}) {
+      copies.emplace_back(word);
+    }
+  }
   copies.insert(copies.end(), arguments.begin(), arguments.end());
   for (std::string& argument : copies) argv.push_back(argument.data());
   argv.push_back(nullptr);
@@ -84,7 +111,6 @@ ProcessResult runProcess(const std::vector<std::string>& arguments, const Proces
   posix_spawn_file_actions_destroy(&actions);
   posix_spawnattr_destroy(&attributes);
   ::close(in.readEnd);
-  ::close(out.writeEnd);
   ::close(err.writeEnd);
   if (error != 0) throw std::runtime_error("posix_spawn of " + arguments[0]);
 
@@ -98,6 +124,8 @@ ProcessResult runProcess(const std::vector<std::string>& arguments, const Proces
     ::close(in.writeEnd);
   });
   std::thread errCollector([&] { collect(err.readEnd, result.err, static_cast<std::size_t>(-1)); });
+  if (options.outIsReadLate) waitUntilFull(out.writeEnd, child);
+  ::close(out.writeEnd);
   collect(out.readEnd, result.out, options.outLimit);
   feeder.join();
   errCollector.join();

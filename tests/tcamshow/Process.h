@@ -18,6 +18,16 @@ struct ProcessOptions {
   std::function<void(int descriptor)> feed = {};
   /// Where standard output goes in place of the result: a file's path.
   std::string outPath = {};
+  /// Standard output is a descriptor that is not open.
+  bool outIsClosed = false;
+  /// Standard output is a pipe whose reader has gone before the program begins.
+  bool outHasNoReader = false;
+  /// Standard output is a pipe that would rather fail than wait.
+  bool outIsNonBlocking = false;
+  /// Read standard output only when the pipe is full, or the program has ended.
+  bool outIsReadLate = false;
+  /// Run as the user nobody; only root can.
+  bool asNobody = false;
   /// The most address space that the program may take; 0 is no limit.
   std::size_t addressSpaceKib = 0;
   /// Stop reading standard output after so many bytes and close it.
