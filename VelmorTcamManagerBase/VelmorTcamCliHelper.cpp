@@ -30,9 +30,12 @@ std::map<CliHeaderType, Halvo::String> cliHeaderMap;
 
 void initializeCliHeaders() {
   if (!cliHeaderMap.empty()) return;
-  cliHeaderMap.emplace(cliHeaderTypeIp, ipHeader);
-  cliHeaderMap.emplace(cliHeaderTypeIp6, ip6Header);
-  cliHeaderMap.emplace(cliHeaderTypeMac, macHeader);
+  // Whole or not at all: once it holds anything, the table is not filled again.
+  std::map<CliHeaderType, Halvo::String> headers;
+  headers.emplace(cliHeaderTypeIp, ipHeader);
+  headers.emplace(cliHeaderTypeIp6, ip6Header);
+  headers.emplace(cliHeaderTypeMac, macHeader);
+  cliHeaderMap.swap(headers);
 }
 
 Halvo::String getCliHeader(CliHeaderType cliHeaderType) {

@@ -9,9 +9,11 @@
 
 namespace VelmorTcam {
 
-/// Fills the process-wide table of headers if it is empty; a second call does nothing. Call it
-/// once, before the first getCliHeader and before other threads read headers: the table has no
-/// lock.
+/// Fills the process-wide table of headers if it is empty; a second call does nothing. Throws
+/// std::bad_alloc when memory runs out, and the table is then still empty.
+///
+/// Threads: one; call it before the first getCliHeader and before other threads read headers: the
+/// table has no lock.
 ///
 ///     initializeCliHeaders();
 ///     dprintf(fd, "%s", getCliHeader(cliHeaderTypeIp).c_str());
@@ -22,8 +24,10 @@ VELMOR_TCAM_API void initializeCliHeaders();
 /// (118).
 ///
 /// Stops the process for any other type, and for every type before initializeCliHeaders():
-/// assertion "cliHeaderMap.find( cliHeaderType ) != cliHeaderMap.end()". Safe from any thread once
-/// the table is filled.
+/// assertion "cliHeaderMap.find( cliHeaderType ) != cliHeaderMap.end()". Throws std::bad_alloc when
+/// memory runs out.
+///
+/// Threads: safe from any thread once the table is filled.
 VELMOR_TCAM_API Halvo::String getCliHeader(CliHeaderType cliHeaderType);
 
 /// The ICMP type or code that an L4 port qualifier carries: `portType` qualifierL4SrcPort gives the
@@ -35,6 +39,8 @@ VELMOR_TCAM_API Halvo::String getCliHeader(CliHeaderType cliHeaderType);
 ///
 /// `portType` must be programmed in the shadow too; the process stops where its record, or the
 /// protocol's, is missing or not set (assertion "!!qualData->qual()").
+///
+/// Threads: those that may read the shadow.
 VELMOR_TCAM_API U16
 getQualifierL4PortIfIcmp(const Halvo::Ptr<const VelmorTcamEntryShadow>& entryShadow,
                          QualifierType portType, bool& isIcmp);

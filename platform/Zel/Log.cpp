@@ -40,22 +40,27 @@ Halvo::String filled(const char* format, std::string_view argument) {
   return text;
 }
 
-void writeLine(const LogRecord& record) {
+// The line up to the end of the text, with room for what lineEnd() appends.
+Halvo::String lineBegin(const LogDescriptor& descriptor, std::string_view text) {
   Halvo::String line;
-  line.reserve(record.text.size() + 80);
+  line.reserve(text.size() + 100);
   line += '%';
-  appendOneLine(line, record.key);
+  appendOneLine(line, descriptor.key);
   line += '-';
-  appendDecimal(line, record.severity);
+  appendDecimal(line, descriptor.severity);
   line += ": ";
-  appendOneLine(line, record.text);
-  if (record.suppressed != 0) {
+  appendOneLine(line, text);
+  line.reserve(line.size() + 50);
+  return line;
+}
+
+void lineEnd(Halvo::String& line, U64 suppressed) {
+  if (suppressed != 0) {
     line += " (";
-    appendDecimal(line, record.suppressed);
+    appendDecimal(line, suppressed);
     line += " more like it suppressed)";
   }
   line += '\n';
-  writeToStandardError(line);
 }
 
 S64 steadyNow() noexcept {
@@ -140,17 +145,22 @@ void LogHandle::log(const Halvo::String& argument) {
   ErrnoKeeper const keeper;
   Halvo::String const text = filled(descriptor_.format, argument);
   std::lock_guard<std::mutex> const guard(logLock);
+  // What needs memory comes before the limiter counts the message.
+  Halvo::String line;
+  if (sink == nullptr) line = lineBegin(descriptor_, text);
   if (!limiter_.admit(steadyNow())) return;
-  LogRecord const record{.key = descriptor_.key,
-                         .severity = descriptor_.severity,
-                         .text = text,
-                         .explanation = descriptor_.explanation,
-                         .codeString = descriptor_.codeString,
-                         .suppressed = limiter_.takeSuppressed()};
+  U64 const suppressed = limiter_.takeSuppressed();
   if (sink != nullptr) {
-    sink(record, sinkContext);
+    sink({.key = descriptor_.key,
+          .severity = descriptor_.severity,
+          .text = text,
+          .explanation = descriptor_.explanation,
+          .codeString = descriptor_.codeString,
+          .suppressed = suppressed},
+         sinkContext);
   } else {
-    writeLine(record);
+    lineEnd(line, suppressed);
+    writeToStandardError(line);
   }
 }
 

@@ -70,7 +70,7 @@ constexpr bool areLogDescriptors(const LogDescriptor (&descriptors)[count]) noex
 /// is `growth` times as long as it was, up to an hour or `interval` if that is more. `limit` bounds
 /// the messages that are let through in all.
 ///
-/// Not safe from two threads at once; a LogHandle sees to that.
+/// Threads: one at a time; a LogHandle sees to that.
 class VELMOR_PLATFORM_API LogLimiter {
  public:
   /// An `interval` of 0 or less: no windows, everything passes. A `growth` under 1 counts as 1, a
@@ -116,7 +116,9 @@ using LogSink = void (*)(const LogRecord& record, void* context);
 /// What a program logs one message through.
 ///
 /// While it lives it is on the list of handles, in the order of construction. Constructing one is
-/// cheap, a lock and a few stores, and meant for a static object. Safe from any thread.
+/// cheap, a lock and a few stores, and meant for a static object.
+///
+/// Threads: safe from any thread. A handle must outlive the calls of its log().
 class VELMOR_PLATFORM_API LogHandle {
  public:
   /// `descriptor` is kept, not copied. The others limit the rate, as LogLimiter says: at most
@@ -138,7 +140,8 @@ class VELMOR_PLATFORM_API LogHandle {
   ///
   /// with " (N more like it suppressed)" after it when the limits have held some back, and control
   /// characters written as \n, \r, \t or \xNN. A format that does not take exactly one %s stops
-  /// the process. Leaves errno as it was. Throws std::bad_alloc when memory runs out.
+  /// the process. Leaves errno as it was. Throws std::bad_alloc when memory runs out; the message
+  /// is then not logged, and not counted against the limits.
   void log(const Halvo::String& argument);
 
   /// Sends every handle's messages to `sink`, one at a time, with `context`; null goes back to

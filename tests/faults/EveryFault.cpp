@@ -1,0 +1,166 @@
+#include "EveryFault.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "Sobrel.h"
+
+namespace {
+
+volatile sig_atomic_t abortIsRight = 0;
+
+enum ChildExit { exitSurvived = 0, exitBeyond = 10, exitFailed = 11, exitWrongAbort = 12 };
+
+/// Keeps every slab full but for room for so many objects of each size.
+class FilledSlabs {
+ public:
+  explicit FilledSlabs(std::size_t room) {
+    Sobrel::slabTrim();
+    for (std::size_t size = 8; size <= Sobrel::largestSlabObject; size += size < 256 ? 8 : 16) {
+      std::vector<void*> objects;
+      for (;;) {
+        auto const before = Sobrel::slabUsage();
+        void* const object = Sobrel::slabAlloc(size);
+        auto const after = Sobrel::slabUsage();
+        if (after.slabs != before.slabs || after.liveBytes == before.liveBytes) {
+          Sobrel::slabFree(object, size);
+          break;
+        }
+        objects.push_back(object);
+      }
+      for (std::size_t i = 0; i < room && !objects.empty(); ++i) {
+        Sobrel::slabFree(objects.back(), size);
+        objects.pop_back();
+      }
+      held_.emplace_back(size, std::move(objects));
+    }
+    Sobrel::slabTrim();
+  }
+  ~FilledSlabs() {
+    for (auto const& [size, objects] : held_) {
+      for (void* const object : objects) Sobrel::slabFree(object, size);
+    }
+    Sobrel::slabTrim();
+  }
+  FilledSlabs(const FilledSlabs&) = delete;
+  FilledSlabs& operator=(const FilledSlabs&) = delete;
+
+ private:
+  std::vector<std::pair<std::size_t, std::vector<void*>>> held_;
+};
+
+/// Whether objects come from slabs at all: not so under a sanitizer that looks after each of them.
+bool slabsAreUsed() {
+  auto const before = Sobrel::slabUsage().liveBytes;
+  void* const object = Sobrel::slabAlloc(8);
+  bool const used = Sobrel::slabUsage().liveBytes != before;
+  Sobrel::slabFree(object, 8);
+  return used;
+}
+
+/// False when `path` has fewer than `at` allocations. `problem` is empty when all was well.
+bool runOnce(const std::function<void(Fault&)>& path, std::uint64_t at, bool all, bool keepsMemory,
+             std::string& problem) {
+  Sobrel::slabTrim();
+  auto const slabsBefore = Sobrel::slabUsage().liveBytes;
+  auto const liveBefore = FailingMemory::live();
+  FailingMemory::failAt(at, all);
+  try {
+    Fault fault;
+    path(fault);
+  } catch (const std::exception& error) {
+    FailingMemory::pause();
+    problem = error.what();
+  }
+  FailingMemory::pause();
+  bool const reached = FailingMemory::failed() != 0;
+  if (!problem.empty() || keepsMemory) return reached;
+  if (FailingMemory::live() != liveBefore) problem = "memory is left behind";
+  if (Sobrel::slabUsage().liveBytes != slabsBefore) problem = "slab objects are left behind";
+  return reached;
+}
+
+/// As runOnce, in a process of its own.
+bool runInChild(const std::function<void(Fault&)>& path, std::uint64_t at, bool all,
+                bool keepsMemory, std::string& problem, bool& aborted) {
+  std::fflush(nullptr);
+  pid_t const child = ::fork();
+  if (child < 0) {
+    problem = "fork failed";
+    return false;
+  }
+  if (child == 0) {
+    std::set_terminate([] { ::_exit(exitWrongAbort); });
+    ::signal(SIGABRT, [](int) {
+      if (abortIsRight == 0) ::_exit(exitWrongAbort);
+      ::signal(SIGABRT, SIG_DFL);
+      ::raise(SIGABRT);
+    });
+    std::string childProblem;
+    bool const reached = runOnce(path, at, all, keepsMemory, childProblem);
+    if (!childProblem.empty()) {
+      std::fprintf(stderr, "%s\n", childProblem.c_str());
+      ::_exit(exitFailed);
+    }
+    ::_exit(reached ? exitSurvived : exitBeyond);
+  }
+  int status = 0;
+  while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  aborted = WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT;
+  if (aborted) return true;
+  if (WIFEXITED(status) && WEXITSTATUS(status) == exitSurvived) return true;
+  if (WIFEXITED(status) && WEXITSTATUS(status) == exitBeyond) return false;
+  if (WIFEXITED(status) && WEXITSTATUS(status) == exitWrongAbort) {
+    problem = "the process stopped where it must not";
+  } else {
+    problem = "the child ended with status " + std::to_string(status);
+  }
+  return true;
+}
+
+}  // namespace
+
+void Fault::mayAbort(bool may) noexcept { abortIsRight = may ? 1 : 0; }
+
+void everyFault(const char* name, const std::function<void(Fault&)>& path, PathOptions options) {
+  // What is made once stays: the runs that count find it made.
+  if (!options.keepsMemory) {
+    std::string problem;
+    runOnce(path, ~std::uint64_t{0}, false, true, problem);
+    ASSERT_EQ(problem, "") << name << " without a fault";
+  }
+  std::uint64_t survived = 0;
+  std::uint64_t aborts = 0;
+  std::size_t const rooms = slabsAreUsed() ? 5 : 1;
+  for (std::size_t room = 0; room < rooms; ++room) {
+    FilledSlabs const slabs(room);
+    for (bool const all : {false, true}) {
+      for (std::uint64_t at = 1;; ++at) {
+        std::string problem;
+        bool aborted = false;
+        bool const reached = options.inChild
+                                 ? runInChild(path, at, all, options.keepsMemory, problem, aborted)
+                                 : runOnce(path, at, all, options.keepsMemory, problem);
+        ASSERT_EQ(problem, "") << name << ": allocation " << at << (all ? " and all later" : "")
+                               << ", room for " << room;
+        if (!reached) break;
+        ++survived;
+        if (aborted) ++aborts;
+      }
+    }
+  }
+  EXPECT_GT(survived, 0U) << name << " met no fault";
+  std::printf("faults: %s: %llu survived, %llu of them by abort\n", name,
+              static_cast<unsigned long long>(survived), static_cast<unsigned long long>(aborts));
+  testing::Test::RecordProperty(std::string("faults: ") + name, std::to_string(survived));
+}
