@@ -1,11 +1,15 @@
 #include "SnapshotReader.h"
 
+// The parser's checks of its caller write to memory that it may not have got.
+#define SIMDJSON_DEVELOPMENT_CHECKS 0
 #include <simdjson.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <new>
 #include <string>
 #include <string_view>
@@ -268,10 +272,16 @@ class SnapshotReader::Impl {
       if (isPlain != nullptr) *isPlain = true;
       return {from, static_cast<std::size_t>(end - from)};
     }
+    ondemand::raw_json_string raw;
+    check(value.get_raw_json_string().get(raw));
     std::string_view text;
-    if (value.get_string().get(text) != simdjson::SUCCESS)
-      failMember(": the string has a bad escape");
+    if (!unescape(raw, text)) failMember(": the string has a bad escape");
     return text;
+  }
+
+  /// In place of the parser's own buffer, which it uses also where there was no memory for it.
+  bool unescape(ondemand::raw_json_string raw, std::string_view& text) const {
+    return parser_.unescape(raw, textsEnd_).get(text) == simdjson::SUCCESS;
   }
 
   std::string_view printable(ondemand::value& value) const {
@@ -295,7 +305,7 @@ class SnapshotReader::Impl {
     if (*end == '"') [[likely]]
       return {from, static_cast<std::size_t>(end - from)};
     std::string_view name;
-    if (field.unescaped_key().get(name) != simdjson::SUCCESS) {
+    if (!unescape(field.key(), name)) {
       failSyntax("the name of a member has a bad escape");
     }
     return name;
@@ -544,6 +554,12 @@ class SnapshotReader::Impl {
       if (!lines_.next(line)) return false;
     } while (line.find_first_not_of(" \t\r") == line.npos);
     line_ = line;
+    if (textsRoom_ < line.size() + LineReader::padding) {
+      std::size_t const room = std::max(2 * textsRoom_, line.size() + LineReader::padding);
+      textsRoom_ = 0;
+      texts_.reset(new std::uint8_t[room]);
+      textsRoom_ = room;
+    }
     check(
         parser_.iterate(line.data(), line.size(), line.size() + LineReader::padding).get(document));
     start(document, members);
@@ -554,6 +570,7 @@ class SnapshotReader::Impl {
   }
 
   void start(ondemand::document& document, ondemand::object& members) const {
+    textsEnd_ = texts_.get();
     document.rewind();
     simdjson::error_code const error = document.get_object().get(members);
     if (error == simdjson::INCORRECT_TYPE) fail("the line is not a JSON object");
@@ -632,6 +649,10 @@ class SnapshotReader::Impl {
   EntryLine entry_;
   LineType lineType_ = lineHeader;
   std::string_view line_;
+  // The line's texts that had escapes, one behind the other: no longer than the line.
+  std::unique_ptr<std::uint8_t[]> texts_;
+  std::size_t textsRoom_ = 0;
+  mutable std::uint8_t* textsEnd_ = nullptr;
   // What messages name: the kind of line, and where in it the reader is.
   std::string_view kind_;
   std::string_view member_;
