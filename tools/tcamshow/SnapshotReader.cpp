@@ -149,7 +149,12 @@ std::string jsonFault(simdjson::error_code error) {
 
 class SnapshotReader::Impl {
  public:
-  explicit Impl(InputFile& file) : lines_(file) { headerRead(); }
+  explicit Impl(InputFile& file) : lines_(file) {
+    // simdjson chooses its code on first use, with memory that may not be there, and would do so in a
+    // function that must not throw.
+    static_cast<void>(simdjson::get_active_implementation()->name());
+    headerRead();
+  }
 
   const Header& header() const noexcept { return header_; }
   const GroupLine& group() const noexcept { return group_; }
