@@ -147,10 +147,14 @@ class VELMOR_PLATFORM_API RQueueBase {
   void swap(RQueueBase& other) noexcept {
     std::swap(tail_, other.tail_);
     std::swap(nextSequence_, other.nextSequence_);
+    std::swap(frontLeft_, other.frontLeft_);
   }
 
   RQueueBlock* tail_ = nullptr;
   U32 nextSequence_;  // of the element that will be added next
+  // So many elements at the front, or more, are in the head block and not in its last slot: they
+  // can be taken without a look at anything else.
+  U32 frontLeft_ = 0;
 };
 
 /// A queue of T: added at the back, taken from the front, in blocks that never move.
@@ -227,19 +231,12 @@ class RQueue : public RQueueBase {
 
   /// Takes the element at the front; T{} when there is none.
   T deq() {
-    if (tail_ == nullptr) return T{};
-    auto* const head = const_cast<RQueueBlock*>(tail_->next());
-    U32 const index = head->firstIndex();
-    // Only the tail can be empty.
-    if (head == tail_ && nextSequence_ == head->sequence() + index) return T{};
-    T* const slot = slots(head) + index;
-    T element(std::move(*slot));
-    std::destroy_at(slot);
-    firstIndexAdvance(*head);
-    if (index + 1 == head->capacity()) [[unlikely]] {
-      release(blockPop());
+    if (frontLeft_ == 0) [[unlikely]] {
+      return deqAtBorder();
     }
-    return element;
+    --frontLeft_;
+    RQueueBlock& head = *const_cast<RQueueBlock*>(tail_->next());
+    return take(head, head.firstIndex());
   }
 
   /// The element at the front, in place; null when there is none.
@@ -279,6 +276,31 @@ class RQueue : public RQueueBase {
   static T copyOf(const T* element) { return element == nullptr ? T{} : *element; }
   static void release(RQueueBlock* block) noexcept {
     blockDelete(block, sizeof(T), Tag::memAllocationTracker_);
+  }
+
+  // The element in this slot, the head's first live one.
+  static T take(RQueueBlock& head, U32 index) noexcept {
+    T* const slot = slots(&head) + index;
+    T element(std::move(*slot));
+    std::destroy_at(slot);
+    firstIndexAdvance(head);
+    return element;
+  }
+  // deq, where there may be no element, or the head may go.
+  [[gnu::noinline]] T deqAtBorder() noexcept(std::is_nothrow_default_constructible_v<T>) {
+    if (tail_ == nullptr) return T{};
+    RQueueBlock& head = *const_cast<RQueueBlock*>(tail_->next());
+    U32 const index = head.firstIndex();
+    // Only the tail can be empty.
+    U32 const end = &head == tail_ ? nextSequence_ - head.sequence() : head.capacity();
+    if (index == end) return T{};
+    T element(take(head, index));
+    if (index + 1 == head.capacity()) {
+      release(blockPop());
+    } else {
+      frontLeft_ = std::min(end, head.capacity() - 1) - (index + 1);
+    }
+    return element;
   }
 
   template <class Arg>

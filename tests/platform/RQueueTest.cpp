@@ -215,6 +215,28 @@ TEST_F(RQueueTest, MovesButDoesNotCopy) {
   EXPECT_EQ(a.deq(), 8);
 }
 
+TEST_F(RQueueTest, TakesInOrderAcrossSwapsAndMoves) {
+  // Elements added, and taken, before the swap: within a block, at its border, and behind it.
+  for (auto const& [added, taken] :
+       {std::pair{4, 0}, {4, 1}, {4, 3}, {4, 4}, {5, 3}, {5, 4}, {40, 7}}) {
+    SCOPED_TRACE(testing::Message() << added << ' ' << taken);
+    Queue<int> queue;
+    Queue<int> other;
+    for (int i = 0; i < added; ++i) queue.enq(i);
+    for (int i = 0; i < taken; ++i) EXPECT_EQ(queue.deq(), i);
+    other.enq(-1);
+    swap(queue, other);
+    EXPECT_EQ(queue.deq(), -1);
+    EXPECT_EQ(queue.deq(), 0);
+    queue = std::move(other);
+    EXPECT_EQ(other.deq(), 0);
+    for (int i = added; i < added + 10; ++i) queue.enq(i);
+    for (int i = taken; i < added + 10; ++i) EXPECT_EQ(queue.deq(), i);
+    EXPECT_EQ(queue.deq(), 0);
+    EXPECT_TRUE(queue.empty());
+  }
+}
+
 TEST_F(RQueueTest, ElementOfTheQueueItselfMayBeAdded) {
   Queue<String> queue;
   queue.enq("first, and longer than what a string keeps within itself: yes, much longer");
