@@ -34,15 +34,16 @@ namespace Zel {
 /// What stays valid:
 /// - A pointer or reference to a value or key: until the next insertion or removal.
 /// - An iterator: for everything, until a removal that was not its own, clear(), an assignment, a
-///   move, a swap, or an insertion that makes the table grow. Then it is stale. A stale iterator
-///   still has key(), the key that it last held, and `del(iterator)` goes by that key; `++` goes on
-///   behind that key in today's table or, when the key is gone, somewhere in it (elements may be
-///   met twice or not at all); value() and `*` must not be used.
+///   move, a swap, or an insertion or reserve() that makes the table grow. Then it is stale. A
+///   stale iterator still has key(), the key that it last held, and `del(iterator)` goes by that
+///   key; `++` goes on behind that key in today's table or, when the key is gone, somewhere in it
+///   (elements may be met twice or not at all); value() and `*` must not be used.
 /// - The end iterator: always.
 /// An iterator must not be used once its map is gone.
 ///
 /// generation() starts at 1 and goes up by 2 with each removal of an element, each clear() (of an
-/// empty map also), assignment, move from and swap; insertions leave it alone.
+/// empty map also), assignment, move from and swap, and when elements move though none was added:
+/// by reserve(), or by an insertion that threw. Insertions leave it alone.
 ///
 /// Both K and V must be movable without throwing; neither may be aligned to more than 16 bytes. A
 /// function that throws (memory, a copy that throws) leaves the elements as they were. `Hash` may
@@ -73,15 +74,15 @@ class HashMap2018 {
 
   HashMap2018() noexcept = default;
   HashMap2018(const HashMap2018& other) { copyFrom(other); }
-  HashMap2018(HashMap2018&& other) noexcept
-      : table_(std::exchange(other.table_, nullptr)), size_(std::exchange(other.size_, 0)) {
-    other.generation_ += 2;
+  HashMap2018(HashMap2018&& other) noexcept {
+    contentsSwap(other);
+    other.generationAdvance();
   }
   HashMap2018& operator=(const HashMap2018& other) {
     if (this != &other) {
       HashMap2018 copy(other);
       contentsSwap(copy);
-      generation_ += 2;
+      generationAdvance();
     }
     return *this;
   }
@@ -89,21 +90,21 @@ class HashMap2018 {
     if (this != &other) {
       clear();
       contentsSwap(other);
-      other.generation_ += 2;
+      other.generationAdvance();
     }
     return *this;
   }
   ~HashMap2018() { tableRelease(); }
   void swap(HashMap2018& other) noexcept {
     contentsSwap(other);
-    generation_ += 2;
-    other.generation_ += 2;
+    generationAdvance();
+    other.generationAdvance();
   }
   friend void swap(HashMap2018& a, HashMap2018& b) noexcept { a.swap(b); }
 
-  U32 size() const noexcept { return size_; }
-  bool empty() const noexcept { return size_ == 0; }
-  U32 generation() const noexcept { return generation_; }
+  U32 size() const noexcept { return sizeIn(state_); }
+  bool empty() const noexcept { return size() == 0; }
+  U32 generation() const noexcept { return static_cast<U32>(state_ >> 32); }
   /// Bytes of the table, as asked for of the allocator; the map's own 16 come on top.
   std::size_t memoryBytes() const noexcept {
     if (table_ == nullptr) return 0;
@@ -148,7 +149,7 @@ class HashMap2018 {
   /// gives the iterator of the next. At the end, or when that key is gone: changes nothing, end().
   iterator del(const const_iterator& at) {
     if (at.index_ == none) return end();
-    U32 const index = at.isFresh() ? at.index_ : indexOf(at.key_);
+    U32 const index = at.state_ == state_ ? static_cast<U32>(at.index_) : indexOf(at.key_);
     if (index == none) return end();
     removeAt(index);
     return iterator(this, occupiedFrom(isShort() ? index : index + 1));
@@ -161,7 +162,7 @@ class HashMap2018 {
   }
   /// Removes all and frees the table.
   void clear() noexcept {
-    generation_ += 2;
+    generationAdvance();
     // The map is empty before the first value goes: a destructor may look at it.
     HashMap2018 old;
     contentsSwap(old);
@@ -170,7 +171,9 @@ class HashMap2018 {
   void reserve(std::size_t count) {
     // There are no more keys of a byte, nor a table for more.
     if (byteKeys && count > shortLimit) count = shortLimit;
-    if (count > room()) grow(count);
+    if (count <= room()) return;
+    grow(count);
+    if (!empty()) generationAdvance();
   }
 
   iterator begin() { return iterator(this, occupiedFrom(0)); }
@@ -197,10 +200,11 @@ class HashMap2018 {
   static T* partAt(U8* table, std::size_t offset) noexcept {
     return static_cast<T*>(static_cast<void*>(table + offset));
   }
-  // Names the shape of the table: it differs between any two tables of one generation.
-  U32 shape() const noexcept {
-    return table_ == nullptr ? 0 : static_cast<U32>(head().capacity) << 16 | head().detail;
+  static U32 sizeIn(U64 state) noexcept {
+    return byteKeys ? static_cast<U16>(state) : static_cast<U32>(state);
   }
+  void sizeIs(U32 size) noexcept { state_ = (state_ & ~U64{byteKeys ? 0xFFFFU : none}) | size; }
+  void generationAdvance() noexcept { state_ += U64{2} << 32; }
 
   static U8 byteOf(const K& key) noexcept {
     U8 byte;
@@ -218,7 +222,14 @@ class HashMap2018 {
   }
 
   K* shortKeys() const noexcept { return partAt<K>(table_, Short::keysAt(head().capacity)); }
-  V* shortValues() const noexcept { return partAt<V>(table_, head().detail); }
+  V* shortValues() const noexcept {
+    return partAt<V>(table_, byteKeys ? static_cast<U16>(state_ >> 16) : head().detail);
+  }
+  // Makes an empty table that of a map which has none.
+  void tableIs(U8* table) noexcept {
+    table_ = table;
+    if constexpr (byteKeys) state_ |= U64{head().detail} << 16;
+  }
 
   U32 lastGroup() const noexcept { return (1U << head().detail) - 1; }
   U8* group(U32 number) const noexcept {
@@ -242,15 +253,16 @@ class HashMap2018 {
     const U8* const tags = table_ + Short::tagsAt;
     if constexpr (byteKeys) {
       // A map of one element is common, and needs no wide comparison.
-      if (size_ == 1) return tags[0] == tag ? 0 : none;
-      if (size_ > shortest) [[unlikely]] {
+      if (size() == 1) return tags[0] == tag ? 0 : none;
+      if (size() > shortest) [[unlikely]] {
         return farIndexOf(tag);
       }
-    }
-    U32 hits = impl::bytesEqual16(tags, tag) & ((1U << size_) - 1);
-    if constexpr (byteKeys) {
-      return hits == 0 ? none : static_cast<U32>(std::countr_zero(hits));
+      // Behind the elements there may be old keys, and behind the table's room anything.
+      U32 const index =
+          static_cast<U32>(std::countr_zero(impl::bytesEqual16(tags, tag) | 1U << shortest));
+      return index < size() ? index : none;
     } else {
+      U32 hits = impl::bytesEqual16(tags, tag) & ((1U << size()) - 1);
       for (; hits != 0; hits &= hits - 1) {
         U32 const index = static_cast<U32>(std::countr_zero(hits));
         if (shortKeys()[index] == key) return index;
@@ -259,11 +271,11 @@ class HashMap2018 {
     }
   }
   U32 farIndexOf(U8 tag) const noexcept {
-    for (U32 from = 0; from < size_; from += 16) {
+    for (U32 from = 0; from < size(); from += 16) {
       U32 const hits = impl::bytesEqual16(table_ + Short::tagsAt + from, tag);
       if (hits == 0) continue;
       U32 const index = from + static_cast<U32>(std::countr_zero(hits));
-      return index < size_ ? index : none;
+      return index < size() ? index : none;
     }
     return none;
   }
@@ -306,9 +318,9 @@ class HashMap2018 {
   // load would wait for that store.
   V* foundBeforeInsert(const K& key) const noexcept {
     if constexpr (byteKeys) {
-      if (size_ <= 8) {
+      if (size() <= 8) {
         U8 const byte = byteOf(key);
-        for (U32 i = 0; i < size_; ++i) {
+        for (U32 i = 0; i < size(); ++i) {
           if (table_[Short::tagsAt + i] == byte) return shortValues() + i;
         }
         return nullptr;
@@ -319,7 +331,7 @@ class HashMap2018 {
   // The first element at this place of the table or behind it.
   U32 occupiedFrom(U32 index) const noexcept {
     if (table_ == nullptr) return none;
-    if (isShort()) return index < size_ ? index : none;
+    if (isShort()) return index < size() ? index : none;
     return groupOccupiedFrom(index);
   }
   U32 groupOccupiedFrom(U32 index) const noexcept {
@@ -335,6 +347,16 @@ class HashMap2018 {
       found = occupied(here);
     }
     return number << 4 | static_cast<U32>(std::countr_zero(found));
+  }
+  // Whether the element at this place is there, and has this key.
+  bool holdsAt(U32 index, const K* place, const K& key) const noexcept {
+    if (table_ == nullptr) return false;
+    if (isShort()) {
+      if (index >= size()) return false;
+    } else if (index >> 4 > lastGroup() || (occupied(group(index >> 4)) >> (index & 15) & 1) == 0) {
+      return false;
+    }
+    return keyAt(index) == place && *place == key;
   }
   // Where a stale iterator goes on that stood at this place and key.
   [[gnu::noinline]] U32 resumed(const K& key, U32 index) const {
@@ -384,22 +406,37 @@ class HashMap2018 {
   // Adds an element whose key is not in the map.
   template <class KeyArg>
   V* add(KeyArg&& key, V&& value) {
-    if (size_ >= room()) [[unlikely]] {
-      grow(nextRoom(room()));
+    if (size() >= room()) [[unlikely]] {
+      return addInLarger(std::forward<KeyArg>(key), std::move(value));
     }
     return place(std::forward<KeyArg>(key), std::move(value));
+  }
+  template <class KeyArg>
+  V* addInLarger(KeyArg&& key, V&& value) {
+    grow(nextRoom(room()));
+    if constexpr (byteKeys) {
+      return place(std::forward<KeyArg>(key), std::move(value));
+    } else {
+      try {
+        return place(std::forward<KeyArg>(key), std::move(value));
+      } catch (...) {
+        // The elements are the same, and have moved: that must show in the word of state.
+        generationAdvance();
+        throw;
+      }
+    }
   }
   // As add, where there is room. Throws what copying the key does, before anything has changed.
   template <class KeyArg>
   V* place(KeyArg&& key, V&& value) {
     if (isShort()) {
       U8 const tag = tagOfKey(key);
-      U32 const index = size_;
+      U32 const index = size();
       if constexpr (!byteKeys) new (shortKeys() + index) K(std::forward<KeyArg>(key));
       V* const made = new (shortValues() + index) V(std::move(value));
       // Last, where keys are bytes: the key itself.
       table_[Short::tagsAt + index] = tag;
-      ++size_;
+      ++state_;
       return made;
     }
     U64 const hash = hashOf(key);
@@ -412,7 +449,7 @@ class HashMap2018 {
     new (partAt<K>(here, Groups::keysAt) + slot) K(std::forward<KeyArg>(key));
     V* const made = new (partAt<V>(here, Groups::valuesAt) + slot) V(std::move(value));
     here[slot] = tagOf(hash);
-    ++size_;
+    ++state_;
     if (step != 0) [[unlikely]] {
       overflowAdd(hash, number, 1);
     }
@@ -436,7 +473,7 @@ class HashMap2018 {
       K* const keys = shortKeys();
       V* const values = shortValues();
       V removed(std::move(values[index]));
-      U32 const last = size_ - 1;
+      U32 const last = size() - 1;
       std::destroy_at(values + index);
       if constexpr (!byteKeys) std::destroy_at(keys + index);
       if (index != last) {
@@ -448,8 +485,8 @@ class HashMap2018 {
         }
         table[Short::tagsAt + index] = table[Short::tagsAt + last];
       }
-      size_ = last;
-      generation_ += 2;
+      --state_;
+      generationAdvance();
       return removed;
     }
     U32 const number = index >> 4;
@@ -461,8 +498,8 @@ class HashMap2018 {
     std::destroy_at(value);
     std::destroy_at(key);
     here[index & 15] = 0;
-    --size_;
-    generation_ += 2;
+    --state_;
+    generationAdvance();
     if ((homeGroup(hash) & lastGroup()) != number) overflowAdd(hash, number, -1);
     return removed;
   }
@@ -470,7 +507,7 @@ class HashMap2018 {
   // Moves all elements to a table with room for `count`.
   [[gnu::noinline]] void grow(std::size_t count) {
     HashMap2018 larger;
-    larger.table_ = tableFor(count);
+    larger.tableIs(tableFor(count));
     if (table_ != nullptr) {
       if (isShort() && larger.isShort()) {
         shortRelocate(larger);
@@ -483,14 +520,15 @@ class HashMap2018 {
     contentsSwap(larger);
   }
   void shortRelocate(HashMap2018& to) noexcept {
-    U32 const count = std::exchange(size_, 0);
+    U32 const count = size();
+    sizeIs(0);
     // Byte by byte: a wide load of tags just written one at a time would wait for all the stores.
     for (U32 i = 0; i < count; ++i) {
       to.table_[Short::tagsAt + i] = table_[Short::tagsAt + i];
       if constexpr (!byteKeys) relocate(shortKeys() + i, to.shortKeys() + i);
       relocate(shortValues() + i, to.shortValues() + i);
     }
-    to.size_ = count;
+    to.sizeIs(count);
   }
   template <class T>
   static void relocate(T* from, T* to) noexcept {
@@ -498,27 +536,29 @@ class HashMap2018 {
     std::destroy_at(from);
   }
   void copyFrom(const HashMap2018& other) {
-    if (other.size_ == 0) return;
+    if (other.size() == 0) return;
     HashMap2018 copy;
     if (other.isShort()) {
-      copy.table_ = tableFor(other.size_);
+      copy.tableIs(tableFor(other.size()));
     } else {
-      copy.table_ = groupTable(other.head().detail);
+      copy.tableIs(groupTable(other.head().detail));
     }
     for (U32 index = other.occupiedFrom(0); index != none; index = other.occupiedFrom(index + 1)) {
-      copy.place(*other.keyAt(index), V{*other.valueAt(index)});
+      copy.place(*other.keyAt(index), V(*other.valueAt(index)));
     }
     contentsSwap(copy);
   }
   void contentsSwap(HashMap2018& other) noexcept {
     std::swap(table_, other.table_);
-    std::swap(size_, other.size_);
+    U64 const differing = (state_ ^ other.state_) & none;
+    state_ ^= differing;
+    other.state_ ^= differing;
   }
   void tableRelease() noexcept {
     if (table_ == nullptr) return;
     if (isShort()) {
-      std::destroy_n(shortValues(), size_);
-      if constexpr (!byteKeys) std::destroy_n(shortKeys(), size_);
+      std::destroy_n(shortValues(), size());
+      if constexpr (!byteKeys) std::destroy_n(shortKeys(), size());
     } else if constexpr (!std::is_trivially_destructible_v<K> ||
                          !std::is_trivially_destructible_v<V>) {
       for (U32 index = occupiedFrom(0); index != none; index = occupiedFrom(index + 1)) {
@@ -530,127 +570,15 @@ class HashMap2018 {
   }
 
   U8* table_ = nullptr;
-  U32 size_ = 0;
-  U32 generation_ = 1;
-};
-
-/// Stands at an element, or at the end. See the map for what makes it stale.
-template <class K, class V, class Hash>
-template <bool isConst>
-class HashMap2018<K, V, Hash>::BasicIterator {
-  using Map = std::conditional_t<isConst, const HashMap2018, HashMap2018>;
-  using MapValue = std::conditional_t<isConst, const V, V>;
-
- public:
-  /// An element as range-for sees it: references into the table.
-  struct Item {
-    const K& key;
-    MapValue& value;
-  };
-  using iterator_category = std::input_iterator_tag;
-  using value_type = Item;
-  using difference_type = std::ptrdiff_t;
-  using reference = Item;
-  using pointer = void;
-
-  template <bool otherIsConst>
-  requires(isConst && !otherIsConst) BasicIterator(const BasicIterator<otherIsConst>& other)
-      : map_(other.map_),
-        table_(other.table_),
-        generation_(other.generation_),
-        shape_(other.shape_),
-        index_(other.index_),
-        keyAt_(other.keyAt_),
-        valueAt_(other.valueAt_),
-        key_(other.key_) {}
-  BasicIterator(const BasicIterator&) = default;
-  BasicIterator(BasicIterator&&) noexcept = default;
-  BasicIterator& operator=(const BasicIterator&) = default;
-  BasicIterator& operator=(BasicIterator&&) noexcept = default;
-  ~BasicIterator() = default;
-
-  /// The key that the iterator holds, a copy of its own; the default key at the end.
-  const K& key() const noexcept { return key_; }
-  MapValue& value() const noexcept { return *valueAt_; }
-  Item operator*() const noexcept { return {*keyAt_, *valueAt_}; }
-  U32 generation() const noexcept { return generation_; }
-  /// Whether the iterator is not stale.
-  bool isFresh() const noexcept {
-    return index_ == none || (generation_ == map_->generation_ && shape_ == map_->shape());
-  }
-
-  BasicIterator& operator++() {
-    if (generation_ != map_->generation_ || table_ != map_->table_) [[unlikely]] {
-      // Through a copy: the iterator itself stays in registers.
-      K const held(key_);
-      U32 const next = map_->resumed(held, index_);
-      stamp();
-      standAt(next);
-    } else if (!map_->isShort()) {
-      U32 const next = map_->groupOccupiedFrom(index_ + 1);
-      if (next == none) [[unlikely]] {
-        standAtEnd();
-      } else {
-        U8* const here = map_->group(next >> 4);
-        index_ = next;
-        keyAt_ = partAt<K>(here, Groups::keysAt) + (next & 15);
-        valueAt_ = partAt<V>(here, Groups::valuesAt) + (next & 15);
-        key_ = *keyAt_;
-      }
-    } else if (++index_ < map_->size_) {
-      ++valueAt_;
-      key_ = *++keyAt_;
-    } else {
-      standAtEnd();
-    }
-    return *this;
-  }
-  BasicIterator operator++(int) {
-    BasicIterator const before(*this);
-    ++*this;
-    return before;
-  }
-  /// Whether both stand at the same place.
-  friend bool operator==(const BasicIterator& a, const BasicIterator& b) noexcept {
-    return a.index_ == b.index_;
-  }
-
- private:
-  friend HashMap2018;
-  friend BasicIterator<true>;
-  explicit BasicIterator(Map* map) noexcept : map_(map) {}
-  BasicIterator(Map* map, U32 index) : map_(map) {
-    stamp();
-    standAt(index);
-  }
-  void stamp() noexcept {
-    table_ = map_->table_;
-    generation_ = map_->generation_;
-    shape_ = map_->shape();
-  }
-  void standAt(U32 index) {
-    if (index == none) return standAtEnd();
-    index_ = index;
-    keyAt_ = map_->keyAt(index);
-    valueAt_ = map_->valueAt(index);
-    key_ = *keyAt_;
-  }
-  void standAtEnd() {
-    index_ = none;
-    key_ = K{};
-  }
-  Map* map_;
-  // A step compares the address of the table, at hand in the map. The shape decides wherever a
-  // table that grew twice, back to the address it had, would do harm.
-  const U8* table_ = nullptr;
-  U32 generation_ = 0;
-  U32 shape_ = 0;
-  U32 index_ = none;
-  const K* keyAt_ = nullptr;
-  MapValue* valueAt_ = nullptr;
-  K key_{};
+  // The generation in the high half, the size in the low one; where keys are bytes, a half of that
+  // for each of size and the offset of the values. A look at an element then waits for one load
+  // after the map's own. Of one value of this word there is one table, unmoved: a step of an
+  // iterator compares this alone.
+  U64 state_ = U64{1} << 32;
 };
 
 static_assert(sizeof(HashMap2018<U8, void*>) == 16);
 
 }  // namespace Zel
+
+#include "Zel/HashMapIterator.h"  // IWYU pragma: export

@@ -206,6 +206,117 @@ TEST(HashMap2018, IteratorIsStaleOnceTheTableGrew) {
   EXPECT_TRUE(it.isFresh());
 }
 
+TEST(HashMap2018, WalkMeetsEachElementOnceAtEverySize) {
+  HashMap2018<U8, int> bytes;
+  HashMap2018<U64, int> words;
+  for (int count = 0; count <= 256; ++count) {
+    SCOPED_TRACE(count);
+    std::vector<int> met(256);
+    for (auto it = bytes.begin(); it != bytes.end(); ++it) {
+      EXPECT_EQ(it.key(), it.value());
+      EXPECT_EQ((*it).key, it.key());
+      EXPECT_TRUE(it.isFresh());
+      ++met[static_cast<std::size_t>(it.value())];
+    }
+    for (auto it = words.begin(); it != words.end(); ++it) {
+      EXPECT_EQ(it.key(), static_cast<U64>(it.value()) << 40);
+      EXPECT_EQ((*it).key, it.key());
+      met[static_cast<std::size_t>(it.value())] += 2;
+    }
+    for (int i = 0; i < 256; ++i) EXPECT_EQ(met[static_cast<std::size_t>(i)], i < count ? 3 : 0);
+    if (count == 256) break;
+    bytes.insert(static_cast<U8>(count), count);
+    words.insert(static_cast<U64>(count) << 40, count);
+  }
+}
+
+template <class Key>
+void walkPastAnInsertion(int room, int count) {
+  SCOPED_TRACE(room);
+  HashMap2018<Key, int> map;
+  map.reserve(static_cast<std::size_t>(room));
+  for (int i = 0; i < count; ++i) map.insert(static_cast<Key>(i), i);
+  auto it = map.begin();
+  std::vector<int> met(static_cast<std::size_t>(count) + 1);
+  ++met[static_cast<std::size_t>(it.value())];
+  map.insert(static_cast<Key>(count), count);
+  EXPECT_TRUE(it.isFresh());
+  EXPECT_EQ(it.value(), static_cast<int>(it.key()));
+  for (++it; it != map.end(); ++it) ++met[static_cast<std::size_t>(it.value())];
+  for (int i = 0; i < count; ++i) EXPECT_EQ(met[static_cast<std::size_t>(i)], 1) << i;
+}
+TEST(HashMap2018, InsertionThatFitsLeavesIteratorsFresh) {
+  walkPastAnInsertion<U8>(4, 2);
+  walkPastAnInsertion<U8>(256, 200);
+  walkPastAnInsertion<U64>(10, 5);
+  walkPastAnInsertion<U64>(1000, 300);
+}
+
+TEST(HashMap2018, ReserveThatMovesElementsMakesIteratorsStale) {
+  HashMap2018<U8, int> map;
+  map.reserve(1);
+  EXPECT_EQ(map.generation(), 1U);
+  for (int i = 0; i < 4; ++i) map.insert(static_cast<U8>(i), i);
+  EXPECT_EQ(map.generation(), 1U);
+  auto it = map.at(1);
+  map.reserve(4);
+  EXPECT_EQ(map.generation(), 1U);
+  EXPECT_TRUE(it.isFresh());
+  map.reserve(10);
+  map.reserve(200);
+  EXPECT_EQ(map.generation(), 5U);
+  EXPECT_FALSE(it.isFresh());
+  ++it;
+  EXPECT_EQ(it.key(), 2);
+  EXPECT_EQ(it.value(), 2);
+  EXPECT_TRUE(it.isFresh());
+}
+
+TEST(HashMap2018, IteratorGoesOnAfterAnInsertionThatThrewOnceTheTableHadGrown) {
+  struct Key {
+    Key() = default;
+    explicit Key(int n) : number(n) {}
+    Key(const Key& other) : number(other.number) {
+      if (number < 0) throw std::runtime_error("copy");
+    }
+    Key(Key&& other) noexcept = default;
+    Key& operator=(const Key&) = default;
+    bool operator==(const Key&) const = default;
+    int number = 0;
+  };
+  struct Hash {
+    std::size_t operator()(const Key& key) const { return static_cast<std::size_t>(key.number); }
+  };
+  for (int count : {4, 10, 16}) {
+    SCOPED_TRACE(count);
+    HashMap2018<Key, int, Hash> map;
+    map.reserve(static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i) map.insert(Key(i), i);
+    auto it = map.begin();
+    Key const bad(-1);
+    EXPECT_THROW(map.insert(bad, 0), std::runtime_error);
+    EXPECT_EQ(map.size(), static_cast<U32>(count));
+    EXPECT_FALSE(it.isFresh());
+    int met = 1;
+    for (++it; it != map.end() && met < 100; ++it) {
+      EXPECT_EQ(it.key().number, it.value());
+      ++met;
+    }
+    EXPECT_LE(met, count);
+  }
+}
+
+TEST(HashMap2018, RemovedByteKeysAreNotFoundBehindTheElements) {
+  HashMap2018<U8, int> map;
+  for (int i = 0; i < 16; ++i) map.insert(static_cast<U8>(100 + i), i);
+  for (int i = 15; i >= 0; --i) {
+    EXPECT_TRUE(map.del(static_cast<U8>(100 + i)));
+    for (int k = 0; k < 256; ++k) {
+      EXPECT_EQ(map.has(static_cast<U8>(k)), k >= 100 && k < 100 + i) << k;
+    }
+  }
+}
+
 TEST(HashMap2018, SwapAndAssignmentMakeIteratorsStale) {
   HashMap2018<U8, int> a;
   HashMap2018<U8, int> b;
