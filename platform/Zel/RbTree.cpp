@@ -267,6 +267,34 @@ void* RbTree::find(U64 hint) const noexcept {
   return leaf->elements()[index];
 }
 
+void* RbTree::anyElement() const noexcept {
+  return height_ == 0 ? static_cast<Leaf*>(root_)->elements()[0]
+                      : static_cast<Inner*>(root_)->elements[0];
+}
+
+namespace {
+
+void rehintBlock(void* block, U32 height, U32 skip, U64 (*hintOf)(const void*, U32)) noexcept {
+  if (height == 0) {
+    Leaf& leaf = *static_cast<Leaf*>(block);
+    for (U32 i = 0; i < leaf.count; ++i) leaf.hints()[i] = hintOf(leaf.elements()[i], skip);
+    return;
+  }
+  Inner& inner = *static_cast<Inner*>(block);
+  for (U32 i = 0; i < inner.count; ++i) {
+    inner.hints[i] = hintOf(inner.elements[i], skip);
+    rehintBlock(inner.children[i], height - 1, skip, hintOf);
+  }
+}
+
+}  // namespace
+
+void RbTree::rehint(U32 skip, U64 (*hintOf)(const void*, U32)) noexcept {
+  if (skip > skip_) ++skipGrowths_;
+  skip_ = static_cast<U16>(skip);
+  if (root_ != nullptr) rehintBlock(root_, height_, skip, hintOf);
+}
+
 RbTree::Position RbTree::first() const noexcept {
   void* block = root_;
   for (U32 level = height_; level != 0; --level) block = static_cast<Inner*>(block)->children[0];
@@ -517,6 +545,8 @@ void RbTree::leafRemove(Path& path) noexcept {
   leafDelete(leaf);
   if (height_ == 0) {
     root_ = nullptr;
+    skip_ = 0;
+    skipGrowths_ = 0;
     return;
   }
   U32 const level = height_ - 1;
@@ -580,6 +610,8 @@ void RbTree::contentsSwap(RbTree& other) noexcept {
   std::swap(root_, other.root_);
   std::swap(size_, other.size_);
   std::swap(height_, other.height_);
+  std::swap(skip_, other.skip_);
+  std::swap(skipGrowths_, other.skipGrowths_);
   ++version_;
   ++other.version_;
 }
@@ -637,6 +669,8 @@ void RbTree::blocksFree() noexcept {
   recent_ = nullptr;
   root_ = nullptr;
   height_ = 0;
+  skip_ = 0;
+  skipGrowths_ = 0;
   size_ = 0;
   ++version_;
 }

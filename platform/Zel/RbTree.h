@@ -42,7 +42,8 @@ struct RbTreeOrder {
     }
   }
 };
-/// Strings: their first eight bytes.
+/// Strings: eight of their bytes, the first ones or, in a tree whose keys all begin alike, the
+/// first behind that beginning. An order can have this if it has commonSize and hintBehind.
 template <>
 struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
   static constexpr bool exact = false;
@@ -50,6 +51,19 @@ struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
     U64 bytes = 0;
     std::memcpy(&bytes, text.data(), text.size() < 8 ? text.size() : 8);
     return __builtin_bswap64(bytes);
+  }
+  /// The hint of what stands behind the first `skip` bytes, which the text has.
+  static U64 hintBehind(std::string_view text, U32 skip) noexcept {
+    return hint({text.data() + skip, text.size() - skip});
+  }
+  /// How many bytes both begin with, at most `limit`.
+  static U32 commonSize(std::string_view a, std::string_view b, U32 limit) noexcept {
+    std::size_t const shorter = a.size() < b.size() ? a.size() : b.size();
+    U32 const end = shorter < limit ? static_cast<U32>(shorter) : limit;
+    U32 same = 0;
+    while (same + 8 <= end && std::memcmp(a.data() + same, b.data() + same, 8) == 0) same += 8;
+    while (same < end && a[same] == b[same]) ++same;
+    return same;
   }
   static bool lessBehindHint(std::string_view a, std::string_view b) noexcept {
     std::size_t const shorter = a.size() < b.size() ? a.size() : b.size();
@@ -143,6 +157,18 @@ class VELMOR_PLATFORM_API RbTree {
   U32 generation() const noexcept { return generation_; }
   U32 version() const noexcept { return version_; }
   void generationAdvance() noexcept { generation_ += 2; }
+  /// How much of the beginning of every key the hints leave out.
+  U32 skip() const noexcept { return skip_; }
+  /// Any one of the elements, of which there is at least one.
+  void* anyElement() const noexcept;
+  /// Gives every element its hint anew.
+  void rehint(U32 skip, U64 (*hintOf)(const void*, U32)) noexcept;
+  /// Whether, after an insertion, the keys may be worth a look for a longer common beginning. At
+  /// few sizes alone, and only as long as that has not happened too often.
+  bool mayGrowSkip() const noexcept {
+    return size_ >= 8 && (size_ & (size_ - 1)) == 0 && skipGrowths_ != 0xFF;
+  }
+  static constexpr U32 maxSkip = 0xFFF8;
   /// Bytes of all blocks, elements not counted.
   std::size_t blockBytes() const noexcept;
 
@@ -195,7 +221,9 @@ class VELMOR_PLATFORM_API RbTree {
   U32 size_ = 0;
   U32 generation_ = 1;
   U32 version_ = 0;
-  U32 height_ = 0;  // levels of inner blocks
+  U8 height_ = 0;  // levels of inner blocks
+  U8 skipGrowths_ = 0;
+  U16 skip_ = 0;
 };
 
 }  // namespace impl

@@ -121,10 +121,13 @@ class RbTreeOf {
     Element* element;
   };
 
-  static RbTreeProbe probeFor(const K& key) noexcept {
+  RbTreeProbe probeFor(const K& key) const noexcept {
     if constexpr (Order::exact) {
       return {Order::hint(key), nullptr, nullptr, nullptr};
     } else {
+      if constexpr (skips) {
+        if (U32 const skip = tree_.skip(); skip != 0) return probeBehind(key, skip);
+      }
       return {Order::hint(key), &key, isBelow, isAbove};
     }
   }
@@ -139,6 +142,7 @@ class RbTreeOf {
   template <class Make>
   std::pair<Element*, bool> elementFor(const K& key, Make make) {
     RbTree::Path path;
+    if constexpr (skips) skipLimit(key);
     RbTreeProbe const probe = probeFor(key);
     if (void* const present = tree_.locate(probe, path)) {
       return {static_cast<Element*>(present), false};
@@ -155,6 +159,9 @@ class RbTreeOf {
         Sobrel::trackedFree(Tag::memAllocationTracker_, memory, sizeof(Element));
       }
       throw;
+    }
+    if constexpr (skips) {
+      if (tree_.mayGrowSkip()) skipGrow();
     }
     return {element, true};
   }
@@ -173,6 +180,47 @@ class RbTreeOf {
   }
 
  private:
+  // Whether hints may leave out what all keys begin with.
+  static constexpr bool skips = requires(const K& key) { Order::hintBehind(key, U32{}); };
+
+  static const K& keyOf(const void* element) noexcept {
+    return static_cast<const Element*>(element)->key;
+  }
+  static U64 hintOf(const void* element, U32 skip) noexcept {
+    return Order::hintBehind(keyOf(element), skip);
+  }
+  // What to search for where the hints leave out the first `skip` bytes. A key that begins
+  // otherwise is below all elements or above all.
+  RbTreeProbe probeBehind(const K& key, U32 skip) const noexcept {
+    const K& some = keyOf(tree_.anyElement());
+    if (Order::commonSize(key, some, skip) == skip) {
+      return {Order::hintBehind(key, skip), &key, isBelow, isAbove};
+    }
+    return {Less{}(key, some) ? U64{0} : ~U64{0}, &key, isBelowAsWhole, isAboveAsWhole};
+  }
+  // Before the key is added: the hints leave out no more than it has in common with the others.
+  void skipLimit(const K& key) noexcept {
+    U32 const skip = tree_.skip();
+    if (skip == 0) return;
+    U32 const common = Order::commonSize(key, keyOf(tree_.anyElement()), skip);
+    if (common == skip) return;
+    // At most half: few such steps lead to nothing left out.
+    tree_.rehint((common < skip / 2 ? common : skip / 2) & ~7U, hintOf);
+  }
+  void skipGrow() noexcept {
+    RbTree::Position const last = tree_.last();
+    U32 const common =
+        Order::commonSize(keyOf(tree_.first().leaf->elements()[0]),
+                          keyOf(last.leaf->elements()[last.index]), RbTree::maxSkip) &
+        ~7U;
+    if (common > tree_.skip()) tree_.rehint(common, hintOf);
+  }
+  static bool isBelowAsWhole(const void* element, const void* key) {
+    return Less{}(keyOf(element), *static_cast<const K*>(key));
+  }
+  static bool isAboveAsWhole(const void* element, const void* key) {
+    return Less{}(*static_cast<const K*>(key), keyOf(element));
+  }
   // Called for keys of equal hints alone.
   static bool isLess(const K& a, const K& b) {
     if constexpr (requires { Order::lessBehindHint(a, b); }) {
@@ -308,9 +356,9 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
     if constexpr (Order::exact) {
       return {hint_, nullptr, nullptr, nullptr};
     } else if constexpr (copiesKey) {
-      return probeFor(heldKey_);
+      return owner_->probeFor(heldKey_);
     } else {
-      return probeFor(element_->key);
+      return owner_->probeFor(element_->key);
     }
   }
   // `++` after the tree has changed.

@@ -137,6 +137,46 @@ TEST_F(RbTreeMapTest, OrdersStringsByTheirBytes) {
   EXPECT_FALSE(map.has("acl-ipv4-"));
 }
 
+TEST_F(RbTreeMapTest, OrdersStringsThatBeginAlike) {
+  String const beginning = "acl-ipv4-ingress-";
+  // Each of these joins a thousand names that begin alike: below them, above them, between them.
+  for (const String& other :
+       {String(), String("acl-ipv4"), String("acl-ipv4-ingress-"), String("acl-ipv4-ingress-5000"),
+        String("acl-ipv4-ingress-", 18), String("acl-ipv4-ingrest"), String("acl-ipv4-ingrese"),
+        String("acl-ipv6-ingress-500"), String("\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"),
+        String("\x01")}) {
+    SCOPED_TRACE(other.view());
+    Map<String, U32> map;
+    std::map<String, U32> oracle;
+    for (U32 i = 0; i < 1000; ++i) {
+      String const name = beginning + String(std::to_string(i * 7 % 1000));
+      map.insert(name, i);
+      oracle.emplace(name, i);
+    }
+    EXPECT_FALSE(map.has(other));
+    EXPECT_FALSE(map.del(other));
+    auto const behind = oracle.upper_bound(other);
+    auto const at = map.upperBound(other);
+    EXPECT_EQ(at == map.end(), behind == oracle.end());
+    EXPECT_EQ(map.lowerBound(other) == map.end(), behind == oracle.end());
+    if (behind != oracle.end()) {
+      EXPECT_EQ(at.key(), behind->first);
+      EXPECT_EQ(map.lowerBound(other).key(), behind->first);
+    }
+    map.insert(other, 5);
+    oracle.emplace(other, 5U);
+    EXPECT_TRUE(map.isSound());
+    EXPECT_TRUE(map.has(other));
+    EXPECT_TRUE(std::equal(
+        map.begin(), map.end(), oracle.begin(), oracle.end(),
+        [](auto const& a, auto const& b) { return a.key == b.first && a.value == b.second; }));
+    for (auto const& [name, value] : oracle) EXPECT_EQ(map.get(name), value);
+    EXPECT_TRUE(map.del(other));
+    EXPECT_FALSE(map.has(other));
+    EXPECT_TRUE(map.isSound());
+  }
+}
+
 TEST_F(RbTreeMapTest, FirstElementIsFoundWhereALowerOneWasRemoved) {
   Set<U32> set;
   for (U32 key = 0; key < 400; key += 2) set.insert(key);
@@ -458,6 +498,16 @@ TEST_F(RbTreeMapTest, AgreesWithAnOracleForAMillionSteps) {
     return String(n % 3 == 0 ? "acl-ipv4-" : "") + String(std::to_string(n * 7919));
   });
   liveRandomly<Plain>(150'000, 2'000, 5, [](U32 n) { return Plain(static_cast<int>(n)); });
+  // Names that begin alike, and now and then one that does not, or is nothing but the beginning.
+  for (U32 keyRange : {12U, 40U, 400U, 6'000U}) {
+    liveRandomly<String>(100'000, keyRange, 6 + keyRange, [](U32 n) {
+      String const beginning = "velmor-access-list-of-the-ingress-pipe-";
+      if (n % 39 == 0) return String(beginning.substr(0, n / 39 % 40));
+      if (n % 101 == 0)
+        return beginning.substr(0, n / 101 % 39) + String(n % 2 == 0 ? "a" : "\x80z");
+      return beginning + String(std::to_string(n));
+    });
+  }
 }
 
 TEST_F(RbTreeMapTest, IsSoundInEveryStateOfOrderedGrowthAndShrinking) {
