@@ -1,0 +1,160 @@
+// The child maps of the usage tree and the summary beside std::map to std::shared_ptr, their nodes
+// included.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <numeric>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
+
+namespace {
+
+using Halvo::String;
+using VelmorTcam::U32;
+using VelmorTcam::U64;
+
+enum Order { sorted, reversed, shuffled };
+
+template <class Key>
+std::vector<Key> keysIn(Order order, std::int64_t count) {
+  std::vector<Key> keys;
+  for (std::int64_t i = 0; i < count; ++i) {
+    if constexpr (std::is_same_v<Key, U32>) {
+      keys.push_back(static_cast<U32>(i));
+    } else {
+      keys.push_back(String("acl-ipv4-" + std::to_string(i)));
+    }
+  }
+  std::sort(keys.begin(), keys.end());
+  if (order == reversed) std::reverse(keys.begin(), keys.end());
+  if (order == shuffled) std::shuffle(keys.begin(), keys.end(), std::mt19937(1));
+  return keys;
+}
+
+struct OursGroups {
+  using Key = U32;
+  auto childIs(U32 key) { return parent->groupInfoIs(key); }
+  U64 walk() const {
+    U64 sum = 0;
+    for (auto const& [key, child] : parent->groupInfo()) sum += key ^ child->groupId();
+    return sum;
+  }
+  Halvo::Ptr<VelmorTcam::CliShowTcamUsageGroupPriorityBucket> parent =
+      Halvo::makePtr<VelmorTcam::CliShowTcamUsageGroupPriorityBucket>(1U);
+};
+struct OursNames {
+  using Key = String;
+  auto childIs(const String& key) { return parent->tcamSummaryIs(key); }
+  U64 walk() const {
+    U64 sum = 0;
+    for (auto const& [key, child] : parent->tcamSummary()) {
+      sum += key.size() ^ child->groupName().size();
+    }
+    return sum;
+  }
+  Halvo::Ptr<VelmorTcam::CliShowTcamSummaryOrdered> parent =
+      Halvo::makePtr<VelmorTcam::CliShowTcamSummaryOrdered>();
+};
+
+// The same parents and children without a word more than they need.
+template <class K, class Child>
+struct AltParent {
+  using Key = K;
+  std::shared_ptr<Child> childIs(const K& key) {
+    auto const at = children.lower_bound(key);
+    if (at != children.end() && at->first == key) return at->second;
+    return children.emplace_hint(at, key, std::make_shared<Child>(key))->second;
+  }
+  U64 walk() const {
+    U64 sum = 0;
+    for (auto const& [key, child] : children) {
+      if constexpr (std::is_same_v<K, U32>) {
+        sum += key ^ child->id;
+      } else {
+        sum += key.size() ^ child->name.size();
+      }
+    }
+    return sum;
+  }
+  std::map<K, std::shared_ptr<Child>> children;
+};
+struct AltCopy;
+struct AltGroup {
+  explicit AltGroup(U32 key) : id(key) {}
+  U32 id;
+  std::map<U32, std::shared_ptr<AltCopy>> copies;
+};
+struct AltName {
+  explicit AltName(String key) : name(std::move(key)) {}
+  String name;
+  std::vector<String> names;
+  bool pipeFinished = false;
+};
+using AltGroups = AltParent<U32, AltGroup>;
+using AltNames = AltParent<String, AltName>;
+
+template <class Parent>
+void fill(Parent& parent, const std::vector<typename Parent::Key>& keys) {
+  for (auto const& key : keys) benchmark::DoNotOptimize(parent.childIs(key));
+}
+
+template <class Parent, Order order>
+void create(benchmark::State& state) {
+  auto const keys = keysIn<typename Parent::Key>(order, state.range(0));
+  for (auto _ : state) {
+    auto parent = std::make_unique<Parent>();
+    fill(*parent, keys);
+    state.PauseTiming();
+    parent.reset();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+// All children are there, and asked for in another order than they came in.
+template <class Parent, Order order>
+void get(benchmark::State& state) {
+  auto keys = keysIn<typename Parent::Key>(order, state.range(0));
+  Parent parent;
+  fill(parent, keys);
+  if (order == shuffled) std::shuffle(keys.begin(), keys.end(), std::mt19937(2));
+  for (auto _ : state) fill(parent, keys);
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+template <class Parent, Order order>
+void walk(benchmark::State& state) {
+  Parent parent;
+  fill(parent, keysIn<typename Parent::Key>(order, state.range(0)));
+  for (auto _ : state) benchmark::DoNotOptimize(parent.walk());
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void sizes(benchmark::internal::Benchmark* b) {
+  b->Arg(10)->Arg(1000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);
+}
+
+#define PAIR(bench, kind, order)                               \
+  BENCHMARK_TEMPLATE(bench, Ours##kind, order)                 \
+      ->Name("child_map/" #kind "/" #bench "/" #order "/ours") \
+      ->Apply(sizes);                                          \
+  BENCHMARK_TEMPLATE(bench, Alt##kind, order)                  \
+      ->Name("child_map/" #kind "/" #bench "/" #order "/std")  \
+      ->Apply(sizes)
+#define ORDERS(bench, kind)    \
+  PAIR(bench, kind, sorted);   \
+  PAIR(bench, kind, reversed); \
+  PAIR(bench, kind, shuffled)
+
+ORDERS(create, Groups);
+ORDERS(get, Groups);
+ORDERS(walk, Groups);
+ORDERS(create, Names);
+ORDERS(get, Names);
+ORDERS(walk, Names);
+
+}  // namespace
