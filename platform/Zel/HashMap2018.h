@@ -544,7 +544,7 @@ class HashMap2018 {
       copy.tableIs(groupTable(other.head().detail));
     }
     for (U32 index = other.occupiedFrom(0); index != none; index = other.occupiedFrom(index + 1)) {
-      copy.place(*other.keyAt(index), V(*other.valueAt(index)));
+      copy.place(*other.keyAt(index), V{*other.valueAt(index)});
     }
     contentsSwap(copy);
   }
