@@ -3,6 +3,7 @@
 
 #include "Halvo/Ptr.h"
 #include "Halvo/String.h"
+#include "Halvo/Types.h"
 #include "VelmorTcamEntryShadow.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesEnums.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"

@@ -1,6 +1,7 @@
 // The collections that the usage model's classes are made of.
 #pragma once
 
+#include <cstddef>
 #include <iterator>
 #include <utility>
 

@@ -3,6 +3,7 @@
 // Threads: constants and pure functions; safe from any thread.
 #pragma once
 
+#include "Halvo/Types.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"
 #include "Zel/Enum8.h"
 

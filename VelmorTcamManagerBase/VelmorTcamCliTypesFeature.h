@@ -1,6 +1,7 @@
 // The leaves of the usage tree: the record of one TCAM entry, and the feature that owns entries.
 #pragma once
 
+#include <functional>
 #include <utility>
 
 #include "Halvo/Node.h"
@@ -11,6 +12,7 @@
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"
 #include "Zel/CharRange.h"
 #include "Zel/NodeType.h"
+#include "Zel/RbTree.h"
 
 namespace VelmorTcam {
 

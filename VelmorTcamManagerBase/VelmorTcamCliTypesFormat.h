@@ -4,6 +4,7 @@
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
 #include "Halvo/String.h"
+#include "Halvo/Types.h"
 #include "VelmorTcamEntryShadow.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesEnums.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"

@@ -1,6 +1,7 @@
 // The entry-shadow library: the software copy of what a TCAM entry matches on in hardware.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <variant>
 
@@ -9,6 +10,7 @@
 #include "EntryShadow/Records.h"
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
+#include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
 #include "Zel/HashMap2018.h"
 #include "Zel/NodeType.h"

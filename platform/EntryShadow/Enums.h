@@ -8,6 +8,7 @@
 #include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
 #include "Zel/Enum8.h"
+#include "Zel/TypeModule.h"
 
 namespace VelmorTcam {
 

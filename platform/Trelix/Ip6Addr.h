@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "Halvo/String.h"
+#include "Halvo/Types.h"
 #include "Trelix/ByteOrder.h"
 #include "VelmorPlatformExport.h"
 #include "Zel/Assert.h"

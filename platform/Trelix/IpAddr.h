@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "Halvo/String.h"
+#include "Halvo/Types.h"
 #include "Trelix/ByteOrder.h"
 #include "VelmorPlatformExport.h"
 #include "Zel/Assert.h"

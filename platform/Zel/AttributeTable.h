@@ -26,12 +26,16 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <new>
 #include <optional>
+#include <span>
 #include <type_traits>
 #include <utility>
 
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
+#include "Halvo/String.h"
+#include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
 #include "Zel/Attribute.h"
 #include "Zel/Record.h"

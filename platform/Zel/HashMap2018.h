@@ -1,7 +1,9 @@
 // HashMap2018: the unordered map of small memory.
 #pragma once
 
+#include <bit>
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <iterator>
 #include <memory>

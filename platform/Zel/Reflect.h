@@ -19,11 +19,13 @@
 // is being unloaded. An operation on an object is for the threads that the object's class allows.
 #pragma once
 
+#include <cstddef>
 #include <span>
 #include <string_view>
 
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
+#include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
 #include "Zel/Attribute.h"
 #include "Zel/TypeModule.h"
