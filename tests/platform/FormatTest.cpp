@@ -416,6 +416,10 @@ TEST(Format, ThrowsBeyondTheLargestStringAndLeavesTheStringAsItWas) {
   EXPECT_THROW(_fmtAppend(out, "%d%s", 7, endless), std::length_error);
   EXPECT_EQ(out, "before");
   EXPECT_STREQ(out.c_str(), "before");
+  std::string_view const beyond("x", String::maxSize() + 1);
+  EXPECT_THROW(_fmtAppend(out, "%d%s", 7, beyond), std::length_error);
+  EXPECT_THROW(static_cast<void>(_fmt("%s|", beyond)), std::length_error);
+  EXPECT_EQ(out, "before");
   EXPECT_THROW(static_cast<void>(_fmt("%s%s%s%s%s", endless, endless, endless, endless, endless)),
                std::length_error);
 }

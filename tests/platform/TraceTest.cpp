@@ -220,6 +220,23 @@ TEST_F(Trace, StreamsPiecesOfEveryKind) {
       "(null)|dark|10.0.0.1"sv);
 }
 
+TEST_F(Trace, ShowsEveryControlCharacterAsItsNumber) {
+  TraceHandle const handle("Trace.control", true);
+  for (int c = 0; c < 256; ++c) {
+    records.clear();
+    ZEL_TRACE(handle, 0, "s", 1, "f", static_cast<char>(c) << "|");
+    char number[8];
+    std::snprintf(number, sizeof number, "\\x%02x", static_cast<unsigned>(c));
+    std::string const shown = c == '\n'               ? "\\n"
+                              : c == '\r'             ? "\\r"
+                              : c == '\t'             ? "\\t"
+                              : c < 0x20 || c == 0x7F ? number
+                                                      : std::string(1, static_cast<char>(c));
+    ASSERT_EQ(records.size(), 1U);
+    EXPECT_TRUE(records[0].line.ends_with(" f: " + shown + "|")) << c;
+  }
+}
+
 enum class Silent : U8 { one };
 Halvo::String stringValue(Silent) { throw std::bad_alloc(); }
 struct Mute {
