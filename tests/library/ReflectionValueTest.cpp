@@ -242,6 +242,12 @@ TEST(ReflectionValue, DisplayStringsAreConstants) {
   EXPECT_EQ(strings, Value::make(typeNamed("CliDisplayStrings"), {}));
 }
 
+TEST(ReflectionValue, IdentifiersShowTheirOneAttribute) {
+  EXPECT_EQ(call(Value(RequestKey("acl")), 2, Op::read), Value(String("acl")));
+  EXPECT_EQ(call(Value(RuleId(7)), 2, Op::read), Value(U32{7}));
+  EXPECT_EQ(call(Value(TcamGroupId(7)), 2, Op::read), Value(Halvo::U16{7}));
+}
+
 TEST(ReflectionValue, TypesWithoutHashSaySo) {
   for (const char* const name : {"CliDisplayStrings", "CliShowTcamUsageEntryInfo"}) {
     std::string const expected = std::string("VelmorTcam::") + name + ": the type is not hashable";

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <iomanip>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -84,6 +86,22 @@ TEST(Enum8, RefusesWhatIsNoName) {
     SCOPED_TRACE(text);
     EXPECT_THROW(Zel::enum8FromName(module, 0, text), Zel::ParseError);
     EXPECT_THROW(Zel::enum8FromName(module, 3, text), Zel::ParseError);
+  }
+}
+
+TEST(Enum8, ReadsNoByteBesideTheName) {
+  // Exact, so that a sanitizer sees the first byte too far, on either side.
+  for (std::size_t size = 1; size < 40; ++size) {
+    auto const name = std::make_unique<char[]>(size);
+    std::fill_n(name.get(), size, 'x');
+    EXPECT_THROW(Zel::enum8FromName(module, 1, std::string_view(name.get(), size)),
+                 Zel::ParseError);
+  }
+  for (const Zel::EnumValue& value : sparseValues) {
+    std::size_t const size = std::string_view(value.name).size();
+    auto const name = std::make_unique<char[]>(size);
+    std::copy_n(value.name, size, name.get());
+    EXPECT_EQ(Zel::enum8FromName(module, 1, std::string_view(name.get(), size)), value.number);
   }
 }
 

@@ -211,12 +211,13 @@ TEST_F(Trace, StreamsPiecesOfEveryKind) {
   stream << "a" << std::string_view("b\0c", 3) << Halvo::String("d") << std::string("e") << 'f'
          << '|' << true << false << '|' << U8{200} << '|' << S8{-1} << '|'
          << std::numeric_limits<U64>::max() << '|' << std::numeric_limits<S64>::min() << '|' << -5
-         << '|' << 7U << '|' << 2.5 << '|' << 1e300 << '|' << reinterpret_cast<const void*>(0xABC)
-         << '|' << null << '|' << Shade::dark << '|' << Trelix::IpAddr::fromHostOrder(0x0A000001);
+         << '|' << 0 << '|' << 7U << '|' << 2.5 << '|' << 1e300 << '|'
+         << reinterpret_cast<const void*>(0xABC) << '|' << null << '|' << Shade::dark << '|'
+         << Trelix::IpAddr::fromHostOrder(0x0A000001);
   using namespace std::string_view_literals;
   EXPECT_EQ(
       stream.text(),
-      "ab\0cdef|truefalse|200|-1|18446744073709551615|-9223372036854775808|-5|7|2.5|1e+300|0xabc|"
+      "ab\0cdef|truefalse|200|-1|18446744073709551615|-9223372036854775808|-5|0|7|2.5|1e+300|0xabc|"
       "(null)|dark|10.0.0.1"sv);
 }
 
