@@ -96,6 +96,45 @@ TEST(Record, StringsAreWrittenReadable) {
   }
 }
 
+// The bytes of the character that `lead` begins, and its number where those bytes are one.
+std::size_t sizeOfCharacter(unsigned lead) { return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4; }
+bool standsForItself(const std::string& bytes) {
+  auto const byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
+  unsigned number = byte(0) & (0x7FU >> bytes.size());
+  for (std::size_t i = 1; i < bytes.size(); ++i) {
+    if (byte(i) >> 6 != 2) return false;
+    number = number << 6 | (byte(i) & 0x3F);
+  }
+  if (byte(0) >= 0xF8) return false;
+  unsigned const least[] = {0, 0, 0xA0, 0x800, 0x10000};  // control characters go up to 0x9F
+  return number >= least[bytes.size()] && number <= 0x10FFFF && number >> 11 != 0x1B;
+}
+
+TEST(Record, OnlyCharactersOfUtf8StandForThemselves) {
+  int plain = 0;
+  constexpr unsigned telling[] = {0x00, 0x7F, 0x80, 0x8F, 0x90, 0xBF, 0xC0};
+  for (unsigned lead = 0xC0; lead < 0x100; ++lead) {
+    std::size_t const size = sizeOfCharacter(lead);
+    for (unsigned second = 0; second < 0x100; ++second) {
+      for (unsigned const third : telling) {
+        for (unsigned const fourth : telling) {
+          std::string bytes;
+          for (unsigned const c : {lead, second, third, fourth}) bytes += static_cast<char>(c);
+          bytes.resize(size);
+          String const text = valueToStrep(String(bytes));
+          bool const isPlain = standsForItself(bytes);
+          ASSERT_EQ(text == String("\"" + bytes + "\""), isPlain) << text;
+          ASSERT_EQ(text.view().starts_with("\"\\x"), !isPlain) << text;
+          plain += isPlain ? 1 : 0;
+          if (size < 4) break;
+        }
+        if (size < 3) break;
+      }
+    }
+  }
+  EXPECT_GT(plain, 9'000);
+}
+
 TEST(Record, AnyBytesReadBack) {
   std::mt19937 random(2);
   for (int step = 0; step < 20'000; ++step) {

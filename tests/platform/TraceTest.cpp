@@ -387,6 +387,7 @@ const EnvironmentRow environmentRows[] = {
     {"/8", 0, {"'/8'"}},
     {"Tcam/8x", 0, {"'Tcam/8x'"}},
     {"Tcam/-1,Tcam/2", 1U << 2, {"'Tcam/-1'"}},
+    {"Tcam/09,Tcam/:", 1U << 9 | 1U, {"'Tcam/:'"}},
     {"Tcam/4,,Tcam/ 5", 1U << 4, {"''", "'Tcam/ 5'"}},
     {"a\nb", 0, {"'a\\nb'"}},
 };
