@@ -347,6 +347,8 @@ TEST(Format, ReadsARuntimeFormatNoFurtherThanItsSize) {
   std::memcpy(text.get(), "%d %d", 5);
   EXPECT_EQ(_fmt(runtimeFormat(std::string_view(text.get(), 2)), 1), "1");
   EXPECT_EQ(_fmt(runtimeFormat(std::string_view(text.get(), 5)), 1, 2), "1 2");
+  std::memcpy(text.get(), "ab%4s", 5);
+  EXPECT_EQ(_fmt(runtimeFormat(std::string_view(text.get() + 2, 3)), String("x")), "   x");
 }
 
 TEST(Format, AllocatesOnceAtMost) {
