@@ -80,6 +80,11 @@ TEST(EntryShadow, CreatesOnceAndRemoves) {
   EXPECT_EQ(status->hwQualDataDel(qualifierSrcIp), data);
   EXPECT_EQ(status->hwQualDataDel(qualifierSrcIp), nullptr);
 
+  shadow->hwQualStatusIs(qualifierDstIp, qualifierDstIp, hwQualStatusProgrammed);
+  shadow->qualifierDelAll();
+  EXPECT_EQ(shadow->getHwQualStatus(qualifierDstIp, qualifierDstIp), hwQualStatusInvalid);
+  EXPECT_EQ(shadow->getHwQualStatus(qualifierDstIp, qualifierSrcIp), hwQualStatusInvalid);
+
   shadow->rangeCheckerIs(rangeCheckerIpLength, RangeCheckerStatus(1, 2));
   EXPECT_EQ(shadow->rangeChecker(rangeCheckerIpLength), RangeCheckerStatus(1, 2));
   EXPECT_TRUE(shadow->rangeCheckerDel(rangeCheckerIpLength));

@@ -569,6 +569,15 @@ TYPED_TEST(OrderedAddress, StreamsWithWidthAsOneItem) {
   EXPECT_EQ(out.str(), expected + '|');
 }
 
+TEST(Addresses, AreReadNoFurtherThanTheText) {
+  EXPECT_EQ(IpAddr::tryParse(std::string_view("10.0.0.12", 8)), IpAddr::parse("10.0.0.1"));
+  EXPECT_EQ(Ip6Addr::tryParse(std::string_view("1::23", 4)), Ip6Addr::parse("1::2"));
+  EXPECT_EQ(Ip6Addr::tryParse(std::string_view("1:2:3:4:5:6:7:8:", 15)),
+            Ip6Addr::parse("1:2:3:4:5:6:7:8"));
+  EXPECT_EQ(Ip6Addr::tryParse(std::string_view("::1.2.3.45", 9)), Ip6Addr::parse("::1.2.3.4"));
+  EXPECT_EQ(NetU16::tryParse(std::string_view("4431", 3)), NetU16(443));
+}
+
 TEST(AddressesDeathTest, StopOnAPrefixLongerThanTheAddress) {
   EXPECT_DEATH((void)IpAddr::prefixMask(33),
                "^assertion failed: length <= 32 at platform/Trelix/IpAddr:0 in Trelix::IpAddr "
