@@ -2,6 +2,7 @@
 
 #include <iostream>  // the streams live before the table does
 #include <map>
+#include <utility>
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesAssertions.h"
 
@@ -35,7 +36,7 @@ void initializeCliHeaders() {
   headers.emplace(cliHeaderTypeIp, ipHeader);
   headers.emplace(cliHeaderTypeIp6, ip6Header);
   headers.emplace(cliHeaderTypeMac, macHeader);
-  cliHeaderMap.swap(headers);
+  cliHeaderMap = std::move(headers);
 }
 
 Halvo::String getCliHeader(CliHeaderType cliHeaderType) {

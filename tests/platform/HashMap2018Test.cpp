@@ -428,7 +428,7 @@ TEST(HashMap2018, ReservesForByteKeysNoMoreThanThereAre) {
     EXPECT_EQ(map.size(), 256U) << count;
     EXPECT_EQ(map.memoryBytes(), bytes) << count;
     for (U32 key = 0; key < 256; ++key) {
-      EXPECT_EQ(map.get(static_cast<U8>(key)), std::to_string(key)) << count;
+      EXPECT_EQ(map.get(static_cast<U8>(key)), String(std::to_string(key))) << count;
     }
   }
 }
