@@ -97,7 +97,7 @@ class HashMapRun {
         generation_ += 2;
         break;
       case 8:
-        map_.reserve(in_.number<std::uint16_t>() % 600);
+        map_.reserve(in_.number<std::uint16_t>() % 600U);
         break;
       case 9:
         walk();
@@ -227,7 +227,8 @@ void queue(Input& in) {
   Queue queue(first);
   std::deque<std::string> model;
   // Walks what was there when it was made.
-  std::optional<Queue::const_iterator> held;
+  Queue::const_iterator held;
+  bool isHeld = false;
   std::deque<std::string> toCome;
   std::size_t before = 0;  // elements in front of the one that it stands at
   unsigned budget = 60000;
@@ -251,11 +252,11 @@ void queue(Input& in) {
         break;
       }
       case 3: {
-        unsigned const count = in.flag() ? 1 : in.number<std::uint16_t>() % 9000;
+        unsigned const count = in.flag() ? 1U : in.number<std::uint16_t>() % 9000U;
         for (unsigned i = 0; i < count; ++i) {
           bool const isThere = !model.empty();
           // It must not be used once its element has gone.
-          if (before == 0 && !toCome.empty()) held.reset();
+          if (before == 0 && !toCome.empty()) isHeld = false;
           if (before != 0) --before;
           FUZZ_CHECK_TEXT(queue.deq(), isThere ? model.front() : "");
           if (!isThere) break;
@@ -273,7 +274,7 @@ void queue(Input& in) {
         }
         break;
       case 5:
-        held.reset();
+        isHeld = false;
         queue.delAll();
         model.clear();
         FUZZ_CHECK(queue.firstBlock() == nullptr);
@@ -290,21 +291,22 @@ void queue(Input& in) {
         break;
       }
       case 7:
-        held.emplace(queue.begin());
+        held = queue.begin();
+        isHeld = true;
         toCome = model;
         before = 0;
-        FUZZ_CHECK(held->left() == model.size());
+        FUZZ_CHECK(held.left() == model.size());
         break;
       default:
-        if (!held) break;
+        if (!isHeld) break;
         for (unsigned count = in.u8(); count != 0 && !toCome.empty(); --count) {
-          FUZZ_CHECK(held->left() == toCome.size() && *held != queue.end());
-          FUZZ_CHECK_TEXT(**held, toCome.front());
-          ++*held;
+          FUZZ_CHECK(held.left() == toCome.size() && held != queue.end());
+          FUZZ_CHECK_TEXT(*held, toCome.front());
+          ++held;
           toCome.pop_front();
           ++before;
         }
-        FUZZ_CHECK((*held == queue.end()) == toCome.empty());
+        FUZZ_CHECK((held == queue.end()) == toCome.empty());
         break;
     }
     FUZZ_CHECK(queue.size() == model.size() && queue.empty() == model.empty());
@@ -376,14 +378,14 @@ void string(Input& in) {
         m.pop_back();
         break;
       case 5: {
-        std::size_t const size = in.number<std::uint16_t>() % 300;
+        std::size_t const size = in.number<std::uint16_t>() % 300U;
         char const fill = static_cast<char>(in.u8());
         s.resize(size, fill);
         m.resize(size, fill);
         break;
       }
       case 6:
-        s.reserve(in.number<std::uint16_t>() % 500);
+        s.reserve(in.number<std::uint16_t>() % 500U);
         break;
       case 7:
         s.shrinkToFit();

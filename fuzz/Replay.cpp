@@ -6,8 +6,8 @@
 //     fuzz_replay --pack DIRECTORY FILE.txt
 //
 // A PATH is a file, which is one input; FILE.txt, which holds many; or a directory of inputs. One
-// that fails stops the process; -v names each before it runs. That no input was found is a failure
-// too.
+// that fails stops the process; -v names each before it runs. A PATH may be missing; that no input
+// was found is a failure.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -27,6 +27,8 @@ namespace {
 using velmorfuzz::Target;
 
 std::vector<std::string> inputsAt(const std::string& path) {
+  // Not every target has every kind.
+  if (!std::filesystem::exists(path)) return {};
   if (path.ends_with(".txt")) return velmorfuzz::packedInputs(path);
   if (std::filesystem::is_regular_file(path)) return {velmorfuzz::contentsOf(path)};
   return velmorfuzz::inputsIn(path);
@@ -59,9 +61,11 @@ int replay(const std::string& name, const std::vector<std::string>& paths, bool 
 
 void unpack(const std::string& from, const std::string& to) {
   std::filesystem::create_directories(to);
+  // The name of the file's directory keeps those of two files apart.
+  std::string const name = std::filesystem::path(from).parent_path().filename().string();
   std::size_t number = 0;
   for (std::string const& input : velmorfuzz::packedInputs(from)) {
-    std::ofstream(to + "/packed-" + std::to_string(number++), std::ios::binary) << input;
+    std::ofstream(to + "/" + name + "-" + std::to_string(number++), std::ios::binary) << input;
   }
 }
 

@@ -1,5 +1,6 @@
 // Snapshots: whatever the text is, it is read or refused with its place; what was read is written
 // and read back the same, and the commands print it.
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "InputError.h"
@@ -21,12 +22,23 @@ using velmorfuzz::MemoryFile;
 using velmorfuzz::ReadSnapshot;
 
 template <class Command>
-void checkRuns(const MemoryFile& snapshot, Command command) {
+std::string printedBy(const MemoryFile& snapshot, Command command) {
   MemoryFile const printed;
   OutputBuffer out(printed.descriptor());
   InputFile file(snapshot.path());
   command(file, out);
   out.flush();
+  return printed.contents();
+}
+
+/// Every line is a JSON text.
+void checkIsJsonLines(const std::string& text) {
+  for (std::size_t begin = 0; begin < text.size();) {
+    std::size_t const end = text.find('\n', begin);
+    FUZZ_CHECK(end != text.npos);
+    FUZZ_CHECK(nlohmann::json::accept(text.data() + begin, text.data() + end));
+    begin = end + 1;
+  }
 }
 
 }  // namespace
@@ -43,8 +55,9 @@ FUZZ_TARGET(snapshot) {
   MemoryFile const snapshot(read.text);
   // One command an input: any of them, by what the input happens to be.
   auto const form = read.text.size() % 2 == 0 ? TableForm::text : TableForm::jsonLines;
-  checkRuns(snapshot, [form, &read](auto& file, auto& out) {
-    switch (read.text.size() / 2 % 7) {
+  std::size_t const command = read.text.size() / 2 % 7;
+  std::string const text = printedBy(snapshot, [form, command](auto& file, auto& out) {
+    switch (command) {
       case 0:
         return showIp(file, out, form);
       case 1:
@@ -61,4 +74,5 @@ FUZZ_TARGET(snapshot) {
         return tcamshow::inspect(file, out);
     }
   });
+  if (form == TableForm::jsonLines && command < 4) checkIsJsonLines(text);
 }
