@@ -96,9 +96,13 @@ class HashMapRun {
         model_.clear();
         generation_ += 2;
         break;
-      case 8:
+      case 8: {
+        std::size_t const before = map_.memoryBytes();
         map_.reserve(in_.number<std::uint16_t>() % 600U);
+        // Elements that moved show in the generation.
+        if (map_.memoryBytes() != before && !map_.empty()) generation_ += 2;
         break;
+      }
       case 9:
         walk();
         break;

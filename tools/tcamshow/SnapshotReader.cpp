@@ -3,11 +3,14 @@
 // The parser's checks of its caller write to memory that it may not have got.
 #define SIMDJSON_DEVELOPMENT_CHECKS 0
 #include <simdjson.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
 #include <cstddef>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <limits>
 #include <memory>
 #include <new>
@@ -145,14 +148,24 @@ std::string jsonFault(simdjson::error_code error) {
   }
 }
 
+// On its first use simdjson chooses its code, with memory that may not be there, in functions that
+// cannot throw: they end in std::terminate. That is told as any other want of memory is.
+void parserSetUp() {
+  auto const before = std::set_terminate([] {
+    constexpr std::string_view message = "tcamshow: out of memory\n";
+    static_cast<void>(::write(STDERR_FILENO, message.data(), message.size()) < 0);
+    std::exit(1);
+  });
+  static_cast<void>(simdjson::get_active_implementation()->name());
+  std::set_terminate(before);
+}
+
 }  // namespace
 
 class SnapshotReader::Impl {
  public:
   explicit Impl(InputFile& file) : lines_(file) {
-    // simdjson chooses its code on first use, with memory that may not be there, and would do so in a
-    // function that must not throw.
-    static_cast<void>(simdjson::get_active_implementation()->name());
+    parserSetUp();
     headerRead();
   }
 
