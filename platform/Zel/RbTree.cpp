@@ -351,12 +351,12 @@ void RbTree::pathAlongEdge(Path& path) const noexcept {
   path.isKnown = true;
 }
 
-void* RbTree::locate(const RbTreeProbe& probe, Path& path) const noexcept {
+void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
   path.at = {};
   path.isKnown = true;
   if (size_ == 0) return nullptr;
-  if (probe.isBelow == nullptr && recent_ != nullptr) {
-    // Ordered input and removal stay at one end of a leaf for long.
+  if (probe.isBelow == nullptr && recent_ != nullptr && keysRun_) {
+    // Keys in order stay in a leaf for long.
     Leaf& leaf = *recent_;
     U64* const hints = leaf.hints();
     U32 const last = leaf.count - 1U;
@@ -378,6 +378,10 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) const noexcept {
     }
   }
   descendAlong(probe, path);
+  // Scattered keys would pay for the look at a leaf that is never theirs.
+  keysRun_ =
+      path.at.leaf == recent_ || path.at.leaf->previous == recent_ || path.at.leaf->next == recent_;
+  recent_ = path.at.leaf;
   path.at.index = placeIn(*path.at.leaf, probe);
   return isAt(*path.at.leaf, path.at.index, probe) ? path.at.leaf->elements()[path.at.index]
                                                    : nullptr;
@@ -609,7 +613,12 @@ void RbTree::contentsSwap(RbTree& other) noexcept {
   std::swap(recent_, other.recent_);
   std::swap(root_, other.root_);
   std::swap(size_, other.size_);
-  std::swap(height_, other.height_);
+  U8 const height = height_;
+  height_ = other.height_;
+  other.height_ = height;
+  bool const keysRun = keysRun_;
+  keysRun_ = other.keysRun_;
+  other.keysRun_ = keysRun;
   std::swap(skip_, other.skip_);
   std::swap(skipGrowths_, other.skipGrowths_);
   ++version_;

@@ -185,7 +185,7 @@ class VELMOR_PLATFORM_API RbTree {
   Position upperBound(const RbTreeProbe& probe) const noexcept;
 
   /// The element of the key; where there is none, null and the place for it.
-  void* locate(const RbTreeProbe& probe, Path& path) const noexcept;
+  void* locate(const RbTreeProbe& probe, Path& path) noexcept;
   /// Adds an element at the place that locate() found. Throws std::bad_alloc before it changes
   /// anything.
   void insertAt(Path& path, U64 hint, void* element);
@@ -216,13 +216,14 @@ class VELMOR_PLATFORM_API RbTree {
   ZEL_RB_TREE_OWN void underflow(Path& path) noexcept;
 #undef ZEL_RB_TREE_OWN
 
-  // The leaf of the last insertion or removal: the next is often there too. Null or valid.
+  // The leaf of the last look for a place, or of what was then done there. Null or valid.
   RbTreeLeaf* recent_ = nullptr;
   void* root_ = nullptr;  // an Inner, or the only leaf where the height is zero
   U32 size_ = 0;
   U32 generation_ = 1;
   U32 version_ = 0;
-  U8 height_ = 0;  // levels of inner blocks
+  U8 height_ : 7 = 0;        // levels of inner blocks
+  bool keysRun_ : 1 = true;  // whether the last places stood in one leaf or neighbours
   U8 skipGrowths_ = 0;
   U16 skip_ = 0;
 };

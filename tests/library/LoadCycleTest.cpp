@@ -120,9 +120,9 @@ constexpr int cycles = 100;
 // What the heap holds is compared from here on: the loader and the C library keep some memory of
 // the first cycles.
 constexpr int settled = 10;
-// A leak of one object in a cycle, however small, comes to more. AddressSanitizer itself keeps about a
-// hundred bytes for each library in each cycle, so there only a slab or a table is seen here; its
-// search for leaks sees the rest.
+// A leak of one object in a cycle, however small, comes to more. AddressSanitizer itself keeps
+// about a hundred bytes for each library in each cycle, so there only a slab or a table is seen
+// here; its search for leaks sees the rest.
 #ifdef VELMOR_ADDRESS_SANITIZER
 constexpr std::size_t slack = std::size_t{1024} * (cycles - settled);
 #else
