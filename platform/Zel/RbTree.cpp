@@ -291,7 +291,7 @@ void rehintBlock(void* block, U32 height, U32 skip, U64 (*hintOf)(const void*, U
 
 void RbTree::rehint(U32 skip, U64 (*hintOf)(const void*, U32)) noexcept {
   if (skip > skip_) ++skipGrowths_;
-  skip_ = static_cast<U16>(skip);
+  skip_ = static_cast<U8>(skip);
   if (root_ != nullptr) rehintBlock(root_, height_, skip, hintOf);
 }
 
@@ -613,12 +613,8 @@ void RbTree::contentsSwap(RbTree& other) noexcept {
   std::swap(recent_, other.recent_);
   std::swap(root_, other.root_);
   std::swap(size_, other.size_);
-  U8 const height = height_;
-  height_ = other.height_;
-  other.height_ = height;
-  bool const keysRun = keysRun_;
-  keysRun_ = other.keysRun_;
-  other.keysRun_ = keysRun;
+  std::swap(height_, other.height_);
+  std::swap(keysRun_, other.keysRun_);
   std::swap(skip_, other.skip_);
   std::swap(skipGrowths_, other.skipGrowths_);
   ++version_;

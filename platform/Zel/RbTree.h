@@ -169,7 +169,7 @@ class VELMOR_PLATFORM_API RbTree {
   bool mayGrowSkip() const noexcept {
     return size_ >= 8 && (size_ & (size_ - 1)) == 0 && skipGrowths_ != 0xFF;
   }
-  static constexpr U32 maxSkip = 0xFFF8;
+  static constexpr U32 maxSkip = 0xF8;
   /// Bytes of all blocks, elements not counted.
   std::size_t blockBytes() const noexcept;
 
@@ -222,10 +222,10 @@ class VELMOR_PLATFORM_API RbTree {
   U32 size_ = 0;
   U32 generation_ = 1;
   U32 version_ = 0;
-  U8 height_ : 7 = 0;        // levels of inner blocks
-  bool keysRun_ : 1 = true;  // whether the last places stood in one leaf or neighbours
+  U8 height_ = 0;        // levels of inner blocks
+  bool keysRun_ = true;  // whether the last places stood in one leaf or in neighbours
   U8 skipGrowths_ = 0;
-  U16 skip_ = 0;
+  U8 skip_ = 0;
 };
 
 }  // namespace impl
