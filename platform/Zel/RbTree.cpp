@@ -378,13 +378,13 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
     }
   }
   descendAlong(probe, path);
+  Leaf& leaf = *path.at.leaf;
   // Scattered keys would pay for the look at a leaf that is never theirs.
   keysRun_ =
-      path.at.leaf == recent_ || path.at.leaf->previous == recent_ || path.at.leaf->next == recent_;
-  recent_ = path.at.leaf;
-  path.at.index = placeIn(*path.at.leaf, probe);
-  return isAt(*path.at.leaf, path.at.index, probe) ? path.at.leaf->elements()[path.at.index]
-                                                   : nullptr;
+      recent_ == nullptr || &leaf == recent_ || leaf.previous == recent_ || leaf.next == recent_;
+  recent_ = &leaf;
+  path.at.index = placeIn(leaf, probe);
+  return isAt(leaf, path.at.index, probe) ? leaf.elements()[path.at.index] : nullptr;
 }
 
 // The block below `level` that the path leads through has a new first element.
