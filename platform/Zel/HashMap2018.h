@@ -40,7 +40,7 @@ namespace Zel {
 ///   stale iterator still has key(), the key that it last held, and `del(iterator)` goes by that
 ///   key; `++` goes on behind that key in today's table or, when the key is gone, somewhere in it
 ///   (elements may be met twice or not at all); value() and `*` must not be used.
-/// - The end iterator: always.
+/// - The end iterator: always. `++` leaves it there.
 /// An iterator must not be used once its map is gone.
 ///
 /// generation() starts at 1 and goes up by 2 with each removal of an element, each clear() (of an
@@ -53,8 +53,7 @@ namespace Zel {
 ///
 /// Threads: one at a time; any number may read a map that nobody changes.
 ///
-/// Operations on a null map
-/// fault at their first read of it: there is no check.
+/// Operations through a null pointer to a map fault at their first read of it: there is no check.
 ///
 ///     Zel::HashMap2018<StageType, Halvo::Ptr<StageInfo>> stages;
 ///     stages.insert(stage, Halvo::makePtr<StageInfo>(stage));

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstddef>
 #include <iterator>
+#include <tuple>
 #include <type_traits>
 
 #include "Zel/HashMap2018.h"  // IWYU pragma: keep
@@ -66,28 +67,18 @@ class HashMap2018<K, V, Hash>::BasicIterator {
            values_ + slot() == map_->valueAt(static_cast<U32>(index_));
   }
 
+  /// A step that throws, as a key's copy may, leaves the iterator where it is.
   BasicIterator& operator++() {
-    if (state_ != map_->state_) [[unlikely]] {
-      // Through a copy: the iterator itself stays in registers.
-      K const held(key_);
-      standAt(map_->resumed(held, static_cast<U32>(index_)));
-    } else if constexpr (byteKeys) {
-      if (++index_ < count_) {
-        key_ = keys_[index_];
-      } else {
-        standAtEnd();
-      }
+    if constexpr (std::is_nothrow_copy_assignable_v<K>) {
+      advance();
     } else {
-      while (rest_ == 0) {
-        if (groupsLeft_ == 0) {
-          standAtEnd();
-          return *this;
-        }
-        groupEnter();
+      auto const before = std::tuple(state_, keys_, values_, index_, count_, rest_, groupsLeft_);
+      try {
+        advance();
+      } catch (...) {
+        std::tie(state_, keys_, values_, index_, count_, rest_, groupsLeft_) = before;
+        throw;
       }
-      index_ = (index_ & ~std::size_t{15}) | static_cast<U32>(std::countr_zero(rest_));
-      rest_ &= rest_ - 1;
-      key_ = keys_[slot()];
     }
     return *this;
   }
@@ -106,6 +97,28 @@ class HashMap2018<K, V, Hash>::BasicIterator {
   friend BasicIterator<true>;
   explicit BasicIterator(Map* map) noexcept : map_(map) {}
   BasicIterator(Map* map, U32 index) : map_(map) { standAt(index); }
+  void advance() {
+    if (state_ != map_->state_) [[unlikely]] {
+      if (index_ == none) return;
+      // Through a copy: the iterator itself stays in registers.
+      K const held(key_);
+      standAt(map_->resumed(held, static_cast<U32>(index_)));
+    } else if constexpr (byteKeys) {
+      if (++index_ < count_) {
+        key_ = keys_[index_];
+      } else {
+        standAtEnd();
+      }
+    } else {
+      while (rest_ == 0) {
+        if (groupsLeft_ == 0) return standAtEnd();
+        groupEnter();
+      }
+      index_ = (index_ & ~std::size_t{15}) | static_cast<U32>(std::countr_zero(rest_));
+      rest_ &= rest_ - 1;
+      key_ = keys_[slot()];
+    }
+  }
   std::size_t slot() const noexcept { return byteKeys ? index_ : index_ & 15; }
 
   void standAt(U32 index) {
@@ -135,8 +148,11 @@ class HashMap2018<K, V, Hash>::BasicIterator {
     key_ = keys_[slot()];
   }
   void standAtEnd() {
-    index_ = none;
     key_ = K{};
+    index_ = none;
+    count_ = 0;
+    rest_ = 0;
+    groupsLeft_ = 0;
   }
   // To the front of the group that follows.
   void groupEnter() noexcept {

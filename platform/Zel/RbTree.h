@@ -44,7 +44,8 @@ struct RbTreeOrder {
   }
 };
 /// Strings: eight of their bytes, the first ones or, in a tree whose keys all begin alike, the
-/// first behind that beginning. An order can have this if it has commonSize and hintBehind.
+/// first behind that beginning. An order whose hints are not exact, and which goes by the bytes
+/// from the first on, can have this if it has commonSize and hintBehind.
 template <>
 struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
   static constexpr bool exact = false;

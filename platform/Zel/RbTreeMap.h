@@ -5,6 +5,7 @@
 #include <functional>
 #include <iterator>
 #include <new>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -181,7 +182,9 @@ class RbTreeOf {
 
  private:
   // Whether hints may leave out what all keys begin with.
-  static constexpr bool skips = requires(const K& key) { Order::hintBehind(key, U32{}); };
+  static constexpr bool skips = !Order::exact && requires(const K& key) {
+    Order::hintBehind(key, U32{});
+  };
 
   static const K& keyOf(const void* element) noexcept {
     return static_cast<const Element*>(element)->key;
@@ -302,16 +305,20 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   /// The generation at which the iterator was made or last stepped.
   U32 generation() const noexcept { return generation_; }
 
+  /// A step that throws, as a key's copy may, leaves the iterator where it is.
   BasicIterator& operator++() {
     if (leaf_ == nullptr) return *this;
-    if (version_ == owner_->tree_.version()) [[likely]] {
-      if (++index_ == leaf_->count) {
-        leaf_ = leaf_->next;
-        index_ = 0;
-      }
-      load();
+    if constexpr (!copiesKey || std::is_nothrow_copy_assignable_v<K>) {
+      advance();
     } else {
-      resume();
+      auto const before =
+          std::tuple(leaf_, index_, version_, generation_, isHeld_, hint_, element_);
+      try {
+        advance();
+      } catch (...) {
+        std::tie(leaf_, index_, version_, generation_, isHeld_, hint_, element_) = before;
+        throw;
+      }
     }
     return *this;
   }
@@ -339,6 +346,17 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
     load();
   }
 
+  void advance() {
+    if (version_ == owner_->tree_.version()) [[likely]] {
+      if (++index_ == leaf_->count) {
+        leaf_ = leaf_->next;
+        index_ = 0;
+      }
+      load();
+    } else {
+      resume();
+    }
+  }
   void load() {
     if (leaf_ == nullptr) {
       element_ = nullptr;

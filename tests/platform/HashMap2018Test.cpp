@@ -560,4 +560,57 @@ TEST(HashMap2018, AgreesWithAnOracleForManySteps) {
   liveRandomly<U64, FewHashes>(60'000, 400, [](U32 n) { return U64{n}; });
 }
 
+TEST(HashMap2018, StepBeyondTheEndStaysAtTheEnd) {
+  Zel::HashMap2018<U8, int> bytes;
+  Zel::HashMap2018<U32, int> words;
+  for (U8 key = 0; key < 3; ++key) {
+    bytes.insert(key, key);
+    words.insert(key, key);
+  }
+  auto const stays = [](auto& map) {
+    auto end = map.end();
+    EXPECT_TRUE(++end == map.end());
+    auto walked = map.begin();
+    while (walked != map.end()) ++walked;
+    EXPECT_TRUE(++walked == map.end());
+    auto stale = map.begin();
+    map.clear();
+    EXPECT_TRUE(++stale == map.end());
+    EXPECT_TRUE(++stale == map.end());
+    map.insert(0, 0);
+    EXPECT_TRUE(++stale == map.end());
+  };
+  stays(bytes);
+  stays(words);
+}
+
+TEST(HashMap2018, StepWithoutMemoryForTheKeyLeavesTheIterator) {
+  U32 thrown = 0;
+  for (U32 const size : {U32{4}, U32{40}}) {
+    Zel::HashMap2018<String, U32> map;
+    for (U32 i = 0; i < size; ++i) map.insert(String(std::string(70 + 10 * i, 'a')), i);
+    for (auto at = map.begin(); at != map.end();) {
+      String const key = at.key();
+      U32 const value = at.value();
+      memoryIsOut = true;
+      try {
+        ++at;
+        memoryIsOut = false;
+        continue;  // the key that the iterator held had room for it
+      } catch (const std::bad_alloc&) {
+        memoryIsOut = false;
+      }
+      ++thrown;
+      EXPECT_EQ(at.key(), key);
+      EXPECT_EQ(at.value(), value);
+      EXPECT_TRUE(at.isFresh());
+      ++at;
+      if (at != map.end()) {
+        EXPECT_NE(at.key(), key);
+      }
+    }
+  }
+  EXPECT_GT(thrown, 2U);
+}
+
 }  // namespace

@@ -177,6 +177,26 @@ TEST_F(RbTreeMapTest, OrdersStringsThatBeginAlike) {
   }
 }
 
+TEST_F(RbTreeMapTest, StepWithoutMemoryForTheKeyLeavesTheIterator) {
+  Map<String, U32> map;
+  // Each is longer than the ones before, so that no copy fits the room of an earlier one.
+  for (U32 i = 0; i < 100; ++i) map.insert(String(std::string(70 + 10 * i, 'a')), i);
+  auto at = map.begin();
+  for (U32 i = 0; i + 1 < 100; ++i) {
+    if (i % 10 == 5) map.insert(String("b" + std::to_string(i)), i);  // the next step searches
+    memoryIsOut = true;
+    EXPECT_THROW(++at, std::bad_alloc);
+    memoryIsOut = false;
+    ASSERT_EQ(at.value(), i);
+    ++at;
+    ASSERT_EQ(at.value(), i + 1);
+  }
+  memoryIsOut = false;
+  String const last = at.key();
+  EXPECT_EQ(map.take(at), 99U);
+  EXPECT_FALSE(map.has(last));
+}
+
 TEST_F(RbTreeMapTest, FirstElementIsFoundWhereALowerOneWasRemoved) {
   Set<U32> set;
   for (U32 key = 0; key < 400; key += 2) set.insert(key);

@@ -1,5 +1,7 @@
 #include "JsonSyntax.h"
 
+#include <charconv>
+#include <cstdint>
 #include <vector>
 
 namespace tcamshow {
@@ -30,9 +32,6 @@ std::size_t characterSize(std::string_view text) noexcept {
 }
 
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
-bool isHexDigit(char c) noexcept {
-  return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
 
 /// Reads a value from its beginning up to its first fault. Each part returns false at a fault, with
 /// `at_` on it.
@@ -44,6 +43,7 @@ class Scanner {
     JsonFault found;
     if (document()) return found;
     found.byte = at_ + 1;
+    found.what = what();
     for (const Level& level : levels_) {
       if (!level.hasKey) continue;
       if (found.hasMember) found.member += '.';
@@ -59,6 +59,12 @@ class Scanner {
     bool hasKey = false;
     std::string_view key = {};
   };
+
+  std::string_view what() const noexcept {
+    if (!what_.empty()) return what_;
+    if (at_ == text_.size()) return "not valid JSON: the line does not end where the object does";
+    return characterSize(text_.substr(at_)) == 0 ? "not valid UTF-8" : "not valid JSON";
+  }
 
   char front() const noexcept { return at_ < text_.size() ? text_[at_] : '\0'; }
   bool skip(char c) noexcept {
@@ -76,7 +82,10 @@ class Scanner {
       if (!valueBegin(isWhole)) return false;
       if (!isWhole) continue;
       if (!valueEnd()) return false;
-      if (levels_.empty()) return at_ == text_.size();
+      if (!levels_.empty()) continue;
+      if (at_ == text_.size()) return true;
+      what_ = "not valid JSON: something follows the object";
+      return false;
     }
   }
 
@@ -133,16 +142,23 @@ class Scanner {
     std::size_t const opening = at_++;
     while (at_ < text_.size()) {
       if (skip('"')) return true;
-      if (static_cast<unsigned char>(front()) < 0x20) return false;
+      if (static_cast<unsigned char>(front()) < 0x20) {
+        what_ = "not valid JSON: a control character stands in a string";
+        return false;
+      }
       if (front() == '\\') {
-        if (!escape()) return false;
+        if (!escape()) {
+          what_ = "not valid JSON: a bad escape stands in a string";
+          return false;
+        }
         continue;
       }
       std::size_t const size = characterSize(text_.substr(at_));
       if (size == 0) return false;
       at_ += size;
     }
-    at_ = opening;  // it does not end
+    at_ = opening;
+    what_ = "not valid JSON: a string does not end";
     return false;
   }
 
@@ -157,11 +173,23 @@ class Scanner {
       at_ += 2;
       return true;
     }
-    for (std::size_t i = 1; i <= 4; ++i) {
-      if (i >= rest.size() || !isHexDigit(rest[i])) return false;
+    std::uint32_t const high = unit(rest);
+    bool const isPair = (high & 0xFC00U) == 0xD800;
+    if (high == noUnit || (high & 0xFC00U) == 0xDC00) return false;
+    // The second half of a surrogate pair stands behind the first.
+    if (isPair && (rest.substr(5, 1) != "\\" || (unit(rest.substr(6)) & 0xFC00U) != 0xDC00)) {
+      return false;
     }
-    at_ += 6;
+    at_ += isPair ? 12 : 6;
     return true;
+  }
+  static constexpr std::uint32_t noUnit = 0x10000;
+  /// The number of `u` and four hexadecimal digits at the front; noUnit where they are not there.
+  static std::uint32_t unit(std::string_view text) noexcept {
+    std::uint32_t number = 0;
+    if (text.size() < 5 || text[0] != 'u') return noUnit;
+    char const* const end = text.data() + 5;
+    return std::from_chars(text.data() + 1, end, number, 16).ptr == end ? number : noUnit;
   }
 
   bool word(std::string_view expected) noexcept {
@@ -185,6 +213,7 @@ class Scanner {
   }
 
   std::string_view text_;
+  std::string_view what_;  // where the place alone does not tell
   std::size_t at_ = 0;
   std::vector<Level> levels_;
 };

@@ -130,24 +130,6 @@ std::string hexadecimal(unsigned char c) {
   return {digits[c >> 4], digits[c & 15]};
 }
 
-/// What is wrong with a line that is no JSON at all.
-std::string jsonFault(simdjson::error_code error) {
-  switch (error) {
-    case simdjson::UTF8_ERROR:
-      return "not valid UTF-8";
-    case simdjson::UNCLOSED_STRING:
-      return "not valid JSON: a string does not end";
-    case simdjson::UNESCAPED_CHARS:
-      return "not valid JSON: a control character stands in a string";
-    case simdjson::INCOMPLETE_ARRAY_OR_OBJECT:
-      return "not valid JSON: the line does not end where the object does";
-    case simdjson::MEMALLOC:
-      throw std::bad_alloc();
-    default:
-      return "not valid JSON";
-  }
-}
-
 // On its first use simdjson chooses its code, with memory that may not be there, in functions that
 // cannot throw: they end in std::terminate. That is told as any other want of memory is.
 void parserSetUp() {
@@ -242,14 +224,19 @@ class SnapshotReader::Impl {
                std::to_string(std::numeric_limits<Number>::max()));
   }
 
-  /// Names the byte of the line, and the member that was read last.
+  /// Names the byte of the line, and the member that was read last. What is wrong there counts: the
+  /// parser may have met another fault first. Its own message is for what is no fault of JSON.
   [[noreturn]] void failSyntax(std::string message) const {
     JsonFault const found = findJsonFault(line_);
-    if (found.byte != 0) message += ", at byte " + std::to_string(found.byte);
+    if (found.byte != 0)
+      message = std::string(found.what) + ", at byte " + std::to_string(found.byte);
     if (found.hasMember) message += ", member \"" + shown(found.member) + '"';
     fail(message);
   }
-  [[noreturn]] void failJson(simdjson::error_code error) const { failSyntax(jsonFault(error)); }
+  [[noreturn]] void failJson(simdjson::error_code error) const {
+    if (error == simdjson::MEMALLOC) throw std::bad_alloc();
+    failSyntax(std::string("not valid JSON: ") + simdjson::error_message(error));
+  }
 
   void check(simdjson::error_code error) const {
     if (error != simdjson::SUCCESS) [[unlikely]]
