@@ -66,6 +66,8 @@ class VELMOR_TCAM_API CliFormat : public Halvo::Node {
   /// Shows one entry: with a printer, by formatEntryRequestJson, and nothing is written to `fd`;
   /// without one (null), formatEntryRequest's text is written to the file descriptor `fd` with
   /// dprintf, which sees the text up to its first NUL byte. A failed write is not reported.
+  /// Each call on a descriptor that is not open costs 8 KiB, which glibc's dprintf does not give
+  /// back.
   virtual void displayEntryRequest(U32 fd, const RequestKey& requestKey, const RuleId& ruleId,
                                    const Halvo::String& description,
                                    const Halvo::Ptr<const VelmorTcamEntryShadow>& entryShadow,
