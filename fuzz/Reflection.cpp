@@ -41,8 +41,7 @@ std::vector<const TypeDescriptor*> allTypes() {
 
 std::vector<const Attribute*> attributesOf(const TypeDescriptor& type) {
   std::vector<const Attribute*> all;
-  if (type.base != nullptr) all = attributesOf(*type.base);
-  for (const Attribute& attribute : type.attributes) all.push_back(&attribute);
+  Zel::forEachAttribute(type, [&](const Attribute& attribute) { all.push_back(&attribute); });
   return all;
 }
 

@@ -4,9 +4,9 @@
 #include <bit>
 #include <cstddef>
 #include <iterator>
-#include <tuple>
 #include <type_traits>
 
+#include "Zel/DoOrRestore.h"
 #include "Zel/HashMap2018.h"  // IWYU pragma: keep
 
 namespace Zel {
@@ -72,13 +72,8 @@ class HashMap2018<K, V, Hash>::BasicIterator {
     if constexpr (std::is_nothrow_copy_assignable_v<K>) {
       advance();
     } else {
-      auto const before = std::tuple(state_, keys_, values_, index_, count_, rest_, groupsLeft_);
-      try {
-        advance();
-      } catch (...) {
-        std::tie(state_, keys_, values_, index_, count_, rest_, groupsLeft_) = before;
-        throw;
-      }
+      impl::doOrRestore([this] { advance(); }, state_, keys_, values_, index_, count_, rest_,
+                        groupsLeft_);
     }
     return *this;
   }

@@ -5,12 +5,12 @@
 #include <functional>
 #include <iterator>
 #include <new>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 
 #include "Halvo/Types.h"
 #include "Sobrel.h"
+#include "Zel/DoOrRestore.h"
 #include "Zel/RbTree.h"
 
 namespace Zel {
@@ -311,14 +311,8 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
     if constexpr (!copiesKey || std::is_nothrow_copy_assignable_v<K>) {
       advance();
     } else {
-      auto const before =
-          std::tuple(leaf_, index_, version_, generation_, isHeld_, hint_, element_);
-      try {
-        advance();
-      } catch (...) {
-        std::tie(leaf_, index_, version_, generation_, isHeld_, hint_, element_) = before;
-        throw;
-      }
+      impl::doOrRestore([this] { advance(); }, leaf_, index_, version_, generation_, isHeld_, hint_,
+                        element_);
     }
     return *this;
   }

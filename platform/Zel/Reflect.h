@@ -49,6 +49,14 @@ VELMOR_PLATFORM_API const Attribute* findAttribute(const TypeDescriptor& type, U
 VELMOR_PLATFORM_API const Attribute* findAttribute(const TypeDescriptor& type,
                                                    std::string_view name) noexcept;
 
+/// Calls `visit(attribute)` for each attribute of the type, its bases' first: in the order of their
+/// numbers.
+template <class Visit>
+void forEachAttribute(const TypeDescriptor& type, Visit&& visit) {
+  if (type.base != nullptr) forEachAttribute(*type.base, visit);
+  for (const Attribute& attribute : type.attributes) visit(attribute);
+}
+
 /// Does `op` on one attribute of the object. Op says which arguments each takes and what `result`
 /// becomes. `result` may be what keeps `node` alive, and may be among the arguments.
 ///

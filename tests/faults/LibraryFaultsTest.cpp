@@ -1,7 +1,5 @@
 // The library's main paths, each with every allocation failing in turn.
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -10,6 +8,7 @@
 
 #include "../library/ShadowFixture.h"
 #include "EveryFault.h"
+#include "Sink.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
 #include "Zel/Log.h"
 #include "Zel/Record.h"
@@ -18,10 +17,11 @@
 namespace VelmorTcam {
 namespace {
 
+using velmortest::fullShadow;
 using velmortest::makePtr;
 using velmortest::Ptr;
 using velmortest::Shadow;
-using velmortest::ShadowOf;
+using velmortest::useCounts;
 
 TEST(Faults, LoadingTheHeaders) {
   everyFault("headers",
@@ -41,44 +41,6 @@ TEST(Faults, LoadingTheHeaders) {
              {.inChild = true, .keepsMemory = true});
 }
 
-// A row made of all cells of the MAC table.
-class MacFormat : public MacEntryRequestCliFormat {
- public:
-  Halvo::String formatEntryRequest(const RequestKey&, const RuleId& rule, const Halvo::String&,
-                                   const PtrConst& shadow, U64) const override {
-    return formatSequenceNum(rule.sequenceNum()) + formatQualifierMacAddr(shadow, qualifierSrcMac) +
-           formatQualifierMacAddr(shadow, qualifierDstMac) + formatQualifierEtherType(shadow);
-  }
-};
-
-Ptr<const Shadow> fullShadow() {
-  return ShadowOf(0xFFFFFFFFFFFFFFFF)
-      .qual(qualifierIpProtocol, 6, 255)
-      .qual(qualifierSrcIp, 0xC0A80101, 0xFFFFFF00)
-      .qual(qualifierDstIp, 0xC0A80101, 0xFFFFFF00)
-      .ip6(qualifierSrcIp6, "2001:db8:1111:2222:3333:4444:5555:6666", "ffff::")
-      .ip6(qualifierDstIp6, "2001:db8:1111:2222:3333:4444:5555:6666", "ffff::")
-      .mac(qualifierSrcMac, "00:00:5e:00:53:01", "ff:ff:ff:ff:ff:ff")
-      .mac(qualifierDstMac, "00:00:5e:00:53:02", "ff:ff:ff:ff:ff:00")
-      .qual(qualifierEtherType, 0x800)
-      .qual(qualifierL4SrcPort, 1024, 64512)
-      .qual(qualifierL4DstPort, 443, 65535)
-      .qual(qualifierOuterVlanId, 4294967295, 4294967295)
-      .qual(qualifierDSCP, 4294967295, 4294967295)
-      .qual(qualifierTcpControl, 63, 63)
-      .range(rangeCheckerIpLength, 64, 1500)
-      .counters();
-}
-
-std::vector<U32> useCounts(const Shadow& shadow) {
-  std::vector<U32> counts{shadow.useCount()};
-  for (auto const& status : shadow.qualifier()) {
-    counts.push_back(status.value->useCount());
-    for (auto const& data : status.value->hwQualData()) counts.push_back(data.value->useCount());
-  }
-  return counts;
-}
-
 struct Table {
   const char* name;
   Ptr<CliFormat> format;
@@ -88,7 +50,7 @@ std::vector<Table> tables() {
   Halvo::String const action(100, 'a');
   return {{"IPv4 row", makePtr<velmortest::IpFormat>(action)},
           {"IPv6 row", makePtr<velmortest::Ip6Format>(action)},
-          {"MAC cells", makePtr<MacFormat>()},
+          {"MAC cells", makePtr<velmortest::MacCellsFormat>()},
           {"generic row", makePtr<VelmorTcamCliFormat>()}};
 }
 
@@ -115,36 +77,13 @@ TEST(Faults, Rows) {
   }
 }
 
-/// A file without a name, to be written to by its descriptor.
-class Sink {
- public:
-  Sink() : descriptor_(::memfd_create("sink", MFD_CLOEXEC)) {}
-  ~Sink() { ::close(descriptor_); }
-  Sink(const Sink&) = delete;
-  Sink& operator=(const Sink&) = delete;
-
-  U32 fd() const { return static_cast<U32>(descriptor_); }
-  /// What was written since the last time.
-  std::string take() {
-    std::string text(1 << 16, '\0');
-    ssize_t const size = ::pread(descriptor_, text.data(), text.size(), 0);
-    text.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
-    if (::ftruncate(descriptor_, 0) != 0) text = "ftruncate failed";
-    ::lseek(descriptor_, 0, SEEK_SET);
-    return text;
-  }
-
- private:
-  int descriptor_;
-};
-
 TEST(Faults, DisplayWritesARowWholeOrNotAtAll) {
   Ptr<const Shadow> const shadow = fullShadow();
   Sink sink;
   for (const Table& table : tables()) {
     auto const display = [&] {
-      table.format->displayEntryRequest(sink.fd(), RequestKey(), RuleId(10),
-                                        Halvo::String(100, 'd'), shadow, 42, nullptr);
+      table.format->displayEntryRequest(static_cast<U32>(sink.descriptor()), RequestKey(),
+                                        RuleId(10), Halvo::String(100, 'd'), shadow, 42, nullptr);
     };
     display();
     std::string const expected = sink.take();

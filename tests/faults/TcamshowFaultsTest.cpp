@@ -1,7 +1,5 @@
 // tcamshow's commands, each with every allocation failing in turn.
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <functional>
 #include <string>
@@ -17,6 +15,7 @@
 #include "OutputBuffer.h"
 #include "ShowTable.h"
 #include "ShowUsage.h"
+#include "Sink.h"
 
 namespace tcamshow {
 namespace {
@@ -43,29 +42,6 @@ constexpr const char* acl = R"({"acl":{"acl-sets":{"acl-set":{"a list with quite
  "transport":{"config":{"destination-port":"100..200"}}},
 "2":{"config":{"sequence-id":2},"actions":{"config":{"forwarding-action":"DROP"}},
  "ip":{"config":{"source-ip-address":"2001:db8::/32"}}}}}}}}}})";
-
-/// A file without a name, to be written to by its descriptor.
-class Sink {
- public:
-  Sink() : descriptor_(::memfd_create("sink", MFD_CLOEXEC)) {}
-  ~Sink() { ::close(descriptor_); }
-  Sink(const Sink&) = delete;
-  Sink& operator=(const Sink&) = delete;
-
-  int descriptor() const { return descriptor_; }
-  /// What was written since the last time.
-  std::string take() {
-    std::string text(1 << 17, '\0');
-    ssize_t const size = ::pread(descriptor_, text.data(), text.size(), 0);
-    text.resize(size > 0 ? static_cast<std::size_t>(size) : 0);
-    if (::ftruncate(descriptor_, 0) != 0) text = "ftruncate failed";
-    ::lseek(descriptor_, 0, SEEK_SET);
-    return text;
-  }
-
- private:
-  int descriptor_;
-};
 
 struct Path {
   const char* name;

@@ -43,8 +43,7 @@ Value call(Object&& object, Halvo::U32 number, Op op, std::vector<Value> const& 
 /// The attributes of a type, its bases' first.
 inline std::vector<const Attribute*> attributesOf(const TypeDescriptor& type) {
   std::vector<const Attribute*> all;
-  if (type.base != nullptr) all = attributesOf(*type.base);
-  for (const Attribute& attribute : type.attributes) all.push_back(&attribute);
+  Zel::forEachAttribute(type, [&](const Attribute& attribute) { all.push_back(&attribute); });
   return all;
 }
 

@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 
 #include <string>
+#include <vector>
 
 #include "Halvo/Ptr.h"
 #include "VelmorTcamEntryShadow.h"
@@ -92,6 +93,53 @@ class WithAction : public Base {
 };
 using IpFormat = WithAction<VelmorTcam::IpEntryRequestCliFormat>;
 using Ip6Format = WithAction<VelmorTcam::Ip6EntryRequestCliFormat>;
+
+/// The MAC table's own cells behind the sequence number: a row that no subclass has to supply.
+class MacCellsFormat : public VelmorTcam::MacEntryRequestCliFormat {
+ public:
+  String formatEntryRequest(const VelmorTcam::RequestKey&, const VelmorTcam::RuleId& rule,
+                            const String&, const PtrConst& shadow, U64) const override {
+    return formatSequenceNum(rule.sequenceNum()) +
+           formatQualifierMacAddr(shadow, VelmorTcam::qualifierSrcMac) +
+           formatQualifierMacAddr(shadow, VelmorTcam::qualifierDstMac) +
+           formatQualifierEtherType(shadow);
+  }
+};
+
+/// A shadow that leaves no cell of any table empty, and has long ones.
+inline Ptr<const Shadow> fullShadow() {
+  using namespace VelmorTcam;
+  return ShadowOf(0xFFFFFFFFFFFFFFFF)
+      .qual(qualifierIpProtocol, 6, 255)
+      .qual(qualifierSrcIp, 0xC0A80101, 0xFFFFFF00)
+      .qual(qualifierDstIp, 0xC0A80101, 0xFFFFFF00)
+      .ip6(qualifierSrcIp6, "2001:db8:1111:2222:3333:4444:5555:6666", "ffff::")
+      .ip6(qualifierDstIp6Alt, "2001:db8:1111:2222:3333:4444:5555:6666", "ffff::")
+      .mac(qualifierSrcMac, "00:00:5e:00:53:01", "ff:ff:ff:ff:ff:ff")
+      .mac(qualifierDstMac, "00:00:5e:00:53:02", "ff:ff:ff:ff:ff:00")
+      .qual(qualifierEtherType, 0x800)
+      .qual(qualifierL4SrcPort, 1024, 64512)
+      .qual(qualifierL4DstPort, 443, 65535)
+      .qual(qualifierOuterVlanId, 4294967295, 4294967295)
+      .qual(qualifierDSCP, 4294967295, 4294967295)
+      .qual(qualifierIpFrag, 3)
+      .qual(qualifierIp6TrafficClass, 4294967295, 4294967295)
+      .qual(qualifierIp6HopLimit, 4294967295)
+      .qual(qualifierTcpControl, 63, 63)
+      .range(rangeCheckerL4DstPort, 1024, 2000)
+      .range(rangeCheckerIpLength, 64, 1500)
+      .counters();
+}
+
+/// The counts of the shadow and of all that is below it.
+inline std::vector<U32> useCounts(const Shadow& shadow) {
+  std::vector<U32> counts{shadow.useCount()};
+  for (auto const& status : shadow.qualifier()) {
+    counts.push_back(status.value->useCount());
+    for (auto const& data : status.value->hwQualData()) counts.push_back(data.value->useCount());
+  }
+  return counts;
+}
 
 /// The row of an entry whose key and description do not matter.
 template <class Format>

@@ -12,59 +12,22 @@
 namespace VelmorTcam {
 namespace {
 
+using velmortest::fullShadow;
 using velmortest::makePtr;
 using velmortest::onThreads;
 using velmortest::Ptr;
 using velmortest::Shadow;
 using velmortest::ShadowOf;
 using velmortest::threadCount;
+using velmortest::useCounts;
 
 constexpr int rounds = 200;
-
-// Joins the MAC table's own cells with the common ones.
-class MacFormat : public MacEntryRequestCliFormat {
- public:
-  Halvo::String formatEntryRequest(const RequestKey&, const RuleId& rule, const Halvo::String&,
-                                   const PtrConst& shadow, U64) const override {
-    return formatSequenceNum(rule.sequenceNum()) + formatQualifierMacAddr(shadow, qualifierSrcMac) +
-           formatQualifierMacAddr(shadow, qualifierDstMac) + formatQualifierEtherType(shadow);
-  }
-};
-
-Ptr<const Shadow> fullShadow() {
-  return ShadowOf(7)
-      .qual(qualifierIpProtocol, 6, 255)
-      .qual(qualifierSrcIp, 0xC0A80101, 0xFFFFFF00)
-      .qual(qualifierDstIp, 0xC0A80101)
-      .ip6(qualifierSrcIp6, "2001:db8:1111:2222:3333:4444:5555:6666", "ffff::")
-      .ip6(qualifierDstIp6Alt, "2001:db8::1", "ffff:ffff::")
-      .mac(qualifierSrcMac, "00:00:5e:00:53:01", "ff:ff:ff:ff:ff:ff")
-      .mac(qualifierDstMac, "00:00:5e:00:53:02", "ff:ff:ff:ff:ff:00")
-      .qual(qualifierEtherType, 0x800)
-      .qual(qualifierL4SrcPort, 1024, 64512)
-      .qual(qualifierOuterVlanId, 100, 4095)
-      .qual(qualifierDSCP, 46, 63)
-      .qual(qualifierTcpControl, 18, 63)
-      .range(rangeCheckerL4DstPort, 1024, 2000)
-      .range(rangeCheckerIpLength, 64, 1500)
-      .counters();
-}
-
-// The counts of the shadow and of all that is below it.
-std::vector<U32> useCounts(const Shadow& shadow) {
-  std::vector<U32> counts{shadow.useCount()};
-  for (auto const& status : shadow.qualifier()) {
-    counts.push_back(status.value->useCount());
-    for (auto const& data : status.value->hwQualData()) counts.push_back(data.value->useCount());
-  }
-  return counts;
-}
 
 TEST_F(Threads, PrintRowsOfOneShadow) {
   Ptr<const Shadow> const shadow = fullShadow();
   std::vector<Ptr<CliFormat>> const formats = {
-      makePtr<velmortest::IpFormat>(), makePtr<velmortest::Ip6Format>(), makePtr<MacFormat>(),
-      makePtr<VelmorTcamCliFormat>()};
+      makePtr<velmortest::IpFormat>(), makePtr<velmortest::Ip6Format>(),
+      makePtr<velmortest::MacCellsFormat>(), makePtr<VelmorTcamCliFormat>()};
   std::vector<std::string> expected;
   for (auto const& format : formats) {
     expected.push_back(velmortest::rowOf(*format, shadow));

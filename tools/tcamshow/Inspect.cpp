@@ -21,13 +21,6 @@ using Zel::TypeDescriptor;
 using Zel::TypeKind;
 using Zel::Value;
 
-/// Calls `visit(attribute)` for each attribute of the type, its bases' first.
-template <class Visit>
-void forEachAttribute(const TypeDescriptor& type, Visit visit) {
-  if (type.base != nullptr) forEachAttribute(*type.base, visit);
-  for (const Attribute& attribute : type.attributes) visit(attribute);
-}
-
 /// Prints objects and values by their descriptors alone.
 class Walker {
  public:
@@ -37,7 +30,7 @@ class Walker {
   void attributes(const Value& holder, std::size_t depth) {
     const TypeDescriptor* const type = holder.type();
     if (type == nullptr) return;
-    forEachAttribute(*type, [&](const Attribute& attribute) {
+    Zel::forEachAttribute(*type, [&](const Attribute& attribute) {
       if (attribute.supports(Op::iterate)) return collection(holder, attribute, depth);
       if (!attribute.supports(Op::read)) return;
       Value value;
@@ -166,7 +159,7 @@ void showType(const TypeDescriptor& type, OutputBuffer& out) {
   for (const Zel::EnumValue& value : type.enumValues) {
     out.write(Zel::_fmt("  %d %s\n", value.number, value.name).view());
   }
-  forEachAttribute(type, [&](const Attribute& attribute) { showAttribute(attribute, out); });
+  Zel::forEachAttribute(type, [&](const Attribute& attribute) { showAttribute(attribute, out); });
 }
 
 }  // namespace
