@@ -45,6 +45,17 @@ struct Alt {
   }
 };
 
+// What no map can beat: the elements as a plain array, without a way to change it under a walk.
+template <class K, class V>
+struct Plain {
+  std::vector<std::pair<K, V>> elements;
+  void add(K key, V value) { elements.emplace_back(key, std::move(value)); }
+  template <class Visit>
+  void walk(Visit visit) const {
+    for (auto const& [key, value] : elements) visit(key, value);
+  }
+};
+
 constexpr Kind kinds[] = {Kind{8},   Kind{15},  Kind{28},  Kind{36},  Kind{97},
                           Kind{101}, Kind{116}, Kind{118}, Kind{132}, Kind{153}};
 
@@ -130,35 +141,50 @@ void smallWalkChain(benchmark::State& state) {
   benchmark::DoNotOptimize(at);
 }
 
-// Ten thousand maps one after the other, as a walk over all shadows meets them: not in the cache.
+// As many maps as give that many elements in all, one after the other, as whoever goes over all
+// shadows meets them: in memory that was in use before, in another order than it was taken.
 template <class Map>
-std::vector<Map> manyMaps(std::size_t count) {
-  std::vector<Map> maps(10'000);
+std::vector<Map> manyMaps(const benchmark::State& state) {
+  auto const each = static_cast<std::size_t>(state.range(1));
+  std::vector<Map> maps(static_cast<std::size_t>(state.range(0)) / each);
   std::vector<Map> apart;
   std::mt19937 random(5);
   for (auto& map : maps) {
-    map = smallMap<Map>(count);
-    if (random() % 2 == 0) apart.push_back(smallMap<Map>(count));
+    map = smallMap<Map>(each);
+    if (random() % 2 == 0) apart.push_back(smallMap<Map>(each));
   }
   std::shuffle(maps.begin(), maps.end(), random);
   return maps;
 }
 template <class Map>
-void coldFind(benchmark::State& state) {
-  auto const count = static_cast<std::size_t>(state.range(0));
-  std::vector<Map> const maps = manyMaps<Map>(count);
+void manyBuild(benchmark::State& state) {
+  auto const each = static_cast<std::size_t>(state.range(1));
+  NodePtr const node = Halvo::makePtr<Record>();
   for (auto _ : state) {
-    for (const Map& map : maps) benchmark::DoNotOptimize(map.find(kinds[count / 2]));
+    std::vector<Map> maps(static_cast<std::size_t>(state.range(0)) / each);
+    for (Map& map : maps) {
+      for (std::size_t i = 0; i < each; ++i) map.add(kinds[i], node);
+    }
+    benchmark::DoNotOptimize(maps.data());
   }
-  state.SetItemsProcessed(state.iterations() * 10'000);
+  state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 template <class Map>
-void coldWalk(benchmark::State& state) {
-  std::vector<Map> const maps = manyMaps<Map>(static_cast<std::size_t>(state.range(0)));
+void manyFind(benchmark::State& state) {
+  std::vector<Map> const maps = manyMaps<Map>(state);
+  Kind const kind = kinds[state.range(1) / 2];
+  for (auto _ : state) {
+    for (const Map& map : maps) benchmark::DoNotOptimize(map.find(kind));
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(maps.size()));
+}
+template <class Map>
+void manyWalk(benchmark::State& state) {
+  std::vector<Map> const maps = manyMaps<Map>(state);
   for (auto _ : state) {
     for (const Map& map : maps) benchmark::DoNotOptimize(sumOf(map));
   }
-  state.SetItemsProcessed(state.iterations() * 10'000);
+  state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
 std::vector<U64> randomKeys(std::int64_t count, U64 seed) {
@@ -222,9 +248,13 @@ void bigDel(benchmark::State& state) {
 using OursSmall = Ours<Kind, NodePtr>;
 using AltSmall = Alt<Kind, NodePtr>;
 using OursBig = Ours<U64, U64>;
+using PlainSmall = Plain<Kind, NodePtr>;
 using AltBig = Alt<U64, U64>;
 
 void small(benchmark::internal::Benchmark* b) { b->Arg(1)->Arg(3)->Arg(10); }
+void many(benchmark::internal::Benchmark* b) {
+  b->ArgsProduct({{1000, 100'000, 1'000'000}, {1, 3, 10}})->Unit(benchmark::kMicrosecond);
+}
 void big(benchmark::internal::Benchmark* b) {
   b->Arg(1000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);
 }
@@ -240,8 +270,13 @@ PAIR(smallFindChain, "small_find_chain_miss", small, Small, false);
 PAIR(smallBuild, "small_build_destroy", small, Small);
 PAIR(smallWalk, "small_walk", small, Small);
 PAIR(smallWalkChain, "small_walk_chain", small, Small);
-PAIR(coldFind, "ten_thousand_find", small, Small);
-PAIR(coldWalk, "ten_thousand_walk", small, Small);
+BENCHMARK_TEMPLATE(smallWalk, PlainSmall)->Name("hash_map/small_walk/array")->Apply(small);
+BENCHMARK_TEMPLATE(smallWalkChain, PlainSmall)
+    ->Name("hash_map/small_walk_chain/array")
+    ->Apply(small);
+PAIR(manyBuild, "many_build_destroy", many, Small);
+PAIR(manyFind, "many_find", many, Small);
+PAIR(manyWalk, "many_walk", many, Small);
 PAIR(bigInsert, "big_insert", big, Big);
 PAIR(bigFind, "big_find_hit", big, Big, true);
 PAIR(bigFind, "big_find_miss", big, Big, false);

@@ -53,29 +53,28 @@ constexpr std::size_t roundUp(std::size_t size, std::size_t multiple) noexcept {
 }
 constexpr std::size_t larger(std::size_t a, std::size_t b) noexcept { return a < b ? b : a; }
 
-/// The first word of a table. A short table tells how many elements it has room for; a table of
-/// groups has a capacity of zero there and tells the logarithm of the number of its groups.
+/// The first word of a HashTable's block. A short one tells how many elements it has room for; one
+/// of groups has a capacity of zero there and tells the logarithm of the number of its groups.
 struct TableHead {
   U16 capacity;
   U16 detail;  ///< short: the offset of the values; groups: the logarithm of their number
 };
 
 /// Where things lie in a short table, one whose elements stand side by side from the front: head,
-/// one tag byte a slot (where the keys are bytes: the keys themselves), keys, values.
-template <class K, class V, bool byteKeys>
-struct ShortTable {
+/// one tag byte a slot, keys, values.
+template <class K, class V>
+struct ShortLayout {
   static constexpr std::size_t tagsAt = sizeof(TableHead);
   static constexpr std::size_t keysAt(std::size_t capacity) noexcept {
-    return byteKeys ? tagsAt : roundUp(tagsAt + capacity, alignof(K));
+    return roundUp(tagsAt + capacity, alignof(K));
   }
   static constexpr std::size_t valuesAt(std::size_t capacity) noexcept {
     return roundUp(keysAt(capacity) + capacity * sizeof(K), alignof(V));
   }
-  // Tags are read 16 at a time: the last ones must not be nearer than that to the end.
+  // Tags are read 16 at a time, whatever their number.
   static constexpr std::size_t bytes(std::size_t capacity) noexcept {
-    return roundUp(
-        larger(valuesAt(capacity) + capacity * sizeof(V), tagsAt + roundUp(capacity, 16)),
-        larger(8, larger(alignof(K), alignof(V))));
+    return roundUp(larger(valuesAt(capacity) + capacity * sizeof(V), tagsAt + 16),
+                   larger(8, larger(alignof(K), alignof(V))));
   }
 };
 
@@ -84,7 +83,7 @@ struct ShortTable {
 /// count tells how many elements had this group on their way and found it full; while it is zero a
 /// search ends here. At 255 it sticks.
 template <class K, class V>
-struct GroupTable {
+struct GroupLayout {
   static constexpr U32 slots = 15;
   static constexpr U32 slotMask = (1U << slots) - 1;
   static constexpr U32 fill = 13;  // elements a group, on average, before the table grows
