@@ -29,13 +29,13 @@ inline constexpr bool isByte = sizeof(K) == 1 && (std::is_integral_v<K> || std::
 template <class K, class V>
 class ByteTable {
   static constexpr U32 shortest = 16;  // keys that one step compares
-  static constexpr std::size_t limit = 256;
   static constexpr bool mayBeOne = sizeof(V) <= sizeof(void*);
   struct NoValue {};
   using One = std::conditional_t<mayBeOne, V, NoValue>;
 
  public:
   static constexpr U32 none = 0xFFFFFFFF;
+  static constexpr std::size_t limit = 256;  ///< there are no more keys
 
   ByteTable() noexcept : block_(nullptr) {}
   ByteTable(const ByteTable&) = delete;
@@ -137,10 +137,10 @@ class ByteTable {
     generationAdvance();
     return removed;
   }
-  /// Moves all elements to a block with room for `count`, or for as many as there can be.
+  /// Moves all elements to a block with room for `count`, the limit at most.
   [[gnu::noinline]] void grow(std::size_t count) {
     ByteTable larger;
-    larger.blockIs(count < limit ? count : limit);
+    larger.blockIs(count);
     for (U32 i = 0; i < size(); ++i) {
       // Byte by byte: a wide load of keys just written one at a time would wait for all the stores.
       larger.keys()[i] = byteOf(keyAt(i));

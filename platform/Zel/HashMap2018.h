@@ -161,6 +161,7 @@ class HashMap2018 {
   }
   /// Makes room for `count` elements in all, or for as many as there are keys; never shrinks.
   void reserve(std::size_t count) {
+    if (count > Table::limit) count = Table::limit;
     if (count <= table_.room()) return;
     table_.grow(count);
     if (!empty()) table_.generationAdvance();

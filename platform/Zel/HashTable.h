@@ -36,6 +36,7 @@ class HashTable {
 
  public:
   static constexpr U32 none = 0xFFFFFFFF;
+  static constexpr std::size_t limit = ~std::size_t{0};  ///< grow() has one of its own
 
   HashTable() noexcept = default;
   HashTable(const HashTable&) = delete;

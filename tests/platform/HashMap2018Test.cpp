@@ -516,6 +516,8 @@ TEST(HashMap2018, ReservesForByteKeysNoMoreThanThereAre) {
     std::size_t const bytes = map.memoryBytes();
     for (U32 key = 0; key < 256; ++key) map.insert(static_cast<U8>(key), std::to_string(key));
     EXPECT_EQ(map.size(), 256U) << count;
+    map.reserve(count);
+    EXPECT_EQ(map.generation(), 1U) << "nothing had to move";
     EXPECT_EQ(map.memoryBytes(), bytes) << count;
     for (U32 key = 0; key < 256; ++key) {
       EXPECT_EQ(map.get(static_cast<U8>(key)), String(std::to_string(key))) << count;
