@@ -20,7 +20,8 @@ bool isPowerOfTwo(U32 i) { return std::has_single_bit(i); }
 constinit MemoryTracker RQueueBase::blockTracker_{"Halvo::RQueueBlock"};
 
 RQueueBlock::RQueueBlock(U32 capacity, U32 sequence, bool fromSystem) noexcept
-    : bits_(static_cast<U32>(fromSystem) << (2 * indexBits) | (capacity & indexMask) << indexBits),
+    : capacityBits_(
+          static_cast<U16>(static_cast<U32>(fromSystem) << indexBits | (capacity & indexMask))),
       sequence_(sequence) {
   Zel::assertThat(isPowerOfTwo(capacity),
                   {"isPowerOfTwo( i )", source, 0,
@@ -46,7 +47,7 @@ RQueueBlock* RQueueBase::blockNew(U32 capacity, std::size_t slotSize,
   if (got.memory == nullptr) std::abort();
   blockTracker_.allocated(sizeof(RQueueBlock));
   slots.allocated(slotBytes);
-  return new (got.memory) RQueueBlock(capacity, nextSequence_, got.fromSystem);
+  return new (got.memory) RQueueBlock(capacity, nextSequence(), got.fromSystem);
 }
 
 void RQueueBase::blockDelete(RQueueBlock* block, std::size_t slotSize,
@@ -61,25 +62,39 @@ void RQueueBase::blockDelete(RQueueBlock* block, std::size_t slotSize,
 
 void RQueueBase::blockPush(RQueueBlock* block) noexcept {
   if (tail_ == nullptr) {
-    block->next_ = block;
+    head_ = block;
+    frontIndex_ = frontStop_ = 0;
   } else {
-    block->next_ = tail_->next_;
     tail_->next_ = block;
   }
+  block->next_ = head_;
   tail_ = block;
+  backIndex_ = 0;
+  backCapacity_ = block->capacity();
 }
 
 RQueueBlock* RQueueBase::blockPop() noexcept {
   Zel::assertThat(tail_ != nullptr, {"tail_ != nullptr", source, 0,
                                      "Halvo::RQueueBlock* Halvo::RQueueBase::blockPop()"});
-  RQueueBlock* const head = tail_->next_;
+  RQueueBlock* const head = head_;
   if (head == tail_) {
-    tail_ = nullptr;
+    frontIndex_ = frontStop_ = backIndex_ = backCapacity_ = nextSequence();
+    head_ = tail_ = nullptr;
   } else {
-    tail_->next_ = head->next_;
+    head_ = tail_->next_ = head->next_;
+    frontIndex_ = frontStop_ = 0;
   }
   head->next_ = nullptr;
   return head;
+}
+
+RQueueBase::Front RQueueBase::frontAtStop() noexcept {
+  if (empty()) return Front::none;
+  U32 const lastSlot = head_->capacity() - 1;
+  if (frontIndex_ == lastSlot) return Front::last;
+  // Only the tail has slots that were never filled.
+  frontStop_ = head_ == tail_ ? std::min(backIndex_, lastSlot) : lastSlot;
+  return Front::inside;
 }
 
 }  // namespace Halvo

@@ -19,7 +19,8 @@ namespace Halvo {
 ///
 /// Invariant: the capacity is a power of two, at most 8192; slots [firstIndex, capacity) are live,
 /// in the tail block as far as the queue's last element. Slot i holds the element with the sequence
-/// number sequence() + i.
+/// number sequence() + i. First index and capacity need 14 bits each; either has a halfword of its
+/// own, so that the first index can be written without a look at what stands beside it.
 class VELMOR_PLATFORM_API RQueueBlock {
  public:
   static constexpr U32 smallest = 4;    ///< slots of a queue's first block
@@ -32,11 +33,11 @@ class VELMOR_PLATFORM_API RQueueBlock {
   RQueueBlock(const RQueueBlock&) = delete;
   RQueueBlock& operator=(const RQueueBlock&) = delete;
 
-  U32 firstIndex() const noexcept { return bits_ & indexMask; }
-  U32 capacity() const noexcept { return bits_ >> indexBits & indexMask; }
+  U32 firstIndex() const noexcept { return firstIndex_; }
+  U32 capacity() const noexcept { return capacityBits_ & indexMask; }
   /// The sequence number of slot 0.
   U32 sequence() const noexcept { return sequence_; }
-  bool fromSystem() const noexcept { return bits_ >> (2 * indexBits) != 0; }
+  bool fromSystem() const noexcept { return capacityBits_ >> indexBits != 0; }
   bool linked() const noexcept { return next_ != nullptr; }
   /// The block behind this one; behind the tail stands the head.
   const RQueueBlock* next() const noexcept { return next_; }
@@ -47,7 +48,8 @@ class VELMOR_PLATFORM_API RQueueBlock {
   static constexpr U32 indexMask = (1U << indexBits) - 1;
 
   RQueueBlock* next_ = nullptr;
-  U32 bits_;  // from the low end: first index, capacity, whether the memory is the system's
+  U16 firstIndex_ = 0;
+  U16 capacityBits_;  // from the low end: capacity, whether the memory is the system's
   U32 sequence_;
 };
 static_assert(sizeof(RQueueBlock) == 16);
@@ -60,73 +62,96 @@ static_assert(sizeof(RQueueBlock) == 16);
 class RQueueBaseConstIter {
  public:
   /// Elements still to come, the one it stands at included.
-  U32 left() const noexcept { return behind_ + (end_ - index_); }
+  U32 left() const noexcept {
+    return behind_ + static_cast<U32>(static_cast<std::size_t>(end_ - slot_) / slotSize_);
+  }
   /// Both must be iterators of one queue.
   friend bool operator==(const RQueueBaseConstIter& a, const RQueueBaseConstIter& b) noexcept {
-    return a.block_ == b.block_ && a.index_ == b.index_;
+    // The slots alone would tell, but the block changes at the end of a run only: a compiler then
+    // looks for the end there, and not at each element.
+    return a.block_ == b.block_ && a.slot_ == b.slot_;
   }
 
  protected:
   RQueueBaseConstIter() noexcept = default;
-  RQueueBaseConstIter(const RQueueBlock* head, U32 count) noexcept : behind_(count) {
-    if (count != 0) runBegin(head, head->firstIndex());
+  RQueueBaseConstIter(const RQueueBlock* head, U32 count, U32 slotSize) noexcept
+      : behind_(count), slotSize_(slotSize) {
+    if (count != 0) runBegin(head, head->firstIndex(), slotSize);
   }
-  void step() noexcept {
-    if (++index_ == end_) [[unlikely]] {
+  // `slotSize` is what the constructor was given: a constant, where the caller knows it.
+  void step(U32 slotSize) noexcept {
+    slot_ += slotSize;
+    if (slot_ == end_) [[unlikely]] {
       if (behind_ == 0) {
         block_ = nullptr;
-        index_ = end_ = 0;
+        slot_ = end_ = nullptr;
       } else {
-        runBegin(block_->next(), 0);
+        runBegin(block_->next(), 0, slotSize);
       }
     }
   }
-
   // Null at the end.
-  const RQueueBlock* block_ = nullptr;
-  U32 index_ = 0;
+  const void* slot() const noexcept { return slot_; }
 
  private:
-  void runBegin(const RQueueBlock* block, U32 index) noexcept {
+  void runBegin(const RQueueBlock* block, U32 index, U32 slotSize) noexcept {
     U32 const run = std::min(block->capacity() - index, behind_);
     block_ = block;
-    index_ = index;
-    end_ = index + run;
+    slot_ = static_cast<const char*>(static_cast<const void*>(block + 1)) +
+            std::size_t{index} * slotSize;
+    end_ = slot_ + std::size_t{run} * slotSize;
     behind_ -= run;
   }
 
-  U32 end_ = 0;     // the index behind the last element of this block that is to be met
+  const char* slot_ = nullptr;
+  const char* end_ = nullptr;  // behind the last slot of this block that is to be met
+  const RQueueBlock* block_ = nullptr;
   U32 behind_ = 0;  // elements in the blocks that follow
+  U32 slotSize_ = 1;
 };
 
 /// The part of a queue that knows nothing of its elements: the ring of blocks.
 ///
-/// Invariant: tail_ is null or points into a ring of linked blocks, in which the tail is followed
-/// by the head. All slots of a block that is not the tail have been filled, and the tail has at
-/// least one filled slot. Sequence numbers run on from block to block, modulo 2^32.
+/// Invariant: head_ and tail_ are null, or blocks of a ring in which the head follows the tail. All
+/// slots of a block that is not the tail have been filled, and the tail has at least one filled
+/// slot. Sequence numbers run on from block to block, modulo 2^32.
+///
+/// What adding and taking look at stands in the queue itself: both are then a comparison, the
+/// element, and a new index.
 class VELMOR_PLATFORM_API RQueueBase {
  public:
   RQueueBase(const RQueueBase&) = delete;
   RQueueBase& operator=(const RQueueBase&) = delete;
 
   U32 size() const noexcept {
-    if (tail_ == nullptr) return 0;
-    const RQueueBlock* const head = tail_->next_;
-    return nextSequence_ - (head->sequence_ + head->firstIndex());
+    return head_ == nullptr ? 0 : nextSequence() - (head_->sequence_ + frontIndex_);
   }
-  bool empty() const noexcept { return size() == 0; }
+  bool empty() const noexcept { return head_ == tail_ && frontIndex_ == backIndex_; }
   /// The head block, null while there is none: for those who account for memory.
-  const RQueueBlock* firstBlock() const noexcept {
-    return tail_ == nullptr ? nullptr : tail_->next_;
-  }
+  const RQueueBlock* firstBlock() const noexcept { return head_; }
 
   /// Counts the blocks of all queues, with the bytes of their heads.
   static MemoryTracker blockTracker_;
 
  protected:
-  constexpr explicit RQueueBase(U32 firstSequence) noexcept : nextSequence_(firstSequence) {}
+  /// What a queue that cannot take its front element at once has there.
+  enum class Front {
+    none,    ///< no element
+    inside,  ///< an element behind which the head has another slot
+    last     ///< the element in the head's last slot: the block goes with it
+  };
+
+  constexpr explicit RQueueBase(U32 firstSequence) noexcept
+      : frontIndex_(firstSequence),
+        frontStop_(firstSequence),
+        backIndex_(firstSequence),
+        backCapacity_(firstSequence) {}
   ~RQueueBase() = default;
 
+  /// The sequence number of the element that will be added next.
+  U32 nextSequence() const noexcept {
+    return tail_ == nullptr ? backIndex_ : tail_->sequence_ + backIndex_;
+  }
   /// The capacity of the block that follows when the tail is full: the smallest power of two
   /// greater than the number of elements, within the limits.
   U32 nextCapacity() const noexcept;
@@ -134,32 +159,41 @@ class VELMOR_PLATFORM_API RQueueBase {
   /// memory.
   RQueueBlock* blockNew(U32 capacity, std::size_t slotSize, MemoryTracker& slots) const noexcept;
   static void blockDelete(RQueueBlock* block, std::size_t slotSize, MemoryTracker& slots) noexcept;
-  /// Links the block behind the tail; it is the new tail.
+  /// Links the block behind the tail; it is the new tail, with no filled slot yet.
   void blockPush(RQueueBlock* block) noexcept;
   /// Unlinks the head block. Stops the process when there is no block.
   RQueueBlock* blockPop() noexcept;
+  /// Looks what is at the front once frontIndex_ has come to frontStop_, and moves that on.
+  Front frontAtStop() noexcept;
 
-  // Whether the tail has a free slot behind its last element.
-  bool tailHasRoom() const noexcept {
-    return tail_ != nullptr && nextSequence_ - tail_->sequence_ < tail_->capacity();
+  // The front has been taken: both places say so.
+  void frontIndexIs(U32 index) noexcept {
+    frontIndex_ = index;
+    head_->firstIndex_ = static_cast<U16>(index);
   }
-  static void firstIndexAdvance(RQueueBlock& block) noexcept { ++block.bits_; }
   void swap(RQueueBase& other) noexcept {
+    std::swap(head_, other.head_);
     std::swap(tail_, other.tail_);
-    std::swap(nextSequence_, other.nextSequence_);
-    std::swap(frontLeft_, other.frontLeft_);
+    std::swap(frontIndex_, other.frontIndex_);
+    std::swap(frontStop_, other.frontStop_);
+    std::swap(backIndex_, other.backIndex_);
+    std::swap(backCapacity_, other.backCapacity_);
   }
 
+  RQueueBlock* head_ = nullptr;
   RQueueBlock* tail_ = nullptr;
-  U32 nextSequence_;  // of the element that will be added next
-  // So many elements at the front, or more, are in the head block and not in its last slot: they
-  // can be taken without a look at anything else.
-  U32 frontLeft_ = 0;
+  // Indices of slots; while there is no block, each is the sequence number of the next element.
+  U32 frontIndex_;  // the head's first live slot
+  // The elements before it are in the head block and none of them in its last slot: they can be
+  // taken without a look at anything else.
+  U32 frontStop_;
+  U32 backIndex_;     // the tail's slot behind the last element
+  U32 backCapacity_;  // the tail's capacity
 };
 
 /// A queue of T: added at the back, taken from the front, in blocks that never move.
 ///
-/// A queue that never held anything has no memory but its 16 bytes. Its first block has 4 slots;
+/// A queue that never held anything has no memory but its 32 bytes. Its first block has 4 slots;
 /// each further one has room for about as many elements as there are, up to 8192. A block is given
 /// back when the last of its slots has been taken.
 ///
@@ -194,21 +228,22 @@ class RQueue : public RQueueBase {
     using pointer = const T*;
 
     const_iterator() noexcept = default;
-    reference operator*() const noexcept { return slots(block_)[index_]; }
-    pointer operator->() const noexcept { return slots(block_) + index_; }
+    reference operator*() const noexcept { return *static_cast<pointer>(slot()); }
+    pointer operator->() const noexcept { return static_cast<pointer>(slot()); }
     const_iterator& operator++() noexcept {
-      step();
+      step(sizeof(T));
       return *this;
     }
     const_iterator operator++(int) noexcept {
       const_iterator const before = *this;
-      step();
+      step(sizeof(T));
       return before;
     }
 
    private:
     friend RQueue;
-    using RQueueBaseConstIter::RQueueBaseConstIter;
+    const_iterator(const RQueueBlock* head, U32 count) noexcept
+        : RQueueBaseConstIter(head, count, sizeof(T)) {}
   };
   using iterator = const_iterator;
 
@@ -231,22 +266,24 @@ class RQueue : public RQueueBase {
 
   /// Takes the element at the front; T{} when there is none.
   T deq() {
-    if (frontLeft_ == 0) [[unlikely]] {
-      return deqAtBorder();
+    if (frontIndex_ != frontStop_) [[likely]] {
+      return take();
     }
-    --frontLeft_;
-    RQueueBlock& head = *const_cast<RQueueBlock*>(tail_->next());
-    return take(head, head.firstIndex());
+    switch (frontAtStop()) {
+      case Front::none:
+        return T{};
+      case Front::inside:
+        return take();
+      case Front::last:
+        break;
+    }
+    return takeLast();
   }
 
   /// The element at the front, in place; null when there is none.
-  const T* frontPeek() const noexcept {
-    return empty() ? nullptr : slots(tail_->next()) + tail_->next()->firstIndex();
-  }
+  const T* frontPeek() const noexcept { return empty() ? nullptr : slots(head_) + frontIndex_; }
   /// The element at the back, in place; null when there is none.
-  const T* backPeek() const noexcept {
-    return empty() ? nullptr : slots(tail_) + (nextSequence_ - 1 - tail_->sequence());
-  }
+  const T* backPeek() const noexcept { return empty() ? nullptr : slots(tail_) + backIndex_ - 1; }
   /// A copy of the element at the front; T{} when there is none.
   T front() const { return copyOf(frontPeek()); }
   /// A copy of the element at the back; T{} when there is none.
@@ -254,14 +291,13 @@ class RQueue : public RQueueBase {
 
   /// Removes all and frees the blocks.
   void delAll() noexcept {
-    if (tail_ == nullptr) return;
+    if (head_ == nullptr) return;
     // The queue is empty before the first element goes: a destructor may look at it.
-    RQueue old(nextSequence_);
+    RQueue old(nextSequence());
     swap(old);
-    while (old.tail_ != nullptr) {
-      const RQueueBlock* const head = old.tail_->next();
-      U32 const end = head == old.tail_ ? old.nextSequence_ - head->sequence() : head->capacity();
-      std::destroy(slots(head) + head->firstIndex(), slots(head) + end);
+    while (old.head_ != nullptr) {
+      U32 const end = old.head_ == old.tail_ ? old.backIndex_ : old.head_->capacity();
+      std::destroy(slots(old.head_) + old.frontIndex_, slots(old.head_) + end);
       old.release(old.blockPop());
     }
   }
@@ -278,39 +314,39 @@ class RQueue : public RQueueBase {
     blockDelete(block, sizeof(T), Tag::memAllocationTracker_);
   }
 
-  // The element in this slot, the head's first live one.
-  static T take(RQueueBlock& head, U32 index) noexcept {
-    T* const slot = slots(&head) + index;
-    T element(std::move(*slot));
-    std::destroy_at(slot);
-    firstIndexAdvance(head);
-    return element;
-  }
-  // deq, where there may be no element, or the head may go.
-  [[gnu::noinline]] T deqAtBorder() noexcept(std::is_nothrow_default_constructible_v<T>) {
-    if (tail_ == nullptr) return T{};
-    RQueueBlock& head = *const_cast<RQueueBlock*>(tail_->next());
-    U32 const index = head.firstIndex();
-    // Only the tail can be empty.
-    U32 const end = &head == tail_ ? nextSequence_ - head.sequence() : head.capacity();
-    if (index == end) return T{};
-    T element(take(head, index));
-    if (index + 1 == head.capacity()) {
-      release(blockPop());
+  // The element at the front.
+  T take() noexcept {
+    U32 const next = frontIndex_ + 1;
+    T* const slot = slots(head_) + next - 1;
+    if constexpr (sizeof(T) <= sizeof(void*)) {
+      // By way of a local object, which a register holds: the compiler sees then that the slot has
+      // been left empty, and nothing remains to destroy there.
+      T element(std::move(*slot));
+      std::destroy_at(slot);
+      frontIndexIs(next);
+      return T(std::move(element));
     } else {
-      frontLeft_ = std::min(end, head.capacity() - 1) - (index + 1);
+      T element(std::move(*slot));
+      std::destroy_at(slot);
+      frontIndexIs(next);
+      return element;
     }
+  }
+  T takeLast() noexcept {
+    T element(take());
+    release(blockPop());
     return element;
   }
 
   template <class Arg>
   void add(Arg&& element) {
-    if (!tailHasRoom()) [[unlikely]] {
+    if (backIndex_ == backCapacity_) [[unlikely]] {
       return addInNewBlock(std::forward<Arg>(element));
     }
     // Constructed first, counted after: a copy that throws leaves nothing behind.
-    new (slots(tail_) + (nextSequence_ - tail_->sequence())) T(std::forward<Arg>(element));
-    ++nextSequence_;
+    U32 const next = backIndex_ + 1;
+    new (slots(tail_) + next - 1) T(std::forward<Arg>(element));
+    backIndex_ = next;
   }
   template <class Arg>
   [[gnu::noinline]] void addInNewBlock(Arg&& element) {
@@ -326,7 +362,7 @@ class RQueue : public RQueueBase {
       }
     }
     blockPush(block);
-    ++nextSequence_;
+    backIndex_ = 1;
   }
 };
 

@@ -62,7 +62,7 @@ class RQueueTest : public testing::Test {
 TEST_F(RQueueTest, EmptyQueueGivesDefaultsAndHasNoBlock) {
   Queue<String> strings;
   Queue<Halvo::Ptr<Record>> records;
-  EXPECT_EQ(sizeof strings, 16U);
+  EXPECT_EQ(sizeof strings, 32U);
   EXPECT_EQ(strings.deq(), "");
   EXPECT_EQ(strings.front(), "");
   EXPECT_EQ(strings.back(), "");
@@ -199,6 +199,43 @@ TEST_F(RQueueTest, SequenceNumbersMayPassTheEndOf32Bits) {
   }
 }
 
+TEST_F(RQueueTest, BlockTellsItsFirstLiveSlotAtAnyTime) {
+  Queue<int> queue;
+  int taken = 0;
+  for (int i = 0; i < 30; ++i) queue.enq(i);
+  while (const RQueueBlock* const block = queue.firstBlock()) {
+    U32 const sequence = block->sequence();
+    for (U32 index = 0; block == queue.firstBlock(); ++index) {
+      EXPECT_EQ(block->firstIndex(), index);
+      EXPECT_EQ(sequence + index, static_cast<U32>(taken));
+      EXPECT_EQ(queue.size(), static_cast<U32>(30 - taken));
+      // The last block has room left, and keeps it.
+      if (queue.empty()) {
+        queue.delAll();
+        break;
+      }
+      EXPECT_EQ(queue.deq(), taken++);
+    }
+  }
+  EXPECT_EQ(taken, 30);
+}
+
+TEST_F(RQueueTest, SequenceNumbersRunOnWhileThereIsNoBlock) {
+  Queue<int> queue(7);
+  for (int i = 0; i < 4; ++i) queue.enq(i);
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(queue.deq(), i);
+  ASSERT_EQ(queue.firstBlock(), nullptr);
+  EXPECT_EQ(queue.deq(), 0);
+  queue.enq(4);
+  EXPECT_EQ(queue.firstBlock()->sequence(), 11U);
+  queue.delAll();
+  EXPECT_EQ(queue.size(), 0U);
+  Queue<int> other(std::move(queue));
+  EXPECT_EQ(other.deq(), 0);
+  other.enq(5);
+  EXPECT_EQ(other.firstBlock()->sequence(), 12U);
+}
+
 TEST_F(RQueueTest, MovesButDoesNotCopy) {
   static_assert(!std::is_copy_constructible_v<Queue<int>>);
   static_assert(!std::is_copy_assignable_v<Queue<int>>);
@@ -310,7 +347,13 @@ TEST_F(RQueueTest, IteratorMeetsWhatWasThereWhenItWasMade) {
   int met = 0;
   for (; it != queue.end(); ++it) EXPECT_EQ(*it, met++);
   EXPECT_EQ(met, 4);
-  EXPECT_EQ(std::distance(queue.begin(), queue.end()), 40);
+  // Across the blocks' borders, with part of the head taken.
+  queue.deq();
+  U32 left = 39;
+  for (it = queue.begin(); it != queue.end(); ++it) EXPECT_EQ(it.left(), left--);
+  EXPECT_EQ(left, 0U);
+  EXPECT_EQ(it.left(), 0U);
+  EXPECT_EQ(std::distance(queue.begin(), queue.end()), 39);
 }
 
 template <class T, class Make>
