@@ -2,6 +2,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -40,17 +41,26 @@ struct Alt {
   }
 };
 
+// The elements go round these records: with a single one, each step would wait for the count that
+// the step before it wrote.
+constexpr std::size_t recordCount = 64;
+
 template <class T>
-const T& element() {
-  static const NodePtr node = Halvo::makePtr<Record>();
-  static const T one = [] {
-    if constexpr (std::is_pointer_v<T>) {
-      return node.get();
-    } else {
-      return node;
+const std::array<T, recordCount>& elements() {
+  static const std::array<T, recordCount> all = [] {
+    static std::array<NodePtr, recordCount> records;
+    std::array<T, recordCount> made{};
+    for (std::size_t i = 0; i < recordCount; ++i) {
+      records[i] = Halvo::makePtr<Record>();
+      if constexpr (std::is_pointer_v<T>) {
+        made[i] = records[i].get();
+      } else {
+        made[i] = records[i];
+      }
     }
+    return made;
   }();
-  return one;
+  return all;
 }
 
 // So many queues are filled, or emptied, between two pauses of the clock: a pause costs as much as
@@ -59,8 +69,8 @@ std::int64_t batchOf(std::int64_t size) { return std::clamp<std::int64_t>(4000 /
 
 template <class Queue, class T>
 void fill(Queue& queue, std::int64_t size) {
-  const T& one = element<T>();
-  for (std::int64_t i = 0; i < size; ++i) queue.enq(one);
+  auto const& all = elements<T>();
+  for (std::size_t i = 0; i < static_cast<std::size_t>(size); ++i) queue.enq(all[i % recordCount]);
 }
 
 // Makes queues and fills them; their end is not counted.
@@ -110,9 +120,11 @@ void dequeue(benchmark::State& state) {
 template <class Queue, class T>
 void pass(benchmark::State& state) {
   Queue queue;
-  for (std::int64_t i = 0; i < state.range(0); ++i) queue.enq(element<T>());
+  fill<Queue, T>(queue, state.range(0));
+  auto const& all = elements<T>();
+  std::size_t i = 0;
   for (auto _ : state) {
-    queue.enq(element<T>());
+    queue.enq(all[i++ % recordCount]);
     benchmark::DoNotOptimize(queue.deq());
   }
 }
