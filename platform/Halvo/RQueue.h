@@ -318,19 +318,15 @@ class RQueue : public RQueueBase {
   T take() noexcept {
     U32 const next = frontIndex_ + 1;
     T* const slot = slots(head_) + next - 1;
+    T element(std::move(*slot));
+    std::destroy_at(slot);
+    frontIndexIs(next);
     if constexpr (sizeof(T) <= sizeof(void*)) {
-      // By way of a local object, which a register holds: the compiler sees then that the slot has
-      // been left empty, and nothing remains to destroy there.
-      T element(std::move(*slot));
-      std::destroy_at(slot);
-      frontIndexIs(next);
+      // Moved on from a local object, which a register holds: the compiler sees then that the slot
+      // has been left empty, and nothing remains to destroy there.
       return T(std::move(element));
-    } else {
-      T element(std::move(*slot));
-      std::destroy_at(slot);
-      frontIndexIs(next);
-      return element;
     }
+    return element;
   }
   T takeLast() noexcept {
     T element(take());
