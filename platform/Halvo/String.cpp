@@ -28,11 +28,6 @@ void String::fromText(const char* text) {
   std::memcpy(appendUninitialized(size), text, size);
 }
 
-String& String::operator=(const String& other) {
-  if (this != &other) assign(other.view());
-  return *this;
-}
-
 // NOLINTNEXTLINE(readability-make-member-function-const): the text is gone after it
 void String::heapRelease() noexcept { ::operator delete(heap_.data); }
 

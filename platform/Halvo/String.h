@@ -87,7 +87,16 @@ class VELMOR_PLATFORM_API String {
   ~String() {
     if (!isInline()) heapRelease();
   }
-  String& operator=(const String& other);
+  String& operator=(const String& other) {
+    // Whether both are inline: as one test, since iterators come here at every step.
+    if ((lastByte() | other.lastByte()) != heapMark && this != &other) [[likely]] {
+      // A fixed number of bytes is a few moves; the text alone would be a call of memcpy.
+      bitsFrom(other);
+    } else {
+      assign(other.view());
+    }
+    return *this;
+  }
   String& operator=(String&& other) noexcept {
     if (this != &other) {
       if (!isInline()) heapRelease();

@@ -108,6 +108,10 @@ struct RbTreeLeaf {
   void** elements() noexcept {
     return static_cast<void**>(static_cast<void*>(places() + capacity)) + begin;
   }
+  /// The hint of the element whose pointer stands there.
+  U64 hintAt(void** place) const noexcept {
+    return *static_cast<U64*>(static_cast<void*>(place - capacity));
+  }
 
  private:
   U64* places() noexcept { return static_cast<U64*>(static_cast<void*>(this + 1)); }

@@ -10,7 +10,6 @@
 
 #include "Halvo/Types.h"
 #include "Sobrel.h"
-#include "Zel/DoOrRestore.h"
 #include "Zel/RbTree.h"
 
 namespace Zel {
@@ -53,7 +52,7 @@ class RbTreeOf {
   /// way to the end; else the element under it, and nothing at the end. False when nothing was
   /// removed. The iterator's `++` then goes to the element behind.
   bool del(const iterator& at) {
-    if (!at.isHeld_ || (at.leaf_ == nullptr && at.generation_ == generation())) return false;
+    if (!at.isHeld_ || (at.element_ == nullptr && at.generation_ == generation())) return false;
     Holder const gone(unlinked(at.heldProbe()));
     return gone.element != nullptr;
   }
@@ -177,7 +176,7 @@ class RbTreeOf {
   // The element under the iterator, or that of the key it holds should it be stale; null at the
   // end.
   Element* unlinked(const iterator& at) noexcept {
-    return at.leaf_ == nullptr ? nullptr : unlinked(at.heldProbe());
+    return at.element_ == nullptr ? nullptr : unlinked(at.heldProbe());
   }
 
  private:
@@ -266,10 +265,11 @@ template <class K, class Element, class Tag, class Less>
 template <bool isConst>
 class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   using Owner = std::conditional_t<isConst, const RbTreeOf, RbTreeOf>;
-  // Where the hint is not the whole key, an iterator that can remove keeps a copy of the key.
+  // What an iterator that outlives its element goes by: the hint where that is the whole key, else
+  // a copy of the key. One that cannot remove keeps no copy.
   static constexpr bool copiesKey = !Order::exact && !isConst;
-  struct NoKey {};
-  using HeldKey = std::conditional_t<copiesKey, K, NoKey>;
+  struct Nothing {};
+  using Held = std::conditional_t<Order::exact, U64, std::conditional_t<copiesKey, K, Nothing>>;
 
  public:
   using iterator_category = std::forward_iterator_tag;
@@ -283,12 +283,14 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   requires(isConst && !otherIsConst) BasicIterator(const BasicIterator<otherIsConst>& other)
       : owner_(other.owner_),
         leaf_(other.leaf_),
-        index_(other.index_),
+        place_(other.place_),
+        last_(other.last_),
+        element_(other.element_),
         version_(other.version_),
         generation_(other.generation_),
-        isHeld_(other.isHeld_),
-        hint_(other.hint_),
-        element_(other.element_) {}
+        isHeld_(other.isHeld_) {
+    if constexpr (Order::exact) held_ = other.held_;
+  }
 
   /// The key of the element, in place.
   const K& key() const noexcept { return element_->key; }
@@ -307,12 +309,16 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
 
   /// A step that throws, as a key's copy may, leaves the iterator where it is.
   BasicIterator& operator++() {
-    if (leaf_ == nullptr) return *this;
-    if constexpr (!copiesKey || std::is_nothrow_copy_assignable_v<K>) {
-      advance();
+    if (place_ != last_ && isFresh()) [[likely]] {
+      void** const next = place_ + 1;
+      element_ = held(leaf_, next, last_);
+      place_ = next;
+    } else if (element_ == nullptr) {
+      return *this;
+    } else if (isFresh()) {
+      standAt({leaf_->next, 0});
     } else {
-      impl::doOrRestore([this] { advance(); }, leaf_, index_, version_, generation_, isHeld_, hint_,
-                        element_);
+      resume();
     }
     return *this;
   }
@@ -333,42 +339,42 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
       : owner_(owner), version_(owner->tree_.version()), generation_(owner->generation()) {}
   BasicIterator(Owner* owner, RbTree::Position at)
       : owner_(owner),
-        leaf_(at.leaf),
-        index_(at.index),
         version_(owner->tree_.version()),
-        generation_(owner->generation()) {
-    load();
+        generation_(owner->generation()),
+        isHeld_(at.leaf != nullptr) {
+    standAt(at);
   }
 
-  void advance() {
-    if (version_ == owner_->tree_.version()) [[likely]] {
-      if (++index_ == leaf_->count) {
-        leaf_ = leaf_->next;
-        index_ = 0;
-      }
-      load();
-    } else {
-      resume();
-    }
-  }
-  void load() {
-    if (leaf_ == nullptr) {
-      element_ = nullptr;
-      return;
-    }
-    void** const elements = leaf_->elements();
-    element_ = static_cast<Element*>(elements[index_]);
-    hint_ = leaf_->hints()[index_];
-    isHeld_ = true;
-    if constexpr (copiesKey) heldKey_ = element_->key;
+  bool isFresh() const noexcept { return version_ == owner_->tree_.version(); }
+  // The element at a place of a leaf, from now on the one that the iterator goes by. May throw, as
+  // a key's copy may; all else that a step changes is therefore changed after it.
+  Element* held(RbTreeLeaf* leaf, void** place, void** last) {
+    auto* const element = static_cast<Element*>(*place);
     // Elements lie anywhere in memory.
-    if (index_ + ahead < leaf_->count) __builtin_prefetch(elements[index_ + ahead]);
+    if (last - place >= ahead) __builtin_prefetch(place[ahead]);
+    if constexpr (Order::exact) held_ = leaf->hintAt(place);
+    if constexpr (copiesKey) held_ = element->key;
+    return element;
+  }
+  void standAt(RbTree::Position at) {
+    void** place = nullptr;
+    void** last = nullptr;
+    Element* element = nullptr;
+    if (at.leaf != nullptr) {
+      place = at.leaf->elements() + at.index;
+      last = at.leaf->elements() + at.leaf->count - 1;
+      element = held(at.leaf, place, last);
+    }
+    leaf_ = at.leaf;
+    place_ = place;
+    last_ = last;
+    element_ = element;
   }
   RbTreeProbe heldProbe() const noexcept {
     if constexpr (Order::exact) {
-      return {hint_, nullptr, nullptr, nullptr};
+      return {held_, nullptr, nullptr, nullptr};
     } else if constexpr (copiesKey) {
-      return owner_->probeFor(heldKey_);
+      return owner_->probeFor(held_);
     } else {
       return owner_->probeFor(element_->key);
     }
@@ -380,24 +386,24 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
     if (Order::exact || copiesKey || generation_ == owner_->generation()) {
       at = owner_->tree_.upperBound(heldProbe());
     }
-    leaf_ = at.leaf;
-    index_ = at.index;
+    standAt(at);
     version_ = owner_->tree_.version();
     generation_ = owner_->generation();
-    load();
   }
 
-  static constexpr U32 ahead = 6;
+  static constexpr std::ptrdiff_t ahead = 6;
 
   Owner* owner_ = nullptr;
-  RbTreeLeaf* leaf_ = nullptr;  // null at the end
-  U32 index_ = 0;
+  // Where the element stands and its leaf ends, good while the tree stays as it is. All null at the
+  // end.
+  RbTreeLeaf* leaf_ = nullptr;
+  void** place_ = nullptr;
+  void** last_ = nullptr;
+  Element* element_ = nullptr;
   U32 version_ = 0;
   U32 generation_ = 0;
   bool isHeld_ = false;  // whether it ever stood at an element
-  U64 hint_ = 0;
-  Element* element_ = nullptr;
-  [[no_unique_address]] HeldKey heldKey_{};
+  [[no_unique_address]] Held held_{};
 };
 
 template <class K, class V>

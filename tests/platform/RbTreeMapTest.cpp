@@ -47,7 +47,11 @@ struct Plain {
   Plain(const Plain& other) : number(other.number) {
     if (throws) throw std::runtime_error("copy");
   }
-  Plain& operator=(const Plain&) = default;
+  Plain& operator=(const Plain& other) {
+    if (throws) throw std::runtime_error("copy");
+    number = other.number;
+    return *this;
+  }
   friend bool operator<(const Plain& a, const Plain& b) { return a.number < b.number; }
   friend bool operator==(const Plain&, const Plain&) = default;
   int number;
@@ -195,6 +199,33 @@ TEST_F(RbTreeMapTest, StepWithoutMemoryForTheKeyLeavesTheIterator) {
   String const last = at.key();
   EXPECT_EQ(map.take(at), 99U);
   EXPECT_FALSE(map.has(last));
+}
+
+TEST_F(RbTreeMapTest, StepWhoseKeyCopyThrowsLeavesTheIterator) {
+  Map<Plain, int> map;
+  for (int i = 0; i < 400; i += 2) map.insert(Plain(i), i);
+  auto at = map.begin();
+  for (int i = 0; i < 398; i += 2) {
+    bool const isStale = i % 20 == 10;
+    if (isStale) map.insert(Plain(i + 1), i + 1);
+    Plain::throws = true;
+    EXPECT_THROW(++at, std::runtime_error);
+    EXPECT_THROW(at++, std::runtime_error);
+    Plain::throws = false;
+    ASSERT_EQ(at.key().number, i);
+    ASSERT_EQ(at.value(), i);
+    if (isStale) {
+      ++at;
+      ASSERT_EQ(at.value(), i + 1);
+    }
+    ++at;
+    ASSERT_EQ(at.value(), i + 2);
+  }
+  ++at;
+  EXPECT_TRUE(at == map.end());
+  map.del(Plain(0));
+  EXPECT_TRUE(map.del(at));  // the key that it last held
+  EXPECT_FALSE(map.has(Plain(398)));
 }
 
 TEST_F(RbTreeMapTest, FirstElementIsFoundWhereALowerOneWasRemoved) {

@@ -63,6 +63,27 @@ TEST(String, AppendsPartsOfItself) {
   EXPECT_EQ(text, "5678901");
 }
 
+TEST(String, CopiesOverAnyOtherText) {
+  constexpr std::size_t sizes[] = {0, 1, 62, 63, 64, 65, 500};
+  for (std::size_t const from : sizes) {
+    for (std::size_t const to : sizes) {
+      SCOPED_TRACE(std::to_string(from) + " over " + std::to_string(to));
+      String const source(from, 's');
+      String target(to, 't');
+      EXPECT_EQ(&(target = source), &target);
+      EXPECT_EQ(target.view(), std::string(from, 's'));
+      EXPECT_EQ(target.c_str()[from], '\0');
+      target += 't';
+      EXPECT_EQ(target.view(), std::string(from, 's') + 't');
+      EXPECT_EQ(source.view(), std::string(from, 's'));
+    }
+    String same(from, 's');
+    const String& itself = same;
+    same = itself;
+    EXPECT_EQ(same.view(), std::string(from, 's'));
+  }
+}
+
 TEST(String, AgreesWithStdStringOnRandomOperations) {
   std::mt19937 random(20);
   String text;
