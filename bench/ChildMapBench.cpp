@@ -5,12 +5,11 @@
 #include <algorithm>
 #include <map>
 #include <memory>
-#include <numeric>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "TreeBench.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
 
 namespace {
@@ -19,7 +18,7 @@ using Halvo::String;
 using VelmorTcam::U32;
 using VelmorTcam::U64;
 
-enum Order { sorted, reversed, shuffled };
+using velmorbench::Order;
 
 template <class Key>
 std::vector<Key> keysIn(Order order, std::int64_t count) {
@@ -32,9 +31,7 @@ std::vector<Key> keysIn(Order order, std::int64_t count) {
     }
   }
   std::sort(keys.begin(), keys.end());
-  if (order == reversed) std::reverse(keys.begin(), keys.end());
-  if (order == shuffled) std::shuffle(keys.begin(), keys.end(), std::mt19937(1));
-  return keys;
+  return velmorbench::inOrder(order, std::move(keys));
 }
 
 struct OursGroups {
@@ -122,9 +119,12 @@ void get(benchmark::State& state) {
   auto keys = keysIn<typename Parent::Key>(order, state.range(0));
   Parent parent;
   fill(parent, keys);
-  if (order == shuffled) std::shuffle(keys.begin(), keys.end(), std::mt19937(2));
-  for (auto _ : state) fill(parent, keys);
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  if (order == velmorbench::shuffled) keys = velmorbench::inOrder(order, std::move(keys), 2);
+  auto const places = velmorbench::lookups(order, keys.size());
+  for (auto _ : state) {
+    for (U32 const place : places) benchmark::DoNotOptimize(parent.childIs(keys[place]));
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(places.size()));
 }
 template <class Parent, Order order>
 void walk(benchmark::State& state) {
@@ -134,21 +134,7 @@ void walk(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-void sizes(benchmark::internal::Benchmark* b) {
-  b->Arg(10)->Arg(1000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);
-}
-
-#define PAIR(bench, kind, order)                               \
-  BENCHMARK_TEMPLATE(bench, Ours##kind, order)                 \
-      ->Name("child_map/" #kind "/" #bench "/" #order "/ours") \
-      ->Apply(sizes);                                          \
-  BENCHMARK_TEMPLATE(bench, Alt##kind, order)                  \
-      ->Name("child_map/" #kind "/" #bench "/" #order "/std")  \
-      ->Apply(sizes)
-#define ORDERS(bench, kind)    \
-  PAIR(bench, kind, sorted);   \
-  PAIR(bench, kind, reversed); \
-  PAIR(bench, kind, shuffled)
+#define ORDERS(bench, kind) VELMOR_BENCH_ORDERS("child_map", bench, kind, velmorbench::sizes)
 
 ORDERS(create, Groups);
 ORDERS(get, Groups);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <random>
 #include <set>
 #include <string>
@@ -15,6 +16,7 @@
 #include "Halvo/Ptr.h"
 #include "Halvo/String.h"
 #include "Sobrel.h"
+#include "TreeBench.h"
 #include "Zel/RbTreeMap.h"
 
 namespace {
@@ -132,15 +134,13 @@ struct AltNames {
   }
 };
 
-enum Order { sorted, reversed, shuffled };
+using velmorbench::Order;
+using velmorbench::shuffled;
 
 std::vector<U32> keysIn(Order order, std::int64_t count, unsigned seed = 1) {
   std::vector<U32> keys(static_cast<std::size_t>(count));
-  for (std::size_t i = 0; i < keys.size(); ++i) {
-    keys[i] = static_cast<U32>(order == reversed ? keys.size() - 1 - i : i);
-  }
-  if (order == shuffled) std::shuffle(keys.begin(), keys.end(), std::mt19937(seed));
-  return keys;
+  std::iota(keys.begin(), keys.end(), 0);
+  return velmorbench::inOrder(order, std::move(keys), seed);
 }
 
 // Another order each time: a processor learns the branches of one that comes again.
@@ -167,17 +167,12 @@ template <class Tree, Order order>
 void lookup(benchmark::State& state) {
   Tree tree;
   for (U32 key : keysIn(order, state.range(0))) tree.add(key);
-  auto keys = keysIn(order, state.range(0), 2);
-  std::mt19937 random(2);
+  auto const keys = keysIn(order, state.range(0), 2);
+  auto const places = velmorbench::lookups(order, keys.size());
   for (auto _ : state) {
-    for (U32 key : keys) benchmark::DoNotOptimize(tree.has(key));
-    if (order == shuffled) {
-      state.PauseTiming();
-      shuffleAgain(order, keys, random);
-      state.ResumeTiming();
-    }
+    for (U32 const place : places) benchmark::DoNotOptimize(tree.has(keys[place]));
   }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(places.size()));
 }
 template <class Tree, Order order>
 void walk(benchmark::State& state) {
@@ -220,25 +215,13 @@ void memory(benchmark::State& state) {
   state.counters["bytesEach"] = bytes / static_cast<double>(keys.size());
 }
 
-void sizes(benchmark::internal::Benchmark* b) {
-  b->Arg(10)->Arg(1000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);
-}
 void fewSizes(benchmark::internal::Benchmark* b) {
   b->Arg(10)->Arg(1000)->Arg(100'000)->Unit(benchmark::kMicrosecond);
 }
 void once(benchmark::internal::Benchmark* b) { b->Arg(1000)->Arg(1'000'000)->Iterations(1); }
 
-#define PAIR(bench, kind, order, range)                      \
-  BENCHMARK_TEMPLATE(bench, Ours##kind, order)               \
-      ->Name("rb_tree/" #kind "/" #bench "/" #order "/ours") \
-      ->Apply(range);                                        \
-  BENCHMARK_TEMPLATE(bench, Alt##kind, order)                \
-      ->Name("rb_tree/" #kind "/" #bench "/" #order "/std")  \
-      ->Apply(range)
-#define ORDERS(bench, kind, range)    \
-  PAIR(bench, kind, sorted, range);   \
-  PAIR(bench, kind, reversed, range); \
-  PAIR(bench, kind, shuffled, range)
+#define PAIR(bench, kind, order, range) VELMOR_BENCH_PAIR("rb_tree", bench, kind, order, range)
+#define ORDERS(bench, kind, range) VELMOR_BENCH_ORDERS("rb_tree", bench, kind, range)
 #define ALL(kind, range)            \
   ORDERS(insert, kind, range);      \
   ORDERS(lookup, kind, range);      \
@@ -247,8 +230,8 @@ void once(benchmark::internal::Benchmark* b) { b->Arg(1000)->Arg(1'000'000)->Ite
   PAIR(memory, kind, sorted, once); \
   PAIR(memory, kind, shuffled, once)
 
-ALL(Set, sizes);
-ALL(Map, sizes);
+ALL(Set, velmorbench::sizes);
+ALL(Map, velmorbench::sizes);
 ALL(Names, fewSizes);
 
 }  // namespace

@@ -1,0 +1,61 @@
+// What the benchmarks of the ordered collections share: orders of keys, sizes, and the pairs of
+// ours and the standard library's.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <numeric>
+#include <random>
+#include <utility>
+#include <vector>
+
+namespace velmorbench {
+
+enum Order { sorted, reversed, shuffled };
+
+/// The ascending keys in another order.
+template <class Key>
+std::vector<Key> inOrder(Order order, std::vector<Key> keys, unsigned seed = 1) {
+  if (order == reversed) std::reverse(keys.begin(), keys.end());
+  if (order == shuffled) std::shuffle(keys.begin(), keys.end(), std::mt19937(seed));
+  return keys;
+}
+
+/// The places, among `count` keys, of those to look up one after the other: once from first to
+/// last. Where the keys are shuffled and few, again and again, each time in another order: a
+/// processor learns the branches of a short sequence that comes again, and then shows what no use
+/// of the collection sees.
+inline std::vector<std::uint32_t> lookups(Order order, std::size_t count) {
+  std::vector<std::uint32_t> round(count);
+  std::iota(round.begin(), round.end(), 0);
+  std::vector<std::uint32_t> places = round;
+  std::mt19937 random(3);
+  while (order == shuffled && places.size() < 100'000) {
+    std::shuffle(round.begin(), round.end(), random);
+    places.insert(places.end(), round.begin(), round.end());
+  }
+  return places;
+}
+
+inline void sizes(benchmark::internal::Benchmark* b) {
+  b->Arg(10)->Arg(1000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);
+}
+
+}  // namespace velmorbench
+
+/// Registers the function template `bench` for the classes Ours`kind` and Alt`kind`, which stands
+/// for the standard library.
+#define VELMOR_BENCH_PAIR(group, bench, kind, order, range) \
+  BENCHMARK_TEMPLATE(bench, Ours##kind, velmorbench::order) \
+      ->Name(group "/" #kind "/" #bench "/" #order "/ours") \
+      ->Apply(range);                                       \
+  BENCHMARK_TEMPLATE(bench, Alt##kind, velmorbench::order)  \
+      ->Name(group "/" #kind "/" #bench "/" #order "/std")  \
+      ->Apply(range)
+#define VELMOR_BENCH_ORDERS(group, bench, kind, range)    \
+  VELMOR_BENCH_PAIR(group, bench, kind, sorted, range);   \
+  VELMOR_BENCH_PAIR(group, bench, kind, reversed, range); \
+  VELMOR_BENCH_PAIR(group, bench, kind, shuffled, range)
