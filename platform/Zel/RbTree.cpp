@@ -68,55 +68,63 @@ void innerDelete(Inner* inner) noexcept {
   return limit == ~U64{0} ? count : countBelow(hints, count, limit + 1);
 }
 
-// The first of the ordered entries that stands behind what is sought, where hints are not exact:
-// the hints cut the range down, often to nothing, and the elements decide. Keys with a long common
-// beginning have one hint; then the hints are not searched at all.
-template <class IsBehind>
-[[gnu::always_inline]] inline U32 rankByElements(const U64* hints, U32 count, U64 hint,
-                                                 IsBehind isBehind) noexcept {
-  U32 low = 0;
-  U32 high = count;
-  if (count != 0 && (hints[0] != hint || hints[count - 1] != hint)) {
-    low = countBelow(hints, count, hint);
-    if (low == count || hints[low] != hint) return low;
-    high = low + countUpTo(hints + low, count - low, hint);
-  }
-  while (low < high) {
-    U32 const middle = (low + high) / 2;
-    if (isBehind(middle)) {
-      high = middle;
-    } else {
-      low = middle + 1;
-    }
-  }
-  return low;
+// The entries that may be the sought one where hints are not exact: those of its hint, most often
+// one or none. Keys with a long common beginning have one hint; then the hints are not searched.
+struct Range {
+  U32 low;
+  U32 high;
+};
+[[gnu::always_inline]] inline Range rangeOf(const U64* hints, U32 count, U64 hint) noexcept {
+  if (count == 0 || (hints[0] == hint && hints[count - 1] == hint)) return {0, count};
+  U32 const low = countBelow(hints, count, hint);
+  if (low == count || hints[low] != hint) return {low, low};
+  if (low + 1 == count || hints[low + 1] != hint) return {low, low + 1};
+  return {low, low + countUpTo(hints + low, count - low, hint)};
 }
 
-// How many of the ordered entries are less than the key.
-[[gnu::always_inline]] inline U32 rankBelow(const U64* hints, void* const* elements, U32 count,
-                                            const RbTreeProbe& probe) noexcept {
-  if (probe.isBelow == nullptr) return countBelow(hints, count, probe.hint);
-  return rankByElements(hints, count, probe.hint,
-                        [&](U32 i) { return !probe.isBelow(elements[i], probe.key); });
-}
 // How many of the ordered entries are not greater than the key.
 [[gnu::always_inline]] inline U32 rankUpTo(const U64* hints, void* const* elements, U32 count,
                                            const RbTreeProbe& probe) noexcept {
-  if (probe.isAbove == nullptr) return countUpTo(hints, count, probe.hint);
-  return rankByElements(hints, count, probe.hint,
-                        [&](U32 i) { return probe.isAbove(elements[i], probe.key); });
+  if (probe.order == nullptr) return countUpTo(hints, count, probe.hint);
+  Range range = rangeOf(hints, count, probe.hint);
+  while (range.low < range.high) {
+    U32 const middle = (range.low + range.high) / 2;
+    if (probe.order(elements[middle], probe) > 0) {
+      range.high = middle;
+    } else {
+      range.low = middle + 1;
+    }
+  }
+  return range.low;
 }
 
 [[gnu::always_inline]] inline U32 childFor(const Inner& inner, const RbTreeProbe& probe) noexcept {
   return rankUpTo(inner.hints + 1, inner.elements + 1, inner.count - 1U, probe);
 }
-[[gnu::always_inline]] inline U32 placeIn(Leaf& leaf, const RbTreeProbe& probe) noexcept {
-  return rankBelow(leaf.hints(), leaf.elements(), leaf.count, probe);
-}
-// Whether the key is that of the entry at its place.
-bool isAt(Leaf& leaf, U32 index, const RbTreeProbe& probe) noexcept {
-  return index < leaf.count && leaf.hints()[index] == probe.hint &&
-         (probe.isAbove == nullptr || !probe.isAbove(leaf.elements()[index], probe.key));
+
+struct Place {
+  U32 index;
+  bool isTaken;  // by the element of the key
+};
+// Where the key stands in the leaf, or would stand.
+[[gnu::always_inline]] inline Place placeIn(Leaf& leaf, const RbTreeProbe& probe) noexcept {
+  const U64* const hints = leaf.hints();
+  if (probe.order == nullptr) {
+    U32 const index = countBelow(hints, leaf.count, probe.hint);
+    return {index, index < leaf.count && hints[index] == probe.hint};
+  }
+  Range range = rangeOf(hints, leaf.count, probe.hint);
+  while (range.low < range.high) {
+    U32 const middle = (range.low + range.high) / 2;
+    int const order = probe.order(leaf.elements()[middle], probe);
+    if (order == 0) return {middle, true};
+    if (order > 0) {
+      range.high = middle;
+    } else {
+      range.low = middle + 1;
+    }
+  }
+  return {range.low, false};
 }
 
 template <class T>
@@ -250,8 +258,8 @@ RbTreeLeaf* RbTree::descend(const RbTreeProbe& probe) const noexcept {
 void* RbTree::find(const RbTreeProbe& probe) const noexcept {
   if (size_ == 0) return nullptr;
   Leaf& leaf = *descend(probe);
-  U32 const index = placeIn(leaf, probe);
-  return isAt(leaf, index, probe) ? leaf.elements()[index] : nullptr;
+  Place const place = placeIn(leaf, probe);
+  return place.isTaken ? leaf.elements()[place.index] : nullptr;
 }
 
 void* RbTree::find(U64 hint) const noexcept {
@@ -315,7 +323,7 @@ RbTree::Position RbTree::last() const noexcept {
 RbTree::Position RbTree::lowerBound(const RbTreeProbe& probe) const noexcept {
   if (size_ == 0) return {};
   Leaf* const leaf = descend(probe);
-  U32 const index = placeIn(*leaf, probe);
+  U32 const index = placeIn(*leaf, probe).index;
   return index < leaf->count ? Position{leaf, index} : Position{leaf->next, 0};
 }
 
@@ -355,25 +363,28 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
   path.at = {};
   path.isKnown = true;
   if (size_ == 0) return nullptr;
-  if (probe.isBelow == nullptr && recent_ != nullptr && keysRun_) {
-    // Keys in order stay in a leaf for long.
+  if (recent_ != nullptr && keysRun_) {
+    // Keys in order stay in a leaf for long. Where hints are not exact, the key may stand in a
+    // neighbour when its hint is that of the leaf's first or last element.
     Leaf& leaf = *recent_;
     U64* const hints = leaf.hints();
     U32 const last = leaf.count - 1U;
+    bool const isExact = probe.order == nullptr;
     path.at.leaf = &leaf;
     path.isKnown = false;
-    if (hints[0] == probe.hint) return leaf.elements()[0];
-    if (hints[0] < probe.hint) {
-      if (probe.hint < hints[last]) {
-        U32 const index = 1 + countBelow(hints + 1, last, probe.hint);
-        path.at.index = index;
-        return hints[index] == probe.hint ? leaf.elements()[index] : nullptr;
-      }
+    if (hints[0] == probe.hint) {
+      if (isExact) return leaf.elements()[0];
+    } else if (probe.hint < hints[0]) {
+      if (leaf.previous == nullptr) return nullptr;
+    } else if (probe.hint < hints[last]) {
+      Place const place = placeIn(leaf, probe);
+      path.at.index = place.index;
+      return place.isTaken ? leaf.elements()[place.index] : nullptr;
+    } else if (probe.hint == hints[last]) {
       path.at.index = last;
-      if (hints[last] == probe.hint) return leaf.elements()[last];
-      ++path.at.index;
-      if (leaf.next == nullptr) return nullptr;
-    } else if (leaf.previous == nullptr) {
+      if (isExact) return leaf.elements()[last];
+    } else if (leaf.next == nullptr) {
+      path.at.index = last + 1;
       return nullptr;
     }
   }
@@ -383,8 +394,9 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
   keysRun_ =
       recent_ == nullptr || &leaf == recent_ || leaf.previous == recent_ || leaf.next == recent_;
   recent_ = &leaf;
-  path.at.index = placeIn(leaf, probe);
-  return isAt(leaf, path.at.index, probe) ? leaf.elements()[path.at.index] : nullptr;
+  Place const place = placeIn(leaf, probe);
+  path.at.index = place.index;
+  return place.isTaken ? leaf.elements()[place.index] : nullptr;
 }
 
 // The block below `level` that the path leads through has a new first element.
@@ -406,7 +418,7 @@ void RbTree::insertAt(Path& path, U64 hint, void* element) {
     if (leaf->capacity == leafCapacity) {
       if (!path.isKnown) {
         U32 const index = path.at.index;
-        descendAlong({leaf->hints()[0], nullptr, nullptr, nullptr}, path);
+        descendAlong({hint, nullptr, nullptr, 0}, path);
         path.at.index = index;
       }
       leafSplit(path, hint, element);
@@ -524,7 +536,7 @@ void RbTree::removeAt(Path& path, bool hintsAreExact) noexcept {
   bool const goesUnder = !isAtEdge && leaf.count <= leafMinimum;
   if (!path.isKnown && (goesUnder || leaf.count == 1)) {
     U32 const index = path.at.index;
-    descendAlong({leaf.hints()[index], nullptr, nullptr, nullptr}, path);
+    descendAlong({leaf.hints()[index], nullptr, nullptr, 0}, path);
     path.at.index = index;
   }
   erase(leaf, path.at.index);

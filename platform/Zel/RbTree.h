@@ -20,8 +20,7 @@ namespace Zel {
 ///
 /// `hint(key)` must agree with `Less`: hint(a) < hint(b) only if a is less than b. Where `exact`,
 /// keys of equal hints are equal also, and the tree never calls `Less`; elsewhere `Less` decides
-/// among keys of equal hints, or `lessBehindHint(a, b)` where the order has one, which may rely on
-/// their hints being equal. The tree keeps the hints side by side, so a good hint spares it most
+/// among keys of equal hints. The tree keeps the hints side by side, so a good hint spares it most
 /// looks at elements. Specialise it for a type of your own before its first tree:
 ///
 ///     template <>
@@ -45,10 +44,11 @@ struct RbTreeOrder {
 };
 /// Strings: eight of their bytes, the first ones or, in a tree whose keys all begin alike, the
 /// first behind that beginning. An order whose hints are not exact, and which goes by the bytes
-/// from the first on, can have this if it has commonSize and hintBehind.
+/// from the first on, can have this if it has hintSize, hintBehind, commonSize and orderBehind.
 template <>
 struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
   static constexpr bool exact = false;
+  static constexpr U32 hintSize = 8;
   static U64 hint(std::string_view text) noexcept {
     U64 bytes = 0;
     std::memcpy(&bytes, text.data(), text.size() < 8 ? text.size() : 8);
@@ -67,20 +67,23 @@ struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
     while (same < end && a[same] == b[same]) ++same;
     return same;
   }
-  static bool lessBehindHint(std::string_view a, std::string_view b) noexcept {
+  /// Below, at or above zero as a is less than b, equal or greater. Their first `told` bytes, with
+  /// zeros behind a shorter text, are known to be the same.
+  static int orderBehind(std::string_view a, std::string_view b, U32 told) noexcept {
     std::size_t const shorter = a.size() < b.size() ? a.size() : b.size();
-    if (shorter >= 16) {
-      U64 const nextOfA = wordAt(a, 8);
-      U64 const nextOfB = wordAt(b, 8);
-      if (nextOfA != nextOfB) return nextOfA < nextOfB;
+    std::size_t known = told;
+    if (shorter >= known + 8) {
+      U64 const nextOfA = wordAt(a, known);
+      U64 const nextOfB = wordAt(b, known);
+      if (nextOfA != nextOfB) return nextOfA < nextOfB ? -1 : 1;
+      known += 8;
     }
-    // Up to eight bytes equal hints leave but the lengths to differ.
-    std::size_t const known = shorter >= 16 ? 16 : 8;
     if (shorter > known) {
       int const order = std::memcmp(a.data() + known, b.data() + known, shorter - known);
-      if (order != 0) return order < 0;
+      if (order != 0) return order;
     }
-    return a.size() < b.size();
+    // What one has behind the other's end is zeros, or not known yet.
+    return static_cast<int>(a.size() > b.size()) - static_cast<int>(a.size() < b.size());
   }
 
  private:
@@ -117,12 +120,14 @@ struct RbTreeLeaf {
   U64* places() noexcept { return static_cast<U64*>(static_cast<void*>(this + 1)); }
 };
 
-/// What a search looks for. The two comparisons are null where hints are exact.
+/// What a search looks for.
 struct RbTreeProbe {
   U64 hint;
   const void* key;
-  bool (*isBelow)(const void* element, const void* key);  ///< element < key
-  bool (*isAbove)(const void* element, const void* key);  ///< key < element
+  /// Below, at or above zero as the element of that hint is less than the key, equal or greater.
+  /// Null where hints are exact.
+  int (*order)(const void* element, const RbTreeProbe& probe);
+  U32 told;  ///< how many first bytes, as of a text, equal hints show to be the same
 };
 
 /// Ordered pointers to elements: a tree whose leaves are runs of up to 62 elements, and whose inner

@@ -123,12 +123,18 @@ class RbTreeOf {
 
   RbTreeProbe probeFor(const K& key) const noexcept {
     if constexpr (Order::exact) {
-      return {Order::hint(key), nullptr, nullptr, nullptr};
-    } else {
-      if constexpr (skips) {
-        if (U32 const skip = tree_.skip(); skip != 0) return probeBehind(key, skip);
+      return {Order::hint(key), nullptr, nullptr, 0};
+    } else if constexpr (skips) {
+      U32 const skip = tree_.skip();
+      if (skip == 0) return {Order::hint(key), &key, order, Order::hintSize};
+      // A key that begins otherwise than the elements do is below all of them or above all.
+      const K& some = keyOf(tree_.anyElement());
+      if (Order::commonSize(key, some, skip) == skip) [[likely]] {
+        return {Order::hintBehind(key, skip), &key, order, skip + Order::hintSize};
       }
-      return {Order::hint(key), &key, isBelow, isAbove};
+      return {Less{}(key, some) ? U64{0} : ~U64{0}, &key, order, 0};
+    } else {
+      return {Order::hint(key), &key, order, 0};
     }
   }
   Element* found(const K& key) const noexcept {
@@ -142,8 +148,13 @@ class RbTreeOf {
   template <class Make>
   std::pair<Element*, bool> elementFor(const K& key, Make make) {
     RbTree::Path path;
-    if constexpr (skips) skipLimit(key);
-    RbTreeProbe const probe = probeFor(key);
+    RbTreeProbe probe = probeFor(key);
+    if constexpr (skips) {
+      if (probe.told == 0) [[unlikely]] {
+        skipLimit(key);
+        probe = probeFor(key);
+      }
+    }
     if (void* const present = tree_.locate(probe, path)) {
       return {static_cast<Element*>(present), false};
     }
@@ -191,21 +202,11 @@ class RbTreeOf {
   static U64 hintOf(const void* element, U32 skip) noexcept {
     return Order::hintBehind(keyOf(element), skip);
   }
-  // What to search for where the hints leave out the first `skip` bytes. A key that begins
-  // otherwise is below all elements or above all.
-  RbTreeProbe probeBehind(const K& key, U32 skip) const noexcept {
-    const K& some = keyOf(tree_.anyElement());
-    if (Order::commonSize(key, some, skip) == skip) {
-      return {Order::hintBehind(key, skip), &key, isBelow, isAbove};
-    }
-    return {Less{}(key, some) ? U64{0} : ~U64{0}, &key, isBelowAsWhole, isAboveAsWhole};
-  }
-  // Before the key is added: the hints leave out no more than it has in common with the others.
+  // Before a key is added that begins otherwise than the others: the hints leave out no more than
+  // it has in common with them.
   void skipLimit(const K& key) noexcept {
     U32 const skip = tree_.skip();
-    if (skip == 0) return;
     U32 const common = Order::commonSize(key, keyOf(tree_.anyElement()), skip);
-    if (common == skip) return;
     // At most half: few such steps lead to nothing left out.
     tree_.rehint((common < skip / 2 ? common : skip / 2) & ~7U, hintOf);
   }
@@ -217,25 +218,15 @@ class RbTreeOf {
         ~7U;
     if (common > tree_.skip()) tree_.rehint(common, hintOf);
   }
-  static bool isBelowAsWhole(const void* element, const void* key) {
-    return Less{}(keyOf(element), *static_cast<const K*>(key));
-  }
-  static bool isAboveAsWhole(const void* element, const void* key) {
-    return Less{}(*static_cast<const K*>(key), keyOf(element));
-  }
   // Called for keys of equal hints alone.
-  static bool isLess(const K& a, const K& b) {
-    if constexpr (requires { Order::lessBehindHint(a, b); }) {
-      return Order::lessBehindHint(a, b);
+  static int order(const void* element, const RbTreeProbe& probe) {
+    const K& a = keyOf(element);
+    const K& b = *static_cast<const K*>(probe.key);
+    if constexpr (skips) {
+      return Order::orderBehind(a, b, probe.told);
     } else {
-      return Less{}(a, b);
+      return Less{}(a, b) ? -1 : static_cast<int>(Less{}(b, a));
     }
-  }
-  static bool isBelow(const void* element, const void* key) {
-    return isLess(static_cast<const Element*>(element)->key, *static_cast<const K*>(key));
-  }
-  static bool isAbove(const void* element, const void* key) {
-    return isLess(*static_cast<const K*>(key), static_cast<const Element*>(element)->key);
   }
   RbTree::Position positionOf(const K& key) const noexcept {
     RbTree::Position const at = tree_.lowerBound(probeFor(key));
@@ -372,7 +363,7 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   }
   RbTreeProbe heldProbe() const noexcept {
     if constexpr (Order::exact) {
-      return {held_, nullptr, nullptr, nullptr};
+      return {held_, nullptr, nullptr, 0};
     } else if constexpr (copiesKey) {
       return owner_->probeFor(held_);
     } else {

@@ -561,6 +561,62 @@ TEST_F(RbTreeMapTest, AgreesWithAnOracleForAMillionSteps) {
   }
 }
 
+// Changes that wander slowly over the keys, so that the tree finds most of them in the leaf of the
+// last one; among strings, equal hints reach over leaves, and some keys begin otherwise.
+TEST_F(RbTreeMapTest, AgreesWithAnOracleWhereKeysRunInOrder) {
+  for (const char* beginning : {"", "acl-ipv4-ingress-"}) {
+    for (U32 const alike : {1U, 3U, 40U, 200U}) {
+      SCOPED_TRACE(std::string(beginning) + " " + std::to_string(alike));
+      std::vector<String> keys;
+      for (U32 i = 0; i < 2000; ++i) {
+        std::string key = beginning + std::to_string(10'000'000 + i / alike);  // a whole hint
+        if (alike > 1) key += std::to_string(i % alike);
+        keys.emplace_back(key);
+      }
+      std::sort(keys.begin(), keys.end());
+      std::mt19937 engine(alike);
+      auto const random = [&engine](U32 range) { return static_cast<U32>(engine()) % range; };
+      Map<String, U32> map;
+      std::map<String, U32> oracle;
+      U32 place = 1000;
+      U32 bias = 1;
+      for (U32 step = 0; step < 40'000; ++step) {
+        if (step % 4000 == 0) bias = 4 - bias;
+        U32 const size = static_cast<U32>(keys.size());
+        place = random(100) == 0 ? random(size) : (place + size + random(7) - 3) % size;
+        String const& key = keys[place];
+        U32 const what = random(6);
+        if (what < bias) {
+          ASSERT_EQ(map.insert(key, step).second, oracle.emplace(key, step).second);
+        } else if (what < 4) {
+          ASSERT_EQ(map.del(key), oracle.erase(key) != 0);
+        } else {
+          ASSERT_EQ(map.has(key), oracle.contains(key));
+          auto const behind = oracle.upper_bound(key);
+          auto const at = map.upperBound(key);
+          ASSERT_EQ(at == map.end(), behind == oracle.end());
+          if (behind != oracle.end()) {
+            ASSERT_EQ(at.key(), behind->first);
+          }
+        }
+        if (step % 5000 == 77) {
+          String const other = random(2) == 0 ? "acl" : "zz";
+          ASSERT_TRUE(map.insert(other, 0).second);
+          ASSERT_TRUE(map.del(other));
+        }
+        ASSERT_EQ(map.size(), oracle.size());
+        if (step % 100 == 0) {
+          ASSERT_TRUE(map.isSound());
+          ASSERT_TRUE(std::equal(map.begin(), map.end(), oracle.begin(), oracle.end(),
+                                 [](auto const& a, auto const& b) {
+                                   return a.key == b.first && a.value == b.second;
+                                 }));
+        }
+      }
+    }
+  }
+}
+
 TEST_F(RbTreeMapTest, IsSoundInEveryStateOfOrderedGrowthAndShrinking) {
   enum Way { rising, falling, random };
   for (Way grow : {rising, falling, random}) {
