@@ -561,6 +561,22 @@ TEST_F(RbTreeMapTest, AgreesWithAnOracleForAMillionSteps) {
   }
 }
 
+TEST_F(RbTreeMapTest, TakesTheLowestStringBeforeAnyNumberOfEqualHints) {
+  for (int count = 1; count < 200; ++count) {
+    Map<String, int> map;
+    map.insert("z", 0);
+    std::vector<String> keys{"a"};
+    for (int i = count; i > 0; --i) {
+      map.insert(String("eight by" + std::to_string(1000 + i)), i);
+      keys.emplace_back("eight by" + std::to_string(1000 + count + 1 - i));
+    }
+    map.insert("a", 0);
+    keys.emplace_back("z");
+    ASSERT_TRUE(map.isSound());
+    ASSERT_EQ(keysOf(map), keys);
+  }
+}
+
 // Changes that wander slowly over the keys, so that the tree finds most of them in the leaf of the
 // last one; among strings, equal hints reach over leaves, and some keys begin otherwise.
 TEST_F(RbTreeMapTest, AgreesWithAnOracleWhereKeysRunInOrder) {
