@@ -1,6 +1,7 @@
 // What HashMap2018 keeps its elements in where keys are bytes.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstring>
@@ -11,7 +12,7 @@
 
 #include "Halvo/Types.h"
 #include "Sobrel.h"
-#include "Zel/HashGroup.h"
+#include "Zel/TableParts.h"
 
 namespace Zel::impl {
 
@@ -27,7 +28,7 @@ inline constexpr bool isByte = sizeof(K) == 1 && (std::is_integral_v<K> || std::
 ///
 /// Threads: as the map.
 template <class K, class V>
-class ByteTable {
+class ByteTable : public TableState {
   static constexpr U32 shortest = 16;  // keys that one step compares
   static constexpr bool mayBeOne = sizeof(V) <= sizeof(void*);
   struct NoValue {};
@@ -50,10 +51,6 @@ class ByteTable {
   }
 
   U32 size() const noexcept { return static_cast<U16>(state_); }
-  /// Changes with every insertion and removal, and when elements move.
-  U64 state() const noexcept { return state_; }
-  U32 generation() const noexcept { return static_cast<U32>(state_ >> 32); }
-  void generationAdvance() noexcept { state_ += U64{2} << 32; }
   std::size_t memoryBytes() const noexcept { return hasBlock() ? bytesFor(capacity()) : 0; }
   /// How many elements there is room for without a larger block.
   std::size_t room() const noexcept {
@@ -125,7 +122,7 @@ class ByteTable {
     std::destroy_at(valueAt(index));
     if (isOne()) {
       block_ = nullptr;
-      state_ &= ~U64{none};
+      state_ &= ~lowHalf;
     } else {
       U32 const last = size() - 1;
       if (index != last) {
@@ -150,9 +147,9 @@ class ByteTable {
     // Nothing is left to destroy.
     if (isOne()) {
       block_ = nullptr;
-      state_ &= ~U64{none};
+      state_ &= ~lowHalf;
     } else {
-      state_ &= ~U64{sizeMask};
+      state_ &= ~sizeMask;
     }
     contentsSwap(larger);
   }
@@ -209,7 +206,9 @@ class ByteTable {
 
  private:
   static constexpr std::size_t keysAt = sizeof(U16);
-  static constexpr U32 sizeMask = 0xFFFF;
+  // The low half of the state: the offset of the values or, of a single element, the mark and the
+  // key; then the size. A look at an element waits for one load after the map's own at most.
+  static constexpr U64 sizeMask = 0xFFFF;
   static constexpr U32 detailAt = 16;
   static constexpr U32 oneMark = 0x8000;
   static constexpr std::size_t valuesAt(std::size_t capacity) noexcept {
@@ -222,11 +221,8 @@ class ByteTable {
         larger(valuesAt(capacity) + capacity * sizeof(V), keysAt + roundUp(capacity, 16)),
         larger(8, alignof(V)));
   }
-  // The sizes that a block goes through as it grows: few, since every step moves all elements.
   static std::size_t nextRoom(std::size_t room) noexcept {
-    if (room < 4) return room == 0 ? 1 : 4;
-    if (room < 10) return 10;
-    return room < 16 ? 16 : room * 2;
+    return room < shortest ? nextShortRoom(room) : std::min(room * 2, limit);
   }
 
   static U8 byteOf(const K& key) noexcept { return std::bit_cast<U8>(key); }
@@ -260,10 +256,6 @@ class ByteTable {
     }
     return none;
   }
-  static void relocate(V* from, V* to) noexcept {
-    new (to) V(std::move(*from));
-    std::destroy_at(from);
-  }
   // Into an empty table without a block.
   void contentsTake(ByteTable& from) noexcept {
     if (from.isOne()) {
@@ -272,19 +264,14 @@ class ByteTable {
       block_ = from.block_;
     }
     from.block_ = nullptr;
-    state_ |= from.state_ & none;
-    from.state_ &= ~U64{none};
+    state_ |= from.state_ & lowHalf;
+    from.state_ &= ~lowHalf;
   }
 
   union {
     U8* block_;
     One one_;
   };
-  // The generation in the high half; below it the offset of the values or, of a single element, the
-  // mark and the key; then the size. A look at an element waits for one load after the map's own at
-  // most. Of one value of this word there is one table, unmoved: a step of an iterator compares
-  // this alone.
-  U64 state_ = U64{1} << 32;
 };
 
 }  // namespace Zel::impl

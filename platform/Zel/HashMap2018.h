@@ -38,9 +38,10 @@ namespace Zel {
 /// empty map also), assignment, move from and swap, and when elements move though none was added:
 /// by reserve(), or by an insertion that threw. Insertions leave it alone.
 ///
-/// Both K and V must be movable without throwing; neither may be aligned to more than 16 bytes. A
-/// function that throws (memory, a copy that throws) leaves the elements as they were. `Hash` may
-/// be poor: its result is mixed here. It is not used where keys are bytes.
+/// Both K and V must be movable without throwing; neither may be aligned to more than 16 bytes.
+/// `Hash` and the keys' `==` must not throw. `Hash` may be poor: its result is mixed here. It is
+/// not used where keys are bytes. A function that throws (std::bad_alloc, what copying a key or
+/// value does, std::length_error beyond 13 * 2^27 elements) leaves the elements as they were.
 ///
 /// Threads: one at a time; any number may read a map that nobody changes.
 ///
@@ -227,7 +228,8 @@ class HashMap2018<K, V, Hash>::BasicIterator {
     return generation() == map_->generation() && cursor_.isIn(map_->table_, key_);
   }
 
-  /// A step that throws, as a key's copy may, leaves the iterator where it is.
+  /// A step that throws, as a key's copy may, leaves the iterator where it is; provided that a copy
+  /// assignment of a key which throws leaves the key.
   BasicIterator& operator++() {
     if (state_ != map_->table_.state()) [[unlikely]] {
       resume();

@@ -12,9 +12,63 @@
 
 #include "Halvo/Types.h"
 #include "Sobrel.h"
-#include "Zel/HashGroup.h"
+#include "Zel/TableParts.h"
 
 namespace Zel::impl {
+
+/// Spreads a hash, which may be the key itself, over all 64 bits: both halves of a wide product, so
+/// that keys which differ in their high bits alone part as well as those which differ in the low.
+inline U64 hashMix(U64 hash) noexcept {
+  __extension__ using Wide = unsigned __int128;
+  Wide const product = static_cast<Wide>(hash ^ 0x9AE16A3B2F90404FU) * 0x9E3779B97F4A7C15U;
+  return static_cast<U64>(product) ^ static_cast<U64>(product >> 64);
+}
+
+/// The first word of a HashTable's block. A short one tells how many elements it has room for; one
+/// of groups has a capacity of zero there and tells the logarithm of the number of its groups.
+struct TableHead {
+  U16 capacity;
+  U16 detail;  ///< short: the offset of the values; groups: the logarithm of their number
+};
+
+/// Where things lie in a short table, one whose elements stand side by side from the front: head,
+/// one tag byte a slot, keys, values.
+template <class K, class V>
+struct ShortLayout {
+  static constexpr std::size_t tagsAt = sizeof(TableHead);
+  static constexpr std::size_t keysAt(std::size_t capacity) noexcept {
+    return roundUp(tagsAt + capacity, alignof(K));
+  }
+  static constexpr std::size_t valuesAt(std::size_t capacity) noexcept {
+    return roundUp(keysAt(capacity) + capacity * sizeof(K), alignof(V));
+  }
+  // Tags are read 16 at a time, whatever their number.
+  static constexpr std::size_t bytes(std::size_t capacity) noexcept {
+    return roundUp(larger(valuesAt(capacity) + capacity * sizeof(V), tagsAt + 16),
+                   larger(8, larger(alignof(K), alignof(V))));
+  }
+};
+
+/// Where things lie in a table of groups. A group has 15 slots: 15 tags, the overflow count, keys,
+/// values. A tag is zero for an empty slot, else 7 bits of the hash and the mark 0x80. The overflow
+/// count tells how many elements had this group on their way and found it full; while it is zero a
+/// search ends here. At 255 it sticks.
+template <class K, class V>
+struct GroupLayout {
+  static constexpr U32 slots = 15;
+  static constexpr U32 slotMask = (1U << slots) - 1;
+  static constexpr U32 fill = 13;  // elements a group, on average, before the table grows
+  static constexpr std::size_t groupsAt = 16;
+  static constexpr std::size_t overflowAt = 15;
+  static constexpr std::size_t keysAt = roundUp(16, alignof(K));
+  static constexpr std::size_t valuesAt = roundUp(keysAt + slots * sizeof(K), alignof(V));
+  static constexpr std::size_t stride =
+      roundUp(valuesAt + slots * sizeof(V), larger(alignof(K), alignof(V)));
+  static constexpr U32 maxLogGroups = 27;  // a slot's number fits 32 bits
+  static constexpr std::size_t bytes(U32 logGroups) noexcept {
+    return groupsAt + (stride << logGroups);
+  }
+};
 
 /// Elements of any keys; see HashMap2018 for what it promises of them. The table is one block of
 /// slab memory:
@@ -29,7 +83,7 @@ namespace Zel::impl {
 ///
 /// Threads: as the map.
 template <class K, class V, class Hash>
-class HashTable {
+class HashTable : public TableState {
   using Short = ShortLayout<K, V>;
   using Groups = GroupLayout<K, V>;
   static constexpr U32 shortLimit = 16;  // tags that one step compares
@@ -57,10 +111,6 @@ class HashTable {
   }
 
   U32 size() const noexcept { return static_cast<U32>(state_); }
-  /// Changes with every insertion and removal, and when elements move.
-  U64 state() const noexcept { return state_; }
-  U32 generation() const noexcept { return static_cast<U32>(state_ >> 32); }
-  void generationAdvance() noexcept { state_ += U64{2} << 32; }
   std::size_t memoryBytes() const noexcept {
     if (block_ == nullptr) return 0;
     return isShort() ? Short::bytes(head().capacity) : Groups::bytes(head().detail);
@@ -103,7 +153,7 @@ class HashTable {
     if (size() < room()) [[likely]] {
       return place(std::forward<KeyArg>(key), std::move(value));
     }
-    grow(nextRoom(room()));
+    grow(room() < shortLimit ? nextShortRoom(room()) : room() + 1);
     try {
       return place(std::forward<KeyArg>(key), std::move(value));
     } catch (...) {
@@ -156,7 +206,7 @@ class HashTable {
   /// Exchanges the elements, not the generations.
   void contentsSwap(HashTable& other) noexcept {
     std::swap(block_, other.block_);
-    U64 const differing = (state_ ^ other.state_) & none;
+    U64 const differing = (state_ ^ other.state_) & lowHalf;
     state_ ^= differing;
     other.state_ ^= differing;
   }
@@ -292,12 +342,6 @@ class HashTable {
     return number << 4 | static_cast<U32>(std::countr_zero(found));
   }
 
-  // The sizes that a table goes through as it grows: few, since every step moves all elements.
-  static std::size_t nextRoom(std::size_t room) noexcept {
-    if (room < 4) return room == 0 ? 1 : 4;
-    if (room < 10) return 10;
-    return room < shortLimit ? shortLimit : room + 1;
-  }
   // A block with room for `count` elements, without any.
   static U8* blockFor(std::size_t count) {
     if (count <= shortLimit) {
@@ -386,16 +430,7 @@ class HashTable {
     state_ -= count;
     to.state_ += count;
   }
-  template <class T>
-  static void relocate(T* from, T* to) noexcept {
-    new (to) T(std::move(*from));
-    std::destroy_at(from);
-  }
-
   U8* block_ = nullptr;
-  // The generation in the high half, the size in the low one. Of one value of this word there is
-  // one table, unmoved: a step of an iterator compares this alone.
-  U64 state_ = U64{1} << 32;
 };
 
 }  // namespace Zel::impl

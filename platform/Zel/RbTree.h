@@ -127,7 +127,9 @@ struct RbTreeProbe {
   /// Below, at or above zero as the element of that hint is less than the key, equal or greater.
   /// Null where hints are exact.
   int (*order)(const void* element, const RbTreeProbe& probe);
-  U32 told;  ///< how many first bytes, as of a text, equal hints show to be the same
+  /// How many first bytes, as of a text, equal hints show to be the same. Zero, where hints leave
+  /// out what all keys begin with, tells that this key begins otherwise.
+  U32 told;
 };
 
 /// Ordered pointers to elements: a tree whose leaves are runs of up to 62 elements, and whose inner

@@ -298,7 +298,8 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   /// The generation at which the iterator was made or last stepped.
   U32 generation() const noexcept { return generation_; }
 
-  /// A step that throws, as a key's copy may, leaves the iterator where it is.
+  /// A step that throws, as a key's copy may, leaves the iterator where it is; provided that a copy
+  /// assignment of a key which throws leaves the key.
   BasicIterator& operator++() {
     if (place_ != last_ && isFresh()) [[likely]] {
       void** const next = place_ + 1;

@@ -525,6 +525,17 @@ TEST(HashMap2018, ReservesForByteKeysNoMoreThanThereAre) {
   }
 }
 
+TEST(HashMap2018, GrowsToNoMoreThanAllByteKeysTake) {
+  HashMap2018<U8, String> all;
+  all.reserve(256);
+  for (std::size_t const reserved : {std::size_t{0}, std::size_t{200}, std::size_t{255}}) {
+    HashMap2018<U8, String> map;
+    map.reserve(reserved);
+    for (U32 key = 0; key < 256; ++key) map.insert(static_cast<U8>(key), String());
+    EXPECT_EQ(map.memoryBytes(), all.memoryBytes()) << reserved;
+  }
+}
+
 TEST(HashMap2018, ValueMayLookAtTheMapAsItGoes) {
   struct Looker : Halvo::Node {
     HashMap2018<U8, Halvo::Ptr<Looker>>* map = nullptr;
