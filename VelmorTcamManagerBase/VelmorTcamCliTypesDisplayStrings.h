@@ -8,10 +8,15 @@
 
 namespace VelmorTcam::displayStrings {
 
-inline constexpr char stageHeaderFmt[] = "Stage %s";
-inline constexpr char pipeHeaderFmt[] = " in PIPE %d";
+inline constexpr char stageHeaderFmt[] = "Stage %s";    ///< the stage's name
+inline constexpr char pipeHeaderFmt[] = " in PIPE %d";  ///< the pipe's number
+/// Group, pipeHeaderFmt's text or none, entries used, "entry" or "entries", entries available:
+///     Zel::_fmt(groupInfoFmt, 7, Zel::_fmt(pipeHeaderFmt, 0), 2, "entries", 100)
 inline constexpr char groupInfoFmt[] = "TCAM group %d%s uses %d %s and can use up to %d more.\n";
+/// The feature's name, its entries.
 inline constexpr char requestHeaderFmt[] = "  %s uses %d entries.\n";
+/// Id, hits as a text of 12 columns, description:
+///     Zel::_fmt(entryInfoFmt, id, Zel::_fmt("%12lu", hits), description)
 inline constexpr char entryInfoFmt[] = "    0x%08x %s hits - %s\n";
 
 }  // namespace VelmorTcam::displayStrings

@@ -107,12 +107,13 @@ class VELMOR_TCAM_API EntryRequestCliFormat : public CliFormat {
   /// "%11s|%11s|": VLAN id and mask in decimal, whatever they are; "*" and "*" when absent.
   virtual Halvo::String formatQualifierOuterVlanId(const PtrConst& entryShadow) const;
   /// "%11s|": the range checker's "low-high" if one is programmed; else the ICMP type; else the
-  /// port, or the lowest and highest port that value and mask allow; "*" for any port.
+  /// value, or "low-high": the value, and the value with every bit set that the low 16 bits of the
+  /// mask leave free; "*" for every port, and where none is programmed.
   virtual Halvo::String formatQualifierL4SrcPort(const PtrConst& entryShadow) const;
   /// As the source port, with the ICMP code.
   virtual Halvo::String formatQualifierL4DstPort(const PtrConst& entryShadow) const;
-  /// " %-6s|": one letter of FSRPAU for each flag that is matched as set, a blank for the others;
-  /// blank when absent.
+  /// " %-6s|": one letter of FSRPAU for each flag that is set in the value, whatever the mask, and
+  /// a blank for the others; blank when absent.
   virtual Halvo::String formatQualifierTcpControl(const PtrConst& entryShadow) const;
   /// `format`, which holds one "%s", applied to the IP length's range-check cell, bar included, or
   /// to "*". Stops the process when `format` is empty (assertion "!formatStr.empty()") or when its

@@ -59,11 +59,14 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupPerCopyInfo : public Halvo::Node {
 
   U32 copyId() const noexcept { return copyId_; }
 
-  /// Three numbers that the CLI keeps here, 0 at first.
+  /// Three numbers of hardware entries that the CLI keeps here, 0 at first; nothing relates them.
+  /// What this copy uses.
   U32 usedEntries() const noexcept { return usedEntries_; }
   void usedEntriesIs(U32 usedEntries) noexcept { usedEntries_ = usedEntries; }
+  /// What is free in the hardware; no display text prints it.
   U32 freeEntries() const noexcept { return freeEntries_; }
   void freeEntriesIs(U32 freeEntries) noexcept { freeEntries_ = freeEntries; }
+  /// How many more this copy can use: the last number of groupInfoFmt.
   U32 availableEntries() const noexcept { return availableEntries_; }
   void availableEntriesIs(U32 availableEntries) noexcept { availableEntries_ = availableEntries; }
 

@@ -71,6 +71,7 @@ class VELMOR_PLATFORM_API QualifierStatus : public Halvo::Node {
   /// Removes and returns the data under `type`; null when there is none. Say first, in the shadow,
   /// that `type` is not programmed: see its contract.
   Halvo::Ptr<QualifierData> hwQualDataDel(QualifierType type);
+  /// As hwQualDataDel, for all: say first, in the shadow, that none is programmed.
   void hwQualDataDelAll() { hwQualData_.clear(); }
   const HwQualData& hwQualData() const noexcept { return hwQualData_; }
 
@@ -134,6 +135,7 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
   /// Removes and returns the status under `type`; null when there is none. What
   /// getHwQualStatus(type, ...) said is forgotten first.
   Halvo::Ptr<QualifierStatus> qualifierDel(QualifierType type);
+  /// As qualifierDel, for all.
   void qualifierDelAll();
   const QualifierMap& qualifier() const noexcept { return qualifier_; }
 

@@ -13,8 +13,9 @@ namespace pravo {
 using Halvo::S64;
 using Halvo::U64;
 
-/// What structured output is written to: a host implements it for JSON, say, by overriding the
-/// operations whose names begin with `print`; formatters call the others.
+/// What structured output is written to: a host implements it for JSON, say, by overriding all
+/// virtual operations; formatters call the public ones. The printer is the caller's: nobody keeps
+/// it after the call it was given to. What an operation throws passes through the formatter.
 ///
 /// A document is one object. Calls nest: every begin has its end, attributes and containers stand
 /// in the innermost open container. `name` is the member's name inside an object and is empty for

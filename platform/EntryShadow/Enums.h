@@ -54,9 +54,9 @@ enum QualifierType : U8 {
 
 /// The hardware's range checkers.
 enum RangeCheckerType : U8 {
-  rangeCheckerL4SrcPort = 1,
-  rangeCheckerL4DstPort = 2,
-  rangeCheckerIpLength = 3,
+  rangeCheckerL4SrcPort = 1,  ///< ports
+  rangeCheckerL4DstPort = 2,  ///< ports
+  rangeCheckerIpLength = 3,   ///< bytes of the IP packet
 };
 
 /// How far hardware has got with a qualifier, a range checker or an entry's counters. Formatters

@@ -61,10 +61,6 @@ static_assert(sizeof(RQueueBlock) == 16);
 /// does not harm it, and is not met.
 class RQueueBaseConstIter {
  public:
-  /// Elements still to come, the one it stands at included.
-  U32 left() const noexcept {
-    return behind_ + static_cast<U32>(static_cast<std::size_t>(end_ - slot_) / slotSize_);
-  }
   /// Both must be iterators of one queue.
   friend bool operator==(const RQueueBaseConstIter& a, const RQueueBaseConstIter& b) noexcept {
     // The slots alone would tell, but the block changes at the end of a run only: a compiler then
@@ -74,11 +70,13 @@ class RQueueBaseConstIter {
 
  protected:
   RQueueBaseConstIter() noexcept = default;
-  RQueueBaseConstIter(const RQueueBlock* head, U32 count, U32 slotSize) noexcept
-      : behind_(count), slotSize_(slotSize) {
+  // `slotSize` is the same wherever it is asked for: a constant to the caller.
+  RQueueBaseConstIter(const RQueueBlock* head, U32 count, U32 slotSize) noexcept : behind_(count) {
     if (count != 0) runBegin(head, head->firstIndex(), slotSize);
   }
-  // `slotSize` is what the constructor was given: a constant, where the caller knows it.
+  U32 left(U32 slotSize) const noexcept {
+    return behind_ + static_cast<U32>(end_ - slot_) / slotSize;
+  }
   void step(U32 slotSize) noexcept {
     slot_ += slotSize;
     if (slot_ == end_) [[unlikely]] {
@@ -107,7 +105,6 @@ class RQueueBaseConstIter {
   const char* end_ = nullptr;  // behind the last slot of this block that is to be met
   const RQueueBlock* block_ = nullptr;
   U32 behind_ = 0;  // elements in the blocks that follow
-  U32 slotSize_ = 1;
 };
 
 /// The part of a queue that knows nothing of its elements: the ring of blocks.
@@ -228,6 +225,8 @@ class RQueue : public RQueueBase {
     using pointer = const T*;
 
     const_iterator() noexcept = default;
+    /// Elements still to come, the one it stands at included.
+    U32 left() const noexcept { return RQueueBaseConstIter::left(sizeof(T)); }
     reference operator*() const noexcept { return *static_cast<pointer>(slot()); }
     pointer operator->() const noexcept { return static_cast<pointer>(slot()); }
     const_iterator& operator++() noexcept {

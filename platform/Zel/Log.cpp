@@ -40,8 +40,7 @@ Halvo::String filled(const char* format, std::string_view argument) {
   return text;
 }
 
-// The line up to the end of the text, with room for what lineEnd() appends.
-Halvo::String lineBegin(const LogDescriptor& descriptor, std::string_view text) {
+Halvo::String lineOf(const LogDescriptor& descriptor, std::string_view text, U64 suppressed) {
   Halvo::String line;
   line.reserve(text.size() + 100);
   line += '%';
@@ -50,17 +49,13 @@ Halvo::String lineBegin(const LogDescriptor& descriptor, std::string_view text) 
   appendDecimal(line, descriptor.severity);
   line += ": ";
   appendOneLine(line, text);
-  line.reserve(line.size() + 50);
-  return line;
-}
-
-void lineEnd(Halvo::String& line, U64 suppressed) {
   if (suppressed != 0) {
     line += " (";
     appendDecimal(line, suppressed);
     line += " more like it suppressed)";
   }
   line += '\n';
+  return line;
 }
 
 S64 steadyNow() noexcept {
@@ -143,14 +138,17 @@ LogHandle::~LogHandle() {
 void LogHandle::log(const Halvo::String& argument) {
   assertThat(isLogFormat(descriptor_.format), badFormat);
   ErrnoKeeper const keeper;
-  Halvo::String const text = filled(descriptor_.format, argument);
   std::lock_guard<std::mutex> const guard(logLock);
-  // What needs memory comes before the limiter counts the message.
-  Halvo::String line;
-  if (sink == nullptr) line = lineBegin(descriptor_, text);
-  if (!limiter_.admit(steadyNow())) return;
-  U64 const suppressed = limiter_.takeSuppressed();
+  // A copy decides: there may be no memory for what follows, and the message must not count then.
+  LogLimiter limiter = limiter_;
+  if (!limiter.admit(steadyNow())) {
+    limiter_ = limiter;
+    return;
+  }
+  U64 const suppressed = limiter.takeSuppressed();
+  Halvo::String const text = filled(descriptor_.format, argument);
   if (sink != nullptr) {
+    limiter_ = limiter;
     sink({.key = descriptor_.key,
           .severity = descriptor_.severity,
           .text = text,
@@ -159,7 +157,8 @@ void LogHandle::log(const Halvo::String& argument) {
           .suppressed = suppressed},
          sinkContext);
   } else {
-    lineEnd(line, suppressed);
+    Halvo::String const line = lineOf(descriptor_, text, suppressed);
+    limiter_ = limiter;
     writeToStandardError(line);
   }
 }

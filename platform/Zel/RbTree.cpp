@@ -320,6 +320,13 @@ RbTree::Position RbTree::last() const noexcept {
   return {leaf, leaf->count - 1U};
 }
 
+RbTree::Position RbTree::positionOf(const RbTreeProbe& probe) const noexcept {
+  if (size_ == 0) return {};
+  Leaf* const leaf = descend(probe);
+  Place const place = placeIn(*leaf, probe);
+  return place.isTaken ? Position{leaf, place.index} : Position{};
+}
+
 RbTree::Position RbTree::lowerBound(const RbTreeProbe& probe) const noexcept {
   if (size_ == 0) return {};
   Leaf* const leaf = descend(probe);

@@ -191,6 +191,8 @@ class VELMOR_PLATFORM_API RbTree {
   void* find(U64 hint) const noexcept;
   Position first() const noexcept;
   Position last() const noexcept;
+  /// Where the element of the key stands; nowhere when there is none.
+  Position positionOf(const RbTreeProbe& probe) const noexcept;
   /// The first element that is not less than the key.
   Position lowerBound(const RbTreeProbe& probe) const noexcept;
   /// The first element that is greater than the key.

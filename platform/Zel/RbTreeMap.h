@@ -229,12 +229,7 @@ class RbTreeOf {
     }
   }
   RbTree::Position positionOf(const K& key) const noexcept {
-    RbTree::Position const at = tree_.lowerBound(probeFor(key));
-    if (at.leaf == nullptr) return at;
-    auto* const element = static_cast<const Element*>(at.leaf->elements()[at.index]);
-    bool const equal =
-        Order::exact ? at.leaf->hints()[at.index] == Order::hint(key) : !Less{}(key, element->key);
-    return equal ? at : RbTree::Position{};
+    return tree_.positionOf(probeFor(key));
   }
   static void elementDelete(Element* element) noexcept {
     element->~Element();

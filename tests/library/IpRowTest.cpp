@@ -112,22 +112,11 @@ TEST(IpRow, KeepsALongActionAndNulBytes) {
 }
 
 TEST(IpRow, LeavesNoReferenceBehind) {
-  ShadowOf const shadow = ShadowOf(5)
-                              .qual(qualifierIpProtocol, 1, 255)
-                              .qual(qualifierSrcIp, 1)
-                              .qual(qualifierDstIp, 2)
-                              .qual(qualifierL4SrcPort, 2048, 65280)
-                              .qual(qualifierL4DstPort, 3, 255)
-                              .qual(qualifierOuterVlanId, 100, 4095)
-                              .qual(qualifierDSCP, 46, 63)
-                              .qual(qualifierIpFrag, 2)
-                              .qual(qualifierTcpControl, 18, 63);
+  Ptr<const Shadow> const shadow = velmortest::fullShadow();
+  std::vector<U32> const before = velmortest::useCounts(*shadow);
   (void)rowOf(IpFormat(), shadow);
-  EXPECT_EQ(shadow->useCount(), 1U);
-  for (auto const& member : shadow->qualifier()) {
-    EXPECT_EQ(member.value->useCount(), 1U);
-    for (auto const& data : member.value->hwQualData()) EXPECT_EQ(data.value->useCount(), 1U);
-  }
+  EXPECT_EQ(velmortest::useCounts(*shadow), before);
+  EXPECT_EQ(before, std::vector<U32>(before.size(), 1));
 }
 
 struct AddressRow {

@@ -44,7 +44,7 @@ void printUsage(int fd) {
   auto const pipe = chip->stageInfoIs(stageTypeIngress)->pipeInfoIs(0);
   for (U32 group = 1; group <= 2; ++group) {
     auto const copy = pipe->groupPrioBucketIs(1)->groupInfoIs(group)->groupPerCopyInfoIs(0);
-    copy->freeEntriesIs(100);
+    copy->availableEntriesIs(100);
     auto const feature = cliShowTcamUsageFeatureInfoFactory("an access list with a long name");
     for (U32 id = 1; id <= 3; ++id) {
       CliShowTcamUsageEntryInfo entry(id, id);
@@ -62,7 +62,7 @@ void printUsage(int fd) {
         for (auto const& [id, group] : bucket->groupInfo()) {
           for (auto const& [copyId, copy] : group->groupPerCopyInfo()) {
             write(fd, Zel::_fmt(displayStrings::groupInfoFmt, id, "", 3, "entries",
-                                copy->freeEntries()));
+                                copy->availableEntries()));
             for (auto const& [featurePriority, features] : copy->featurePrioBucket()) {
               auto const feature = features->featureInfoFront();
               write(fd, Zel::_fmt(displayStrings::requestHeaderFmt, feature->cliFeatureName(),

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "WhatOf.h"
 #include "Zel/Error.h"
 
 namespace {
@@ -33,16 +34,6 @@ constexpr Zel::TypeDescriptor record{.name = "Paint::Record", .kind = Zel::TypeK
 constexpr Zel::TypeDescriptor nothing{.name = "Paint::Nothing", .kind = Zel::TypeKind::enumeration};
 constexpr const Zel::TypeDescriptor* types[] = {&colour, &field, &record, &nothing};
 constexpr Zel::TypeModule module{"Paint", types};
-
-template <class E, class F>
-std::string whatOf(F f) {
-  try {
-    f();
-  } catch (const E& error) {
-    return error.what();
-  }
-  return "nothing thrown";
-}
 
 TEST(Enum8, FindsEveryNumberAndNoOther) {
   for (std::size_t type : {0U, 1U}) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "WhatOf.h"
 #include "Zel/AttributeTable.h"
 #include "Zel/Error.h"
 #include "Zel/Record.h"
@@ -76,16 +77,6 @@ using Halvo::U32;
 using Halvo::U64;
 using Halvo::U8;
 using Zel::Value;
-
-template <class E, class F>
-std::string whatOf(F f) {
-  try {
-    f();
-  } catch (const E& error) {
-    return error.what();
-  }
-  return "nothing thrown";
-}
 
 template <class T>
 class RecordValue : public testing::Test {};

@@ -32,9 +32,6 @@ inline void declareFile(CLI::App& command, std::string& file) {
   command.add_option("FILE", file, "The file to read; standard input when absent or -");
 }
 
-/// Writes a message on standard error, after the program's name; also when memory has run out.
-void complain(std::string_view message) noexcept;
-
 /// Every command, in the order in which the help lists them.
 std::vector<std::unique_ptr<Command>> allCommands();
 

@@ -19,6 +19,7 @@
 #include <type_traits>
 #include <unordered_set>
 
+#include "Complain.h"
 #include "InputError.h"
 #include "JsonSyntax.h"
 #include "NameTable.h"
@@ -134,9 +135,8 @@ std::string hexadecimal(unsigned char c) {
 // cannot throw: they end in std::terminate. That is told as any other want of memory is.
 void parserSetUp() {
   auto const before = std::set_terminate([] {
-    constexpr std::string_view message = "tcamshow: out of memory\n";
-    static_cast<void>(::write(STDERR_FILENO, message.data(), message.size()) < 0);
-    std::exit(1);
+    complain("out of memory");
+    std::exit(exitFailure);
   });
   static_cast<void>(simdjson::get_active_implementation()->name());
   std::set_terminate(before);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "Command.h"
+#include "Complain.h"
 #include "InputError.h"
 #include "OutputBuffer.h"
 #include "Zel/Trace.h"
@@ -16,7 +17,6 @@ namespace tcamshow {
 namespace {
 
 constexpr int exitOk = 0;
-constexpr int exitFailure = 1;
 constexpr int exitUsage = 2;
 
 /// Writes what the command line asks for, which is not to be lost unnoticed; the exit status.
