@@ -151,8 +151,8 @@ class ChildHashMap {
 /// The ordered set of records of one node.
 ///
 /// Invariant: no two records are equal. Two generations, both odd and both from 1, go up by 2 with
-/// each record removed and each delete-all, that of an empty set also. Iterators as ChildMap's.
-/// Only `Owner` changes it.
+/// each record removed and each delete-all, that of an empty set also. Iterators as ChildMap's, but
+/// that a removal by one that is stale goes by its key at the end also. Only `Owner` changes it.
 ///
 /// Threads: as ChildMap.
 template <class Owner, class Record, class Tag>

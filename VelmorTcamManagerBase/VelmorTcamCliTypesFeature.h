@@ -130,8 +130,9 @@ class VELMOR_TCAM_API CliShowTcamUsageFeatureInfo : public Halvo::Node {
   }
   /// Removes the entry of its priority and id; false when there is none.
   bool entrySetDel(const CliShowTcamUsageEntryInfo& entry) { return entrySet_.recordDel(entry); }
-  /// Removes the entry under the iterator; once another removal came between, the entry that it
-  /// last held. False at the end, and when that entry is gone.
+  /// Removes the entry under the iterator; false at the end. Once an entry was removed since the
+  /// iterator was made or last stepped, it means the key that it last held instead, be it passed on
+  /// the way to the end: false when that is gone.
   bool entrySetDel(const EntrySet::iterator& at) { return entrySet_.recordDel(at); }
   void entrySetDelAll() noexcept { entrySet_.recordDelAll(); }
 
