@@ -26,7 +26,9 @@ namespace VelmorTcam {
 /// throws std::bad_alloc when memory runs out, and holds no reference then.
 ///
 /// An abstract operation that is called stops the process with an assertion: formatEntryRequest and
-/// formatEntryRequestJson on a class that does not supply them, handleInitialized on this class.
+/// formatEntryRequestJson on a class that does not supply them, handleInitialized on this class and
+/// on EntryRequestCliFormat, which inherits it: a class derived directly from either supplies its
+/// own.
 ///
 ///     class MyIpFormat : public IpEntryRequestCliFormat {
 ///       Halvo::String formatActions(const VelmorTcamEntryShadow::PtrConst&) const override {
@@ -90,6 +92,8 @@ class VELMOR_TCAM_API CliFormat : public Halvo::Node {
 /// has its absent form. A text wider than its cell is never cut. A shadow that says 7 but lacks the
 /// data stops the process on the spot; a record that is not set stops it with the assertion
 /// "!!qualData->qual()".
+///
+/// handleInitialized is CliFormat's, which stops the process.
 class VELMOR_TCAM_API EntryRequestCliFormat : public CliFormat {
   ZEL_NODE_TYPE;
   using PtrConst = VelmorTcamEntryShadow::PtrConst;
