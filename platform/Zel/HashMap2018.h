@@ -29,8 +29,9 @@ namespace Zel {
 /// - An iterator: for everything, until a removal that was not its own, clear(), an assignment, a
 ///   move, a swap, or an insertion or reserve() that makes the table grow. Then it is stale. A
 ///   stale iterator still has key(), the key that it last held, and `del(iterator)` goes by that
-///   key; `++` goes on behind that key in today's table or, when the key is gone, somewhere in it
-///   (elements may be met twice or not at all); value() and `*` must not be used.
+///   key; `++` goes on behind that key in today's table or, when the key is gone, somewhere in it;
+///   either way elements may be met twice or not at all, since a removal may move the last element
+///   into the hole. value() and `*` must not be used.
 /// - The end iterator: always. `++` leaves it there.
 /// An iterator must not be used once its map is gone.
 ///

@@ -23,7 +23,8 @@ class Value;
 /// Walks the elements of a collection in the collection's order, and keeps the collection's object
 /// alive. It withstands every change of the collection: elements that are gone are not met; one
 /// that is added behind the place where the cursor stands is met in an ordered collection, may or
-/// may not be in a hash map, and is not in a queue.
+/// may not be in a hash map, and is not in a queue. In a hash map, elements that stay may then be
+/// missed or met twice; to remove the one just met is safe.
 ///
 /// Threads: the collection's.
 class VELMOR_PLATFORM_API Cursor : public Halvo::Node {
