@@ -30,6 +30,7 @@ class VELMOR_TCAM_API CliShowTcamSummaryGroupName : public Halvo::Node {
   const TcamSummaryGroupNameQueue& tcamSummaryGroupName() const noexcept {
     return tcamSummaryGroupName_;
   }
+  /// Adds a copy at the back. Stops the process when there is no memory for a block.
   void tcamSummaryGroupNameEnq(const Halvo::String& name) { tcamSummaryGroupName_.enq(name); }
   /// Takes the front name; an empty string, and nothing changes, when there is none.
   Halvo::String tcamSummaryGroupNameDeq() { return tcamSummaryGroupName_.deq(); }

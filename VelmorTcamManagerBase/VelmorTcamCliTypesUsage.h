@@ -31,6 +31,7 @@ class VELMOR_TCAM_API CliShowTcamUsageFeaturePrioBucket : public Halvo::Node {
 
   /// The queue from front to back: count, iteration.
   const FeatureInfoQueue& featureInfo() const noexcept { return featureInfo_; }
+  /// Adds at the back. Stops the process when there is no memory for a block.
   void featureInfoEnq(const Halvo::Ptr<CliShowTcamUsageFeatureInfo>& feature) {
     featureInfo_.enq(feature);
   }
