@@ -56,6 +56,7 @@ TEST_F(SummaryTest, GivesTheRecordThatIsThere) {
   EXPECT_EQ(summary->tcamSummary("a"), group);
   EXPECT_EQ(summary->tcamSummary("b"), nullptr);
   EXPECT_EQ(summary->tcamSummary().size(), 1U);
+  EXPECT_EQ(Summary::TN_TcamSummary::memAllocationTracker_.liveObjects(), 1U);
   EXPECT_TRUE(group->pipeFinished());
   EXPECT_EQ(group->tcamSummaryGroupName().size(), 1U);
   EXPECT_EQ(group->useCount(), 2U);
@@ -101,6 +102,9 @@ TEST_F(SummaryTest, QueueKeepsTheOrderOfArrival) {
   EXPECT_EQ(group->tcamSummaryGroupName().size(), 5U);
   EXPECT_EQ(group->tcamSummaryGroupName().firstBlock()->capacity(), 4U);
   EXPECT_EQ(group->tcamSummaryGroupName().firstBlock()->next()->capacity(), 8U);
+  auto const& slots = GroupName::QE_TcamSummaryGroupName::memAllocationTracker_;
+  EXPECT_EQ(slots.liveObjects(), 2U);
+  EXPECT_EQ(slots.liveBytes(), 12 * sizeof(String));
   EXPECT_EQ(group->tcamSummaryGroupNameFront(), "c");
   EXPECT_EQ(group->tcamSummaryGroupNameBack(), "d");
   for (const char* const name : {"c", "a", "a"}) {

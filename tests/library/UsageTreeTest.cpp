@@ -37,10 +37,11 @@ void expectNothingLeft() {
 }
 
 // What a level of ordered children is called.
-#define LEVEL(NAME, PARENT, PARENT_KEY, CHILD, CHILD_KEY, KEY, COLLECTION)        \
+#define LEVEL(NAME, PARENT, PARENT_KEY, CHILD, CHILD_KEY, KEY, COLLECTION, TAG)   \
   struct NAME {                                                                   \
     using Parent = PARENT;                                                        \
     using Child = CHILD;                                                          \
+    using Tag = PARENT::TAG;                                                      \
     using Key = KEY;                                                              \
     static Ptr<Parent> make() { return makePtr<Parent>(PARENT_KEY); }             \
     static Ptr<Child> is(Parent& p, Key key) { return p.COLLECTION##Is(key); }    \
@@ -54,11 +55,13 @@ void expectNothingLeft() {
     static auto& all(const Parent& p) { return p.COLLECTION(); }                  \
     static Key keyOf(const Child& child) { return child.CHILD_KEY(); }            \
   }
-LEVEL(PipeLevel, Stage, stageTypeEgress, Pipe, pipeId, S16, pipeInfo);
-LEVEL(GroupBucketLevel, Pipe, S16{3}, GroupBucket, groupPriority, U32, groupPrioBucket);
-LEVEL(GroupLevel, GroupBucket, 3U, Group, groupId, U32, groupInfo);
-LEVEL(CopyLevel, Group, 3U, Copy, copyId, U32, groupPerCopyInfo);
-LEVEL(FeatureBucketLevel, Copy, 3U, Bucket, featurePrio, U32, featurePrioBucket);
+LEVEL(PipeLevel, Stage, stageTypeEgress, Pipe, pipeId, S16, pipeInfo, TN_PipeInfo);
+LEVEL(GroupBucketLevel, Pipe, S16{3}, GroupBucket, groupPriority, U32, groupPrioBucket,
+      TN_GroupPrioBucket);
+LEVEL(GroupLevel, GroupBucket, 3U, Group, groupId, U32, groupInfo, TN_GroupInfo);
+LEVEL(CopyLevel, Group, 3U, Copy, copyId, U32, groupPerCopyInfo, TN_GroupPerCopyInfo);
+LEVEL(FeatureBucketLevel, Copy, 3U, Bucket, featurePrio, U32, featurePrioBucket,
+      TN_FeaturePrioBucket);
 #undef LEVEL
 
 template <class Level>
@@ -107,6 +110,7 @@ TYPED_TEST(UsageLevel, GivesTheChildThatIsThere) {
   EXPECT_FALSE(TypeParam::all(*parent).has(4));
   EXPECT_EQ(TypeParam::Child::memAllocationTracker_.liveObjects(), 1U);
   EXPECT_EQ(TypeParam::Child::memAllocationTracker_.liveBytes(), sizeof(typename TypeParam::Child));
+  EXPECT_EQ(TypeParam::Tag::memAllocationTracker_.liveObjects(), 1U);
 }
 
 TYPED_TEST(UsageLevel, GivesWhatItRemoves) {
@@ -389,6 +393,8 @@ TEST_F(UsageTree, QueueGrowsByBlocks) {
   EXPECT_EQ(bucket->featureInfo().firstBlock()->capacity(), 4U);
   EXPECT_EQ(bucket->featureInfo().firstBlock()->next()->capacity(), 8U);
   EXPECT_EQ(bucket->featureInfo().size(), 5U);
+  EXPECT_EQ(Bucket::QE_FeatureInfo::memAllocationTracker_.liveObjects(), 2U);
+  EXPECT_EQ(Bucket::QE_FeatureInfo::memAllocationTracker_.liveBytes(), 12 * sizeof(Ptr<Feature>));
   EXPECT_EQ(feature->useCount(), 6U);
   bucket->featureInfoDelAll();
   EXPECT_EQ(feature->useCount(), 1U);
