@@ -6,6 +6,7 @@
 #include <cstring>
 #include <string>
 
+#include "DestroyedFlags.h"
 #include "ShadowFixture.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
 #include "Zel/Trace.h"
@@ -305,29 +306,7 @@ TEST(FormatterDeathTest, AbstractOperationsStopTheProcess) {
 
 template <class Format>
 void expectFlagCleared() {
-  // In place, so that the word can be looked at when the object is gone but its memory is not.
-  alignas(Format) unsigned char place[sizeof(Format)];
-  auto* const format = new (place) Format;
-  U32 const all = 0xFFFFFFFF;
-  format->flagSet(all);
-  auto const offset = [&] {
-    // Find the flag word: the one that turns to a chosen pattern.
-    format->flagClear(all);
-    format->flagSet(0x5A5A5A5A);
-    for (std::size_t at = 0; at + 4 <= sizeof(Format); at += 4) {
-      U32 word;
-      std::memcpy(&word, place + at, 4);
-      if (word == 0x5A5A5A5A) return at;
-    }
-    return sizeof(Format);
-  }();
-  ASSERT_LT(offset, sizeof(Format));
-  format->flagSet(all);
-  std::launder(format)->~Format();
-  unsigned char const volatile* const left = place + offset;
-  U32 word = 0;
-  for (int byte = 3; byte >= 0; --byte) word = word << 8 | left[byte];
-  EXPECT_EQ(word, 0xDFFFFFFF);
+  velmortest::expectFlagsLeft<Format>(0xFFFFFFFF, 0xDFFFFFFF);
 }
 
 TEST(Formatter, DestructionClearsTheNotifyFlagAndNoOther) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "DestroyedFlags.h"
 #include "Random.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
 
@@ -90,6 +91,13 @@ TEST_F(SummaryTest, RecordsOutliveTheSummary) {
   summary.reset();
   EXPECT_EQ(group->useCount(), 1U);
   EXPECT_EQ(group->tcamSummaryGroupNameFront(), String(100, 'n'));
+}
+
+TEST_F(SummaryTest, IsMarkedAsItGoes) {
+  velmortest::expectFlagsLeft<Summary>(0, Summary::flagBeingDestroyed);
+  velmortest::expectFlagsLeft<Summary>(~Summary::flagBeingDestroyed, 0xFFFFFFFF);
+  velmortest::expectFlagsLeft<GroupName>(0, GroupName::flagBeingDestroyed, "acl");
+  velmortest::expectFlagsLeft<GroupName>(~GroupName::flagBeingDestroyed, 0xFFFFFFFF, "acl");
 }
 
 TEST_F(SummaryTest, QueueKeepsTheOrderOfArrival) {

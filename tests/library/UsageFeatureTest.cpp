@@ -8,6 +8,7 @@
 #include <tuple>
 #include <vector>
 
+#include "DestroyedFlags.h"
 #include "Random.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
 #include "Zel/Record.h"
@@ -207,6 +208,11 @@ TEST_F(UsageFeature, MayStandInPlace) {
   feature.entrySetIs(Entry(1, 1));
   EXPECT_EQ(feature.cliFeatureName(), "acl");
   EXPECT_EQ(Feature::memAllocationTracker_.liveObjects(), 0U);
+}
+
+TEST_F(UsageFeature, IsMarkedAsItGoes) {
+  velmortest::expectFlagsLeft<Feature>(0, Feature::flagBeingDestroyed, "acl");
+  velmortest::expectFlagsLeft<Feature>(~Feature::flagBeingDestroyed, 0xFFFFFFFF, "acl");
 }
 
 TEST_F(UsageFeature, KeepsTheEntryThatIsThere) {
