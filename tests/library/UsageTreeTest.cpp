@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "Random.h"
+#include "Sobrel.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
 
 namespace VelmorTcam {
@@ -501,7 +502,13 @@ TEST_F(UsageTree, RemovedGroupStaysUsable) {
 template <class Class, class... Args>
 void expectDescribed(const char* name, Args... args) {
   SCOPED_TRACE(name);
+  auto const slabBytes = Sobrel::slabUsage().liveBytes;
   auto const node = makePtr<Class>(args...);
+#if !defined(__SANITIZE_ADDRESS__)  // the slabs hold every node only without it
+  EXPECT_GE(Sobrel::slabUsage().liveBytes, slabBytes + sizeof(Class));
+#else
+  static_cast<void>(slabBytes);
+#endif
   ASSERT_NE(node->typeData(), nullptr);
   EXPECT_STREQ(node->typeData()->name, name);
   EXPECT_EQ(node->typeData()->kind, Zel::TypeKind::node);
