@@ -486,6 +486,21 @@ TEST_F(UsageTree, IsMarkedAndEmptiedFromTheTop) {
   EXPECT_EQ(gone, 1);
 }
 
+TEST_F(UsageTree, StagesOutliveTheirChip) {
+  auto chip = makePtr<Chip>();
+  auto const held = chip->stageInfoIs(stageTypeIngress);
+  chip->stageInfoIs(stageTypeEgress)->pipeInfoIs(1);
+  held->pipeInfoIs(2);
+  EXPECT_EQ(Stage::memAllocationTracker_.liveObjects(), 2U);
+  chip.reset();
+  EXPECT_EQ(Stage::memAllocationTracker_.liveObjects(), 1U);
+  EXPECT_EQ(Pipe::memAllocationTracker_.liveObjects(), 1U);
+  EXPECT_EQ(held->useCount(), 1U);
+  EXPECT_FALSE(held->flag(Node::flagBeingDestroyed));
+  EXPECT_EQ(held->stage(), stageTypeIngress);
+  EXPECT_EQ(keysOf<PipeLevel>(*held), (std::vector<S16>{2}));
+}
+
 TEST_F(UsageTree, RemovedGroupStaysUsable) {
   auto const bucket = makePtr<GroupBucket>(1U);
   auto feature = cliShowTcamUsageFeatureInfoFactory("acl");
