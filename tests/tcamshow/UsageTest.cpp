@@ -138,6 +138,20 @@ TEST(Usage, PrintsTheEntriesInDetail) {
   }
 }
 
+TEST(Usage, KeepsTheFirstOfTwoIdsThatShowAlike) {
+  constexpr const char* snapshot = R"({"type":"snapshot","version":1}
+{"type":"entry","table":"ip","shadowId":4294967299,"priority":1,"feature":"a","description":"first"}
+{"type":"entry","table":"ip","shadowId":3,"priority":1,"feature":"a","description":"second"}
+)";
+  ProcessResult const result = runTcamshow({"usage", "--detail"}, {.input = snapshot});
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(result.out,
+            "Stage ingress\n"
+            "TCAM group 0 uses 1 entry and can use up to 0 more.\n"
+            "  a uses 1 entries.\n"
+            "    0x00000003            0 hits - first\n");
+}
+
 TEST(Usage, NamesNoPipeWhereThereIsOne) {
   for (const char* const numPipes : {"", R"(,"numPipes":0)", R"(,"numPipes":1)"}) {
     ProcessResult const result = runTcamshow(
@@ -190,6 +204,38 @@ TEST(Summary, RecordsDuplicatesWithinTheFirstPassOnly) {
               "\n";
   ProcessResult const result = runTcamshow({"summary"}, {.input = snapshot});
   EXPECT_EQ(result.out, "g\n  a\n  a\n  b\n");
+}
+
+TEST(Summary, OnePipeOfOneStageIsAPass) {
+  struct Row {
+    const char* what;
+    const char* lines;
+    const char* summary;
+  };
+  Row const rows[] = {
+      {"the first pass has no entry",
+       R"({"type":"group","pipe":0,"name":"g"}
+{"type":"group","pipe":1,"copyId":0,"name":"g"}
+{"type":"group","pipe":1,"copyId":1,"name":"g"}
+{"type":"entry","table":"ip","shadowId":1,"pipe":1,"copyId":0,"feature":"a"}
+{"type":"entry","table":"ip","shadowId":1,"pipe":1,"copyId":1,"feature":"a"}
+)",
+       "g\n  a\n"},
+      {"one pipe number in two stages",
+       R"({"type":"entry","stage":"ingress","table":"ip","shadowId":1,"feature":"a"}
+{"type":"entry","stage":"egress","table":"ip","shadowId":1,"copyId":0,"feature":"a"}
+{"type":"entry","stage":"egress","table":"ip","shadowId":1,"copyId":1,"feature":"a"}
+)",
+       "\n  a\n"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.what);
+    std::string const header = R"({"type":"snapshot","version":1,"numPipes":2})"
+                               "\n";
+    ProcessResult const result = runTcamshow({"summary"}, {.input = header + row.lines});
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.out, row.summary);
+  }
 }
 
 TEST(Summary, ManyFeaturesAreEachRecordedOnce) {
