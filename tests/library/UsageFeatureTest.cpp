@@ -296,6 +296,24 @@ TEST_F(UsageFeature, DeletesByIterator) {
   feature.entrySetIs(Entry(2, 1));
   EXPECT_TRUE(feature.entrySetDel(first));
   EXPECT_EQ(pairsOf(feature), (Pairs{{2, 1}, {1, 5}}));
+  // Walked to the end: nothing while that is fresh,
+  at = feature.entrySet().at(Entry(1, 5));
+  ++at;
+  ASSERT_TRUE(at == feature.entrySet().end());
+  EXPECT_FALSE(feature.entrySetDel(at));
+  EXPECT_EQ(feature.entrySet().size(), 2U);
+  // the key that it last held once that is stale,
+  EXPECT_TRUE(feature.entrySetDel(Entry(2, 1)));
+  EXPECT_TRUE(feature.entrySetDel(at));
+  EXPECT_TRUE(feature.entrySet().empty());
+  // and so when all are gone, too.
+  feature.entrySetIs(Entry(1, 1));
+  at = feature.entrySet().begin();
+  feature.entrySetDelAll();
+  EXPECT_FALSE(feature.entrySetDel(at));
+  feature.entrySetIs(Entry(1, 1));
+  EXPECT_TRUE(feature.entrySetDel(at));
+  EXPECT_TRUE(feature.entrySet().empty());
 }
 
 TEST_F(UsageFeature, OwnsItsEntries) {
