@@ -84,6 +84,8 @@ class ChildMap {
   Halvo::U32 generation() const noexcept { return map_.generation(); }
   /// The child of the key; null when there is none.
   Halvo::Ptr<Child> get(const K& key) const { return map_.get(key); }
+  /// As get: never makes a child.
+  Halvo::Ptr<Child> operator[](const K& key) const { return map_.get(key); }
   bool has(const K& key) const noexcept { return map_.has(key); }
 
   iterator begin() const { return iterator(map_.begin()); }
@@ -129,6 +131,8 @@ class ChildHashMap {
   Halvo::U32 generation() const noexcept { return map_.generation(); }
   /// The child of the key; null when there is none.
   Halvo::Ptr<Child> get(const K& key) const { return map_.get(key); }
+  /// As get: never makes a child.
+  Halvo::Ptr<Child> operator[](const K& key) const { return map_.get(key); }
   bool has(const K& key) const noexcept { return map_.has(key); }
   iterator begin() const { return map_.begin(); }
   iterator end() const noexcept { return map_.end(); }

@@ -56,6 +56,8 @@ TEST_F(SummaryTest, GivesTheRecordThatIsThere) {
   EXPECT_EQ(summary->tcamSummaryIs("a"), group);
   EXPECT_EQ(summary->tcamSummary("a"), group);
   EXPECT_EQ(summary->tcamSummary("b"), nullptr);
+  EXPECT_EQ(summary->tcamSummary()["a"], group);
+  EXPECT_EQ(summary->tcamSummary()["b"], nullptr);
   EXPECT_EQ(summary->tcamSummary().size(), 1U);
   EXPECT_EQ(Summary::TN_TcamSummary::memAllocationTracker_.liveObjects(), 1U);
   EXPECT_TRUE(group->pipeFinished());

@@ -289,6 +289,9 @@ TEST_F(UsageTree, ChipKeepsItsStages) {
   EXPECT_EQ(ingress->useCount(), 2U);
   EXPECT_EQ(chip->stageInfoIs(stageTypeIngress), ingress);
   EXPECT_EQ(chip->stageInfo(stageTypeIngress), ingress);
+  EXPECT_EQ(chip->stageInfo()[stageTypeIngress], ingress);
+  EXPECT_EQ(chip->stageInfo()[stageTypeEgress], nullptr);
+  EXPECT_EQ(chip->stageInfo().size(), 1U);
   chip->stageInfoIs(stageTypeEgress);
   EXPECT_EQ(chip->stageInfo().size(), 2U);
   std::vector<StageType> met;
