@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <string>
 
 #include "DestroyedFlags.h"
 #include "ShadowFixture.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
+#include "VirtualSlots.h"
 #include "Zel/Trace.h"
 
 namespace VelmorTcam {
@@ -18,6 +18,7 @@ using velmortest::IpFormat;
 using velmortest::makePtr;
 using velmortest::Ptr;
 using velmortest::ShadowOf;
+using velmortest::slotOf;
 using velmortest::String;
 
 // What a formatter writes to a descriptor.
@@ -93,17 +94,6 @@ TEST(Formatter, IsBornWithItsHeaderTypeAndUninitialized) {
   expectBorn<VelmorTcamCliFormat>(cliHeaderTypeInvalid, "VelmorTcam::VelmorTcamCliFormat");
 }
 
-// A pointer to a virtual member function holds one more than its slot's offset in the table.
-template <class Member>
-std::size_t slotOf(Member member) {
-  std::ptrdiff_t words[2];
-  static_assert(sizeof member == sizeof words);
-  std::memcpy(words, &member, sizeof words);
-  EXPECT_EQ(words[0] % 8, 1) << "not virtual";
-  EXPECT_EQ(words[1], 0);
-  return static_cast<std::size_t>(words[0] - 1) / sizeof(void*);
-}
-
 TEST(Formatter, VirtualOperationsKeepTheirSlots) {
   struct Row {
     const char* name;
@@ -152,6 +142,16 @@ TEST(Formatter, VirtualOperationsKeepTheirSlots) {
   };
 #undef SLOT
   for (auto const& row : rows) EXPECT_EQ(row.slot, row.expected) << row.name;
+}
+
+TEST(Formatter, ClassesHaveNoFurtherVirtualOperations) {
+  using velmortest::slotCount;
+  EXPECT_EQ(slotCount<CliFormat>(), 11U);
+  EXPECT_EQ(slotCount<EntryRequestCliFormat>(), 20U);
+  EXPECT_EQ(slotCount<IpEntryRequestCliFormat>(), 24U);
+  EXPECT_EQ(slotCount<Ip6EntryRequestCliFormat>(), 25U);
+  EXPECT_EQ(slotCount<MacEntryRequestCliFormat>(), 22U);
+  EXPECT_EQ(slotCount<VelmorTcamCliFormat>(), 11U);
 }
 
 // Counts the calls of the hook.

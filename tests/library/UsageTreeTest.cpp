@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <deque>
 #include <functional>
 #include <initializer_list>
@@ -14,6 +13,7 @@
 #include "Random.h"
 #include "Sobrel.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
+#include "VirtualSlots.h"
 
 namespace VelmorTcam {
 namespace {
@@ -550,27 +550,14 @@ TEST_F(UsageTree, EveryClassIsDescribedAndCounted) {
   expectDescribed<CliShowTcamSummaryGroupName>("VelmorTcam::CliShowTcamSummaryGroupName", "acl");
 }
 
-// A pointer to a virtual member function holds one more than its slot's offset in the table.
-template <class Member>
-std::size_t slotOf(Member member) {
-  std::ptrdiff_t words[2];
-  static_assert(sizeof member == sizeof words);
-  std::memcpy(words, &member, sizeof words);
-  return static_cast<std::size_t>(words[0] - 1) / sizeof(void*);
-}
-
-template <class Class>
-struct OneMore : Class {
-  virtual void oneMore() {}
-};
-
 template <class Class>
 void expectNodeSlots() {
+  using velmortest::slotOf;
   // The destructor has the slots 0 and 1.
   EXPECT_EQ(slotOf(&Class::lastUserGone), 2U);
   EXPECT_EQ(slotOf(&Class::publisher), 3U);
   EXPECT_EQ(slotOf(&Class::typeData), 4U);
-  EXPECT_EQ(slotOf(&OneMore<Class>::oneMore), 5U) << "the class adds virtual operations";
+  EXPECT_EQ(velmortest::slotCount<Class>(), 5U) << "the class adds virtual operations";
 }
 
 TEST_F(UsageTree, VirtualOperationsAreTheNodes) {
