@@ -407,6 +407,17 @@ TEST(ReflectionOperation, CursorsWithstandChanges) {
   ASSERT_TRUE(cursor->next(at, element));
   chip->stageInfoDelAll();
   EXPECT_FALSE(cursor->next(at, element));
+  // Each removed as it is met: none is missed, and none is met twice.
+  for (StageType type : {stageTypeLookup, stageTypeIngress, stageTypeEgress}) {
+    chip->stageInfoIs(type);
+  }
+  cursor = call(*chip, 130, Op::iterate).as<Ptr<Zel::Cursor>>();
+  std::multiset<StageType> stages;
+  while (cursor->next(at, element)) {
+    stages.insert(at.as<StageType>());
+    chip->stageInfoDel(at.as<StageType>());
+  }
+  EXPECT_EQ(stages, (std::multiset<StageType>{stageTypeLookup, stageTypeIngress, stageTypeEgress}));
 
   auto const group = Halvo::makePtr<CliShowTcamSummaryGroupName>("g");
   auto const refill = [&](int count) {
