@@ -280,6 +280,9 @@ TEST(ReflectionOperation, QueuesOfStringsAreFirstInFirstOut) {
   EXPECT_EQ(call(*group, 132, Op::front).as<String>(), bytes);
   EXPECT_EQ(call(*group, 132, Op::back).as<String>(), "a");
   EXPECT_EQ(call(*group, 132, Op::count).as<U32>(), 2U);
+  call(*group, 132, Op::delAll);
+  EXPECT_EQ(group->tcamSummaryGroupName().size(), 0U);
+  EXPECT_EQ(group->tcamSummaryGroupName().firstBlock(), nullptr);
 }
 
 TEST(ReflectionOperation, DuplicatesAreTestedByInvocation) {

@@ -242,6 +242,25 @@ TEST(ReflectionValue, DisplayStringsAreConstants) {
   EXPECT_EQ(strings, Value::make(typeNamed("CliDisplayStrings"), {}));
 }
 
+TEST(ReflectionValue, DisplayStringsAreMadeOfNothing) {
+  const TypeDescriptor& type = typeNamed("CliDisplayStrings");
+  ASSERT_NE(type.value, nullptr);
+  EXPECT_EQ(type.value->size, sizeof(CliDisplayStrings));
+  alignas(CliDisplayStrings) unsigned char places[2][sizeof(CliDisplayStrings)];
+  type.value->construct(places[0], {});
+  type.value->copy(places[1], places[0]);
+  EXPECT_TRUE(type.value->isEq(places[0], places[1]));
+  Value result;
+  EXPECT_EQ(Zel::attributeOp(type, places[1], 2, Op::read, {}, result), OpResult::done);
+  EXPECT_EQ(result.as<String>(), "Stage %s");
+  for (auto& place : places) type.value->destroy(place);
+  EXPECT_EQ(errorOf<Zel::ArgumentError>([&] {
+              std::vector<Value> const one = {Value(U32{1})};
+              static_cast<void>(Value::make(type, one));
+            }),
+            "VelmorTcam::CliDisplayStrings: takes 0 arguments, not 1");
+}
+
 TEST(ReflectionValue, IdentifiersShowTheirOneAttribute) {
   EXPECT_EQ(call(Value(RequestKey("acl")), 2, Op::read), Value(String("acl")));
   EXPECT_EQ(call(Value(RuleId(7)), 2, Op::read), Value(U32{7}));

@@ -84,6 +84,12 @@ TEST_F(SummaryTest, GivesWhatItRemoves) {
   EXPECT_EQ(summary->tcamSummary().generation(), 9U);
   summary->tcamSummaryDelAll();
   EXPECT_EQ(summary->tcamSummary().generation(), 11U);
+  auto const held = summary->tcamSummaryIs("b");
+  for (const char* const name : {"a", "c"}) summary->tcamSummaryIs(name);
+  EXPECT_EQ(held->useCount(), 2U);
+  summary->tcamSummaryDelAll();
+  EXPECT_EQ(held->useCount(), 1U);
+  EXPECT_TRUE(summary->tcamSummary().empty());
 }
 
 TEST_F(SummaryTest, RecordsOutliveTheSummary) {

@@ -193,10 +193,14 @@ TEST_F(UsageFeature, IsBornByEitherFactory) {
     EXPECT_EQ(feature->typeData()->tracker, &Feature::memAllocationTracker_);
     expectGenerations(*feature, 1);
   }
+  for (auto const factory :
+       {cliShowTcamUsageFeatureInfoFactory, Feature::CliShowTcamUsageFeatureInfoIs}) {
+    auto const one = factory("one");
+    EXPECT_EQ(one->useCount(), 1U);
+    EXPECT_EQ(Feature::memAllocationTracker_.liveObjects(), 1U);
+    EXPECT_EQ(Feature::memAllocationTracker_.liveBytes(), sizeof(Feature));
+  }
   auto const one = cliShowTcamUsageFeatureInfoFactory("one");
-  EXPECT_EQ(one->useCount(), 1U);
-  EXPECT_EQ(Feature::memAllocationTracker_.liveObjects(), 1U);
-  EXPECT_EQ(Feature::memAllocationTracker_.liveBytes(), sizeof(Feature));
   one->usedEntriesIs(most32);
   one->reservedEntriesIs(7);
   EXPECT_EQ(one->usedEntries(), most32);
