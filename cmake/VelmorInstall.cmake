@@ -6,6 +6,14 @@
 #   tool      tcamshow, its manual page and its completions
 include(CMakePackageConfigHelpers)
 
+# What is installed can be moved as a whole.
+foreach(directory CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
+  if(IS_ABSOLUTE "${${directory}}")
+    message(FATAL_ERROR
+      "${directory} is \"${${directory}}\": give a path below the prefix, such as \"lib\"")
+  endif()
+endforeach()
+
 set(velmor_include ${CMAKE_INSTALL_INCLUDEDIR}/velmor)
 set(velmor_package ${CMAKE_INSTALL_LIBDIR}/cmake/VelmorTcamCliHelper)
 
