@@ -7,6 +7,10 @@ function(velmor_library target version_script)
     # Nothing runs as a library is loaded, but in the sources of velmor_runs_at_load.
     $<$<CXX_COMPILER_ID:Clang>:-Wglobal-constructors>
     $<$<CXX_COMPILER_ID:Clang>:-Wexit-time-destructors>)
+  if(VELMOR_DEBUG_INFO)
+    # Paths are the repository's. The code is the same; `cmake --install --strip` leaves it out.
+    target_compile_options(${target} PRIVATE -g -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+  endif()
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:velmor_warnings>)
   target_link_options(${target} PRIVATE -Wl,--version-script=${script})
   set_target_properties(${target} PROPERTIES

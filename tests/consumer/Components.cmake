@@ -1,4 +1,5 @@
-# Installs the components one by one: each holds what belongs to it, and all of them are the whole.
+# Installs the components one by one, stripped: each holds what belongs to it, and all of them are the
+# whole.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 function(list_files directory variable)
@@ -10,7 +11,8 @@ endfunction()
 file(REMOVE_RECURSE ${WORK})
 set(all "")
 foreach(component runtime dev tool)
-  run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/${component} --component ${component})
+  run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${WORK}/${component} --component ${component}
+    --strip)
   list_files(${WORK}/${component} ${component})
   list(APPEND all ${${component}})
 endforeach()
@@ -20,6 +22,12 @@ expect_equal("the components together" "${all}" "${installed}")
 
 expect_equal("runtime" "${runtime}"
   "${LIB}/libVelmorPlatform.so.${SOVERSION};${LIB}/libVelmorPlatform.so.${VERSION};${LIB}/libVelmorTcamCliHelper.so.${SOVERSION};${LIB}/libVelmorTcamCliHelper.so.${VERSION}")
+foreach(library VelmorPlatform VelmorTcamCliHelper)
+  run(${READELF} -SW ${WORK}/runtime/${LIB}/lib${library}.so.${VERSION} OUTPUT sections)
+  if(sections MATCHES "\\.debug_info|\\.symtab")
+    message(SEND_ERROR "${library} is not stripped:\n${sections}")
+  endif()
+endforeach()
 expect_equal("tool" "${tool}"
   "${BIN}/tcamshow;share/bash-completion/completions/tcamshow;share/man/man1/tcamshow.1;share/zsh/site-functions/_tcamshow")
 foreach(file ${LIB}/libVelmorPlatform.so ${LIB}/libVelmorTcamCliHelper.so
