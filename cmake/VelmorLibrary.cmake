@@ -21,9 +21,14 @@ function(velmor_library target version_script)
 endfunction()
 
 # velmor_runs_at_load(SOURCE...): those that construct objects as their library is loaded. The test
-# LoadTime.WhatIsConstructedIsKnown lists the objects.
+# LoadTime.WhatIsConstructedIsKnown lists the objects of these sources.
 function(velmor_runs_at_load)
   set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS
     $<$<CXX_COMPILER_ID:Clang>:-Wno-global-constructors>
     $<$<CXX_COMPILER_ID:Clang>:-Wno-exit-time-destructors>)
+  foreach(source ${ARGN})
+    cmake_path(ABSOLUTE_PATH source)
+    cmake_path(RELATIVE_PATH source BASE_DIRECTORY ${PROJECT_SOURCE_DIR})
+    set_property(GLOBAL APPEND PROPERTY VELMOR_RUNS_AT_LOAD ${source})
+  endforeach()
 endfunction()

@@ -13,10 +13,6 @@ if(DEFINED INITIALIZERS)
   if(NOT count EQUAL INITIALIZERS)
     message(FATAL_ERROR "static initialisation in: ${initializers}")
   endif()
-  execute_process(COMMAND ${READELF} --dyn-syms -W ${LIBRARY} OUTPUT_VARIABLE dynamic)
-  if(dynamic MATCHES "UNIQUE")
-    message(FATAL_ERROR "unique symbols:\n${dynamic}")
-  endif()
   return()
 endif()
 
@@ -89,10 +85,4 @@ endif()
 # A sanitizer registers each unit too.
 if(NOT SANITIZE AND NOT sections MATCHES "\\.init_array +INIT_ARRAY +[0-9a-f]+ +[0-9a-f]+ 0000(18|10) ")
   message(FATAL_ERROR "something else runs at load:\n${sections}")
-endif()
-
-# A unique symbol would keep the library mapped after dlclose.
-execute_process(COMMAND ${READELF} --dyn-syms -W ${LIBRARY} OUTPUT_VARIABLE dynamic)
-if(dynamic MATCHES "UNIQUE")
-  message(FATAL_ERROR "unique symbols:\n${dynamic}")
 endif()
