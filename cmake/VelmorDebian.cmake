@@ -21,9 +21,9 @@ function(velmor_gzipped file name)
     COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
+velmor_gzipped(${CMAKE_CURRENT_LIST_DIR}/debian/changelog changelog.Debian)
 foreach(component runtime dev tool)
   set(doc ${CMAKE_INSTALL_DATADIR}/doc/${velmor_${component}_package})
-  velmor_gzipped(${CMAKE_CURRENT_LIST_DIR}/debian/changelog changelog.Debian)
   install(FILES ${PROJECT_BINARY_DIR}/debian/changelog.Debian.gz
     ${CMAKE_CURRENT_LIST_DIR}/debian/copyright DESTINATION ${doc} COMPONENT ${component})
 endforeach()
