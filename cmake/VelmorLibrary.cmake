@@ -7,6 +7,9 @@ function(velmor_library target version_script)
     # Nothing runs as a library is loaded, but in the sources of velmor_runs_at_load.
     $<$<CXX_COMPILER_ID:Clang>:-Wglobal-constructors>
     $<$<CXX_COMPILER_ID:Clang>:-Wexit-time-destructors>)
+  if(VELMOR_COVERAGE)
+    target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/CoverageAtAbort.cpp)
+  endif()
   if(VELMOR_DEBUG_INFO)
     # Paths are the repository's. The code is the same; `cmake --install --strip` leaves it out.
     target_compile_options(${target} PRIVATE -g -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
