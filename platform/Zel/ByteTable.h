@@ -157,7 +157,9 @@ class ByteTable : public TableState {
   void copyFrom(const ByteTable& other) {
     ByteTable copy;
     if (other.size() > copy.room()) copy.blockIs(other.size());
-    for (U32 i = 0; i < other.size(); ++i) copy.add(other.keyAt(i), V(*other.valueAt(i)));
+    for (U32 i = 0; i < other.size(); ++i) {
+      copy.add(other.keyAt(i), static_cast<V>(*other.valueAt(i)));
+    }
     contentsSwap(copy);
   }
   /// Exchanges the elements, not the generations.

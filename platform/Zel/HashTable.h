@@ -199,7 +199,7 @@ class HashTable : public TableState {
     HashTable copy;
     copy.block_ = other.isShort() ? blockFor(other.size()) : groupBlock(other.head().detail);
     for (U32 index = other.occupiedFrom(0); index != none; index = other.occupiedFrom(index + 1)) {
-      copy.place(other.keyAt(index), V(*other.valueAt(index)));
+      copy.place(other.keyAt(index), static_cast<V>(*other.valueAt(index)));
     }
     contentsSwap(copy);
   }
@@ -389,7 +389,7 @@ class HashTable : public TableState {
     V* const made = new (partAt<V>(here, Groups::valuesAt) + slot) V(std::move(value));
     here[slot] = tagOf(hash);
     ++state_;
-    if (step != 0) [[unlikely]] {
+    if (number != (homeGroup(hash) & last)) [[unlikely]] {
       overflowAdd(hash, number, 1);
     }
     return made;
