@@ -30,14 +30,12 @@ struct HN_Test {
 };
 constinit Zel::AllocationTracker HN_Test::memAllocationTracker_{"RbTreeMapTest::HN_Test"};
 
-// Descending priority, then ascending id; the text takes no part.
+// Descending priority, then ascending id; the text takes no part. Its hint below says so, and no
+// other order is needed.
 struct Entry {
   U32 priority = 0;
   U32 id = 0;
   String text;
-  friend bool operator<(const Entry& a, const Entry& b) {
-    return a.priority != b.priority ? a.priority > b.priority : a.id < b.id;
-  }
 };
 
 // A key without a hint, whose copies may throw.
