@@ -104,14 +104,7 @@ void fill(Parent& parent, const std::vector<typename Parent::Key>& keys) {
 template <class Parent, Order order>
 void create(benchmark::State& state) {
   auto const keys = keysIn<typename Parent::Key>(order, state.range(0));
-  for (auto _ : state) {
-    auto parent = std::make_unique<Parent>();
-    fill(*parent, keys);
-    state.PauseTiming();
-    parent.reset();
-    state.ResumeTiming();
-  }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  velmorbench::timeBuilding<Parent>(state, [&](Parent& parent) { fill(parent, keys); });
 }
 // All children are there, and asked for in another order than they came in.
 template <class Parent, Order order>
@@ -130,8 +123,7 @@ template <class Parent, Order order>
 void walk(benchmark::State& state) {
   Parent parent;
   fill(parent, keysIn<typename Parent::Key>(order, state.range(0)));
-  for (auto _ : state) benchmark::DoNotOptimize(parent.walk());
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  velmorbench::timeWalking(state, parent);
 }
 
 #define ORDERS(bench, kind) VELMOR_BENCH_ORDERS("child_map", bench, kind, velmorbench::sizes)

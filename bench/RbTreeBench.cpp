@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <map>
 #include <memory>
-#include <numeric>
 #include <random>
 #include <set>
 #include <string>
@@ -137,12 +136,6 @@ struct AltNames {
 using velmorbench::Order;
 using velmorbench::shuffled;
 
-std::vector<U32> keysIn(Order order, std::int64_t count, unsigned seed = 1) {
-  std::vector<U32> keys(static_cast<std::size_t>(count));
-  std::iota(keys.begin(), keys.end(), 0);
-  return velmorbench::inOrder(order, std::move(keys), seed);
-}
-
 // Another order each time: a processor learns the branches of one that comes again.
 void shuffleAgain(Order order, std::vector<U32>& keys, std::mt19937& random) {
   if (order == shuffled) std::shuffle(keys.begin(), keys.end(), random);
@@ -150,7 +143,7 @@ void shuffleAgain(Order order, std::vector<U32>& keys, std::mt19937& random) {
 
 template <class Tree, Order order>
 void insert(benchmark::State& state) {
-  auto keys = keysIn(order, state.range(0));
+  auto keys = velmorbench::numbers(order, state.range(0));
   std::mt19937 random(2);
   for (auto _ : state) {
     Tree tree;
@@ -166,8 +159,8 @@ void insert(benchmark::State& state) {
 template <class Tree, Order order>
 void lookup(benchmark::State& state) {
   Tree tree;
-  for (U32 key : keysIn(order, state.range(0))) tree.add(key);
-  auto const keys = keysIn(order, state.range(0), 2);
+  for (U32 key : velmorbench::numbers(order, state.range(0))) tree.add(key);
+  auto const keys = velmorbench::numbers(order, state.range(0), 2);
   auto const places = velmorbench::lookups(order, keys.size());
   for (auto _ : state) {
     for (U32 const place : places) benchmark::DoNotOptimize(tree.has(keys[place]));
@@ -177,19 +170,18 @@ void lookup(benchmark::State& state) {
 template <class Tree, Order order>
 void walk(benchmark::State& state) {
   Tree tree;
-  for (U32 key : keysIn(order, state.range(0))) tree.add(key);
-  for (auto _ : state) benchmark::DoNotOptimize(tree.walk());
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  for (U32 key : velmorbench::numbers(order, state.range(0))) tree.add(key);
+  velmorbench::timeWalking(state, tree);
 }
 template <class Tree, Order order>
 void del(benchmark::State& state) {
-  auto keys = keysIn(order, state.range(0), 2);
+  auto keys = velmorbench::numbers(order, state.range(0), 2);
   std::mt19937 random(2);
   for (auto _ : state) {
     state.PauseTiming();
     shuffleAgain(order, keys, random);
     Tree tree;
-    for (U32 key : keysIn(order, state.range(0))) tree.add(key);
+    for (U32 key : velmorbench::numbers(order, state.range(0))) tree.add(key);
     state.ResumeTiming();
     for (U32 key : keys) tree.del(key);
     benchmark::DoNotOptimize(&tree);
@@ -199,7 +191,7 @@ void del(benchmark::State& state) {
 // Not a time: bytes an element, of both allocators, as the counter says.
 template <class Tree, Order order>
 void memory(benchmark::State& state) {
-  auto const keys = keysIn(order, state.range(0));
+  auto const keys = velmorbench::numbers(order, state.range(0));
   auto const held = [] {
     return static_cast<double>(mallinfo2().uordblks + mallinfo2().hblkhd) +
            static_cast<double>(Sobrel::slabUsage().liveBytes) -

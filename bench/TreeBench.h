@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <numeric>
 #include <random>
 #include <utility>
@@ -22,6 +23,13 @@ std::vector<Key> inOrder(Order order, std::vector<Key> keys, unsigned seed = 1) 
   if (order == reversed) std::reverse(keys.begin(), keys.end());
   if (order == shuffled) std::shuffle(keys.begin(), keys.end(), std::mt19937(seed));
   return keys;
+}
+
+/// The numbers from 0 on.
+inline std::vector<std::uint32_t> numbers(Order order, std::int64_t count, unsigned seed = 1) {
+  std::vector<std::uint32_t> all(static_cast<std::size_t>(count));
+  std::iota(all.begin(), all.end(), 0U);
+  return inOrder(order, std::move(all), seed);
 }
 
 /// The places, among `count` keys, of those to look up one after the other: once from first to
@@ -42,6 +50,24 @@ inline std::vector<std::uint32_t> lookups(Order order, std::size_t count) {
 
 inline void sizes(benchmark::internal::Benchmark* b) {
   b->Arg(10)->Arg(1000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);
+}
+
+/// Makes a Tree and fills it, again and again; its end is not counted.
+template <class Tree, class Fill>
+void timeBuilding(benchmark::State& state, Fill fill) {
+  for (auto _ : state) {
+    auto tree = std::make_unique<Tree>();
+    fill(*tree);
+    state.PauseTiming();
+    tree.reset();
+    state.ResumeTiming();
+  }
+  state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+template <class Tree>
+void timeWalking(benchmark::State& state, const Tree& tree) {
+  for (auto _ : state) benchmark::DoNotOptimize(tree.walk());
+  state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
 }  // namespace velmorbench

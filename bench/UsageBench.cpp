@@ -2,18 +2,16 @@
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <map>
 #include <memory>
-#include <numeric>
-#include <random>
 #include <set>
 #include <unordered_map>
 #include <vector>
 
 #include "Sobrel.h"
+#include "TreeBench.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
 
 namespace {
@@ -148,15 +146,8 @@ struct Alt {
   std::unordered_map<StageType, std::shared_ptr<AltStage>> stages;
 };
 
-enum Order { sorted, reversed, shuffled };
-
-std::vector<U32> numbers(Order order, std::int64_t count) {
-  std::vector<U32> all(static_cast<std::size_t>(count));
-  std::iota(all.begin(), all.end(), 0U);
-  if (order == reversed) std::reverse(all.begin(), all.end());
-  if (order == shuffled) std::shuffle(all.begin(), all.end(), std::mt19937(1));
-  return all;
-}
+using velmorbench::numbers;
+using velmorbench::Order;
 
 template <class Tree>
 void fill(Tree& tree, const std::vector<U32>& all) {
@@ -177,21 +168,13 @@ void life(benchmark::State& state) {
 template <class Tree, Order order>
 void build(benchmark::State& state) {
   auto const all = numbers(order, state.range(0));
-  for (auto _ : state) {
-    auto tree = std::make_unique<Tree>();
-    fill(*tree, all);
-    state.PauseTiming();
-    tree.reset();
-    state.ResumeTiming();
-  }
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  velmorbench::timeBuilding<Tree>(state, [&](Tree& tree) { fill(tree, all); });
 }
 template <class Tree, Order order>
 void walk(benchmark::State& state) {
   Tree tree;
   fill(tree, numbers(order, state.range(0)));
-  for (auto _ : state) benchmark::DoNotOptimize(tree.walk());
-  state.SetItemsProcessed(state.iterations() * state.range(0));
+  velmorbench::timeWalking(state, tree);
 }
 template <class Tree, Order order>
 void destroy(benchmark::State& state) {
@@ -231,9 +214,13 @@ void once(benchmark::internal::Benchmark* b) {
   b->Arg(1000)->Arg(100'000)->Arg(1'000'000)->Iterations(1);
 }
 
-#define PAIR(bench, order, range)                                                                 \
-  BENCHMARK_TEMPLATE(bench, Ours, order)->Name("usage/" #bench "/" #order "/ours")->Apply(range); \
-  BENCHMARK_TEMPLATE(bench, Alt, order)->Name("usage/" #bench "/" #order "/std")->Apply(range)
+#define PAIR(bench, order, range)                     \
+  BENCHMARK_TEMPLATE(bench, Ours, velmorbench::order) \
+      ->Name("usage/" #bench "/" #order "/ours")      \
+      ->Apply(range);                                 \
+  BENCHMARK_TEMPLATE(bench, Alt, velmorbench::order)  \
+      ->Name("usage/" #bench "/" #order "/std")       \
+      ->Apply(range)
 #define ORDERS(bench, range)    \
   PAIR(bench, sorted, range);   \
   PAIR(bench, reversed, range); \
