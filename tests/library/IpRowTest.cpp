@@ -112,11 +112,14 @@ TEST(IpRow, KeepsALongActionAndNulBytes) {
 }
 
 TEST(IpRow, LeavesNoReferenceBehind) {
-  Ptr<const Shadow> const shadow = velmortest::fullShadow();
-  std::vector<U32> const before = velmortest::useCounts(*shadow);
-  (void)rowOf(IpFormat(), shadow);
-  EXPECT_EQ(velmortest::useCounts(*shadow), before);
-  EXPECT_EQ(before, std::vector<U32>(before.size(), 1));
+  std::vector<Ptr<const Shadow>> shadows;
+  shadows.push_back(velmortest::fullShadow());
+  shadows.push_back(velmortest::icmpShadow());
+  for (auto const& shadow : shadows) {
+    (void)rowOf(IpFormat(), shadow);
+    std::vector<U32> const after = velmortest::useCounts(*shadow);
+    EXPECT_EQ(after, std::vector<U32>(after.size(), 1));
+  }
 }
 
 struct AddressRow {

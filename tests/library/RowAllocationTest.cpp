@@ -19,9 +19,10 @@ std::size_t allocationsOfARow(const VelmorTcamEntryShadow::PtrConst& entry) {
 }
 
 TEST(RowAllocation, IsTheRowsTextAlone) {
-  auto const shadow = velmortest::fullShadow();
-  EXPECT_EQ(allocationsOfARow<velmortest::IpFormat>(shadow), 1U);
-  EXPECT_EQ(allocationsOfARow<velmortest::Ip6Format>(shadow), 1U);
+  for (auto const& shadow : {velmortest::fullShadow(), velmortest::icmpShadow()}) {
+    EXPECT_EQ(allocationsOfARow<velmortest::IpFormat>(shadow), 1U);
+    EXPECT_EQ(allocationsOfARow<velmortest::Ip6Format>(shadow), 1U);
+  }
 }
 
 }  // namespace

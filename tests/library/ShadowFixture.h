@@ -131,6 +131,15 @@ inline Ptr<const Shadow> fullShadow() {
       .counters();
 }
 
+/// One whose port cells show an ICMP type and code.
+inline Ptr<const Shadow> icmpShadow() {
+  using namespace VelmorTcam;
+  return ShadowOf(5)
+      .qual(qualifierIpProtocol, 1, 255)
+      .qual(qualifierL4SrcPort, 2048, 65280)
+      .qual(qualifierL4DstPort, 3, 255);
+}
+
 /// The counts of the shadow and of all that is below it.
 inline std::vector<U32> useCounts(const Shadow& shadow) {
   std::vector<U32> counts{shadow.useCount()};
