@@ -17,18 +17,18 @@ bool isPowerOfTwo(U32 i) { return std::has_single_bit(i); }
 
 }  // namespace
 
+constexpr RQueueBlock RQueueBase::noBlock_;
+
 constinit MemoryTracker RQueueBase::blockTracker_{"Halvo::RQueueBlock"};
 
 RQueueBlock::RQueueBlock(U32 capacity, U32 sequence, bool fromSystem) noexcept
-    : capacityBits_(
-          static_cast<U16>(static_cast<U32>(fromSystem) << indexBits | (capacity & indexMask))),
-      sequence_(sequence) {
+    : sequence_(sequence), capacity_(static_cast<U16>(capacity)), fromSystem_(fromSystem) {
   Zel::assertThat(isPowerOfTwo(capacity),
                   {"isPowerOfTwo( i )", source, 0,
                    "Halvo::RQueueBlock::RQueueBlock(Halvo::U32, Halvo::U32, bool)"});
 }
 
-RQueueBlock::~RQueueBlock() {
+void RQueueBlock::destroyedLinked() const noexcept {
   Zel::assertThat(!linked(), {"!linked()", source, 0, "Halvo::RQueueBlock::~RQueueBlock()"});
 }
 
@@ -61,9 +61,9 @@ void RQueueBase::blockDelete(RQueueBlock* block, std::size_t slotSize,
 }
 
 void RQueueBase::blockPush(RQueueBlock* block) noexcept {
-  if (tail_ == nullptr) {
+  if (blockless()) {
     head_ = block;
-    frontIndex_ = frontStop_ = 0;
+    frontStop_ = 0;
   } else {
     tail_->next_ = block;
   }
@@ -78,12 +78,13 @@ RQueueBlock* RQueueBase::blockPop() noexcept {
                                      "Halvo::RQueueBlock* Halvo::RQueueBase::blockPop()"});
   RQueueBlock* const head = head_;
   if (head == tail_) {
-    frontIndex_ = frontStop_ = backIndex_ = backCapacity_ = nextSequence();
-    head_ = tail_ = nullptr;
+    backIndex_ = backCapacity_ = nextSequence();
+    head_ = const_cast<RQueueBlock*>(&noBlock_);
+    tail_ = nullptr;
   } else {
     head_ = tail_->next_ = head->next_;
-    frontIndex_ = frontStop_ = 0;
   }
+  frontStop_ = 0;
   head->next_ = nullptr;
   return head;
 }
@@ -91,7 +92,7 @@ RQueueBlock* RQueueBase::blockPop() noexcept {
 RQueueBase::Front RQueueBase::frontAtStop() noexcept {
   if (empty()) return Front::none;
   U32 const lastSlot = head_->capacity() - 1;
-  if (frontIndex_ == lastSlot) return Front::last;
+  if (head_->firstIndex_ == lastSlot) return Front::last;
   // Only the tail has slots that were never filled.
   frontStop_ = head_ == tail_ ? std::min(backIndex_, lastSlot) : lastSlot;
   return Front::inside;

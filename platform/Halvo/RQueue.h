@@ -19,8 +19,9 @@ namespace Halvo {
 ///
 /// Invariant: the capacity is a power of two, at most 8192; slots [firstIndex, capacity) are live,
 /// in the tail block as far as the queue's last element. Slot i holds the element with the sequence
-/// number sequence() + i. First index and capacity need 14 bits each; either has a halfword of its
-/// own, so that the first index can be written without a look at what stands beside it.
+/// number sequence() + i. First index and capacity need 14 bits each. The first index has a word of
+/// its own: it is read and written with each element that is taken, and processors hand a word from
+/// one store to the next load sooner than a part of one.
 class VELMOR_PLATFORM_API RQueueBlock {
  public:
   static constexpr U32 smallest = 4;    ///< slots of a queue's first block
@@ -29,30 +30,34 @@ class VELMOR_PLATFORM_API RQueueBlock {
   /// Stops the process unless `capacity` is a power of two.
   RQueueBlock(U32 capacity, U32 sequence, bool fromSystem) noexcept;
   /// Stops the process while the block is linked.
-  ~RQueueBlock();
+  constexpr ~RQueueBlock() {
+    if (linked()) destroyedLinked();
+  }
   RQueueBlock(const RQueueBlock&) = delete;
   RQueueBlock& operator=(const RQueueBlock&) = delete;
 
   U32 firstIndex() const noexcept { return firstIndex_; }
-  U32 capacity() const noexcept { return capacityBits_ & indexMask; }
+  U32 capacity() const noexcept { return capacity_; }
   /// The sequence number of slot 0.
   U32 sequence() const noexcept { return sequence_; }
-  bool fromSystem() const noexcept { return capacityBits_ >> indexBits != 0; }
-  bool linked() const noexcept { return next_ != nullptr; }
+  bool fromSystem() const noexcept { return fromSystem_; }
+  constexpr bool linked() const noexcept { return next_ != nullptr; }
   /// The block behind this one; behind the tail stands the head.
   const RQueueBlock* next() const noexcept { return next_; }
 
  private:
   friend class RQueueBase;
-  static constexpr U32 indexBits = 14;
-  static constexpr U32 indexMask = (1U << indexBits) - 1;
+  // A block without slots.
+  constexpr RQueueBlock() noexcept = default;
+  void destroyedLinked() const noexcept;
 
   RQueueBlock* next_ = nullptr;
-  U16 firstIndex_ = 0;
-  U16 capacityBits_;  // from the low end: capacity, whether the memory is the system's
-  U32 sequence_;
+  U32 firstIndex_ = 0;
+  U32 sequence_ = 0;
+  U16 capacity_ = 0;
+  bool fromSystem_ = false;  // whether the memory is the system's, not a slab's
 };
-static_assert(sizeof(RQueueBlock) == 16);
+static_assert(sizeof(RQueueBlock) == 24);
 
 /// Walks a queue from front to back, knowing nothing of the elements.
 ///
@@ -109,11 +114,12 @@ class RQueueBaseConstIter {
 
 /// The part of a queue that knows nothing of its elements: the ring of blocks.
 ///
-/// Invariant: head_ and tail_ are null, or blocks of a ring in which the head follows the tail. All
-/// slots of a block that is not the tail have been filled, and the tail has at least one filled
-/// slot. Sequence numbers run on from block to block, modulo 2^32.
+/// Invariant: head_ and tail_ are blocks of a ring in which the head follows the tail, or there is
+/// no block, tail_ is null, and head_ is a block without slots that all queues share and none
+/// writes to. All slots of a block that is not the tail have been filled, and the tail has at least
+/// one filled slot. Sequence numbers run on from block to block, modulo 2^32.
 ///
-/// What adding and taking look at stands in the queue itself: both are then a comparison, the
+/// Adding looks at the queue alone, and taking at the head's first index: each is a comparison, the
 /// element, and a new index.
 class VELMOR_PLATFORM_API RQueueBase {
  public:
@@ -121,11 +127,13 @@ class VELMOR_PLATFORM_API RQueueBase {
   RQueueBase& operator=(const RQueueBase&) = delete;
 
   U32 size() const noexcept {
-    return head_ == nullptr ? 0 : nextSequence() - (head_->sequence_ + frontIndex_);
+    return blockless() ? 0 : nextSequence() - (head_->sequence_ + head_->firstIndex_);
   }
-  bool empty() const noexcept { return head_ == tail_ && frontIndex_ == backIndex_; }
+  bool empty() const noexcept {
+    return blockless() || (head_ == tail_ && head_->firstIndex_ == backIndex_);
+  }
   /// The head block, null while there is none: for those who account for memory.
-  const RQueueBlock* firstBlock() const noexcept { return head_; }
+  const RQueueBlock* firstBlock() const noexcept { return blockless() ? nullptr : head_; }
 
   /// Counts the blocks of all queues, with the bytes of their heads.
   static MemoryTracker blockTracker_;
@@ -139,15 +147,13 @@ class VELMOR_PLATFORM_API RQueueBase {
   };
 
   constexpr explicit RQueueBase(U32 firstSequence) noexcept
-      : frontIndex_(firstSequence),
-        frontStop_(firstSequence),
-        backIndex_(firstSequence),
-        backCapacity_(firstSequence) {}
+      : backIndex_(firstSequence), backCapacity_(firstSequence) {}
   ~RQueueBase() = default;
 
+  bool blockless() const noexcept { return tail_ == nullptr; }
   /// The sequence number of the element that will be added next.
   U32 nextSequence() const noexcept {
-    return tail_ == nullptr ? backIndex_ : tail_->sequence_ + backIndex_;
+    return blockless() ? backIndex_ : tail_->sequence_ + backIndex_;
   }
   /// The capacity of the block that follows when the tail is full: the smallest power of two
   /// greater than the number of elements, within the limits.
@@ -160,32 +166,31 @@ class VELMOR_PLATFORM_API RQueueBase {
   void blockPush(RQueueBlock* block) noexcept;
   /// Unlinks the head block. Stops the process when there is no block.
   RQueueBlock* blockPop() noexcept;
-  /// Looks what is at the front once frontIndex_ has come to frontStop_, and moves that on.
+  /// Looks what is at the front once the first index has come to frontStop_, and moves that on.
   Front frontAtStop() noexcept;
 
-  // The front has been taken: both places say so.
-  void frontIndexIs(U32 index) noexcept {
-    frontIndex_ = index;
-    head_->firstIndex_ = static_cast<U16>(index);
-  }
+  static void firstIndexIs(RQueueBlock* block, U32 index) noexcept { block->firstIndex_ = index; }
   void swap(RQueueBase& other) noexcept {
     std::swap(head_, other.head_);
     std::swap(tail_, other.tail_);
-    std::swap(frontIndex_, other.frontIndex_);
     std::swap(frontStop_, other.frontStop_);
     std::swap(backIndex_, other.backIndex_);
     std::swap(backCapacity_, other.backCapacity_);
   }
 
-  RQueueBlock* head_ = nullptr;
+  // What head_ is while there is no block: taking asks for its first index alone, which is at
+  // frontStop_, and need not ask first whether there is a head.
+  static const RQueueBlock noBlock_;
+
+  RQueueBlock* head_ = const_cast<RQueueBlock*>(&noBlock_);
   RQueueBlock* tail_ = nullptr;
-  // Indices of slots; while there is no block, each is the sequence number of the next element.
-  U32 frontIndex_;  // the head's first live slot
-  // The elements before it are in the head block and none of them in its last slot: they can be
-  // taken without a look at anything else.
-  U32 frontStop_;
-  U32 backIndex_;     // the tail's slot behind the last element
-  U32 backCapacity_;  // the tail's capacity
+  // An index of the head's slots. The elements before it are in the head block and none of them in
+  // its last slot: they can be taken without a look at anything else. 0 while there is no block.
+  U32 frontStop_ = 0;
+  // The tail's slot behind the last element, and the tail's capacity; while there is no block, both
+  // are the sequence number of the next element.
+  U32 backIndex_;
+  U32 backCapacity_;
 };
 
 /// A queue of T: added at the back, taken from the front, in blocks that never move.
@@ -211,7 +216,7 @@ class VELMOR_PLATFORM_API RQueueBase {
 template <class T, class Tag>
 class RQueue : public RQueueBase {
   static_assert(std::is_nothrow_move_constructible_v<T>);
-  static_assert(alignof(T) <= 8, "slots begin 16 bytes into a block that is aligned to 8");
+  static_assert(alignof(T) <= 8, "slots begin 24 bytes into a block that is aligned to 8");
 
  public:
   using value_type = T;
@@ -265,7 +270,7 @@ class RQueue : public RQueueBase {
 
   /// Takes the element at the front; T{} when there is none.
   T deq() {
-    if (frontIndex_ != frontStop_) [[likely]] {
+    if (head_->firstIndex() != frontStop_) [[likely]] {
       return take();
     }
     switch (frontAtStop()) {
@@ -280,7 +285,7 @@ class RQueue : public RQueueBase {
   }
 
   /// The element at the front, in place; null when there is none.
-  const T* frontPeek() const noexcept { return empty() ? nullptr : slots(head_) + frontIndex_; }
+  const T* frontPeek() const noexcept { return empty() ? nullptr : slots(head_) + head_->firstIndex(); }
   /// The element at the back, in place; null when there is none.
   const T* backPeek() const noexcept { return empty() ? nullptr : slots(tail_) + backIndex_ - 1; }
   /// A copy of the element at the front; T{} when there is none.
@@ -290,13 +295,14 @@ class RQueue : public RQueueBase {
 
   /// Removes all and frees the blocks.
   void delAll() noexcept {
-    if (head_ == nullptr) return;
+    if (blockless()) return;
     // The queue is empty before the first element goes: a destructor may look at it.
     RQueue old(nextSequence());
     swap(old);
-    while (old.head_ != nullptr) {
-      U32 const end = old.head_ == old.tail_ ? old.backIndex_ : old.head_->capacity();
-      std::destroy(slots(old.head_) + old.frontIndex_, slots(old.head_) + end);
+    while (!old.blockless()) {
+      RQueueBlock* const head = old.head_;
+      U32 const end = head == old.tail_ ? old.backIndex_ : head->capacity();
+      std::destroy(slots(head) + head->firstIndex(), slots(head) + end);
       old.release(old.blockPop());
     }
   }
@@ -315,11 +321,12 @@ class RQueue : public RQueueBase {
 
   // The element at the front.
   T take() noexcept {
-    U32 const next = frontIndex_ + 1;
-    T* const slot = slots(head_) + next - 1;
+    RQueueBlock* const head = head_;
+    U32 const next = head->firstIndex() + 1;
+    T* const slot = slots(head) + next - 1;
     T element(std::move(*slot));
     std::destroy_at(slot);
-    frontIndexIs(next);
+    firstIndexIs(head, next);
     if constexpr (sizeof(T) <= sizeof(void*)) {
       // Moved on from a local object, which a register holds: the compiler sees then that the slot
       // has been left empty, and nothing remains to destroy there.
