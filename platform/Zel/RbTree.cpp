@@ -127,9 +127,27 @@ struct Place {
   return {range.low, false};
 }
 
+// Whether the hint, which is neither the leaf's first nor its last, is that of the element found
+// last or of a neighbour: then `index` is its. Keys in order, and a key again and again, need no
+// search.
+[[gnu::always_inline]] inline bool isNearRecent(Leaf& leaf, U64 hint, U32& index) noexcept {
+  const U64* const hints = leaf.hints();
+  U32 at = std::min<U32>(leaf.recent, leaf.count - 1U);
+  if (hints[at] < hint) {
+    ++at;
+  } else if (hints[at] > hint) {
+    --at;
+  }
+  if (hints[at] != hint) return false;
+  leaf.recent = static_cast<U16>(at);
+  index = at;
+  return true;
+}
+
 template <class T>
 void shift(T* array, U32 from, U32 to, U32 end) noexcept {
-  std::memmove(array + to, array + from, (end - from) * sizeof(T));
+  // Nothing moves where keys come in order.
+  if (from != end) std::memmove(array + to, array + from, (end - from) * sizeof(T));
 }
 template <class T>
 void copy(const T* from, U32 count, T* to) noexcept {
@@ -355,17 +373,6 @@ void RbTree::descendAlong(const RbTreeProbe& probe, Path& path) const noexcept {
   path.isKnown = true;
 }
 
-// The same for the first leaf, without a search.
-void RbTree::pathAlongEdge(Path& path) const noexcept {
-  void* block = root_;
-  for (U32 level = 0; level < height_; ++level) {
-    path.inner[level] = static_cast<Inner*>(block);
-    path.child[level] = 0;
-    block = path.inner[level]->children[0];
-  }
-  path.isKnown = true;
-}
-
 void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
   path.at = {};
   path.isKnown = true;
@@ -384,7 +391,11 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
     } else if (probe.hint < hints[0]) {
       if (leaf.previous == nullptr) return nullptr;
     } else if (probe.hint < hints[last]) {
+      if (isExact && isNearRecent(leaf, probe.hint, path.at.index)) {
+        return leaf.elements()[path.at.index];
+      }
       Place const place = placeIn(leaf, probe);
+      leaf.recent = static_cast<U16>(place.index);
       path.at.index = place.index;
       return place.isTaken ? leaf.elements()[place.index] : nullptr;
     } else if (probe.hint == hints[last]) {
@@ -403,7 +414,19 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
   recent_ = &leaf;
   Place const place = placeIn(leaf, probe);
   path.at.index = place.index;
+  leaf.recent = static_cast<U16>(place.index);
   return place.isTaken ? leaf.elements()[place.index] : nullptr;
+}
+
+// The tree, which has inner blocks, has a new first element.
+void RbTree::firstIs(U64 hint, void* element) noexcept {
+  void* block = root_;
+  for (U32 level = height_; level != 0; --level) {
+    auto* const inner = static_cast<Inner*>(block);
+    inner->hints[0] = hint;
+    inner->elements[0] = element;
+    block = inner->children[0];
+  }
 }
 
 // The block below `level` that the path leads through has a new first element.
@@ -444,8 +467,7 @@ void RbTree::insertAt(Path& path, U64 hint, void* element) {
   }
   put(*leaf, path.at.index, hint, element);
   if (path.at.index == 0 && leaf->previous == nullptr && height_ != 0) {
-    if (!path.isKnown) pathAlongEdge(path);
-    minimumChanged(path, height_, hint, element);
+    firstIs(hint, element);
   }
   recent_ = leaf;
   ++size_;

@@ -103,7 +103,7 @@ struct RbTreeLeaf {
   U16 count;
   U16 capacity;
   U16 begin;
-  U16 unused;
+  U16 recent;            ///< the index that locate() found here last; elements may have moved since
   RbTreeLeaf* previous;  ///< null at the first
   RbTreeLeaf* next;      ///< null at the last
 
@@ -221,7 +221,7 @@ class VELMOR_PLATFORM_API RbTree {
 #define ZEL_RB_TREE_OWN [[gnu::visibility("hidden")]]
   ZEL_RB_TREE_OWN RbTreeLeaf* descend(const RbTreeProbe& probe) const noexcept;
   ZEL_RB_TREE_OWN void descendAlong(const RbTreeProbe& probe, Path& path) const noexcept;
-  ZEL_RB_TREE_OWN void pathAlongEdge(Path& path) const noexcept;
+  ZEL_RB_TREE_OWN void firstIs(U64 hint, void* element) noexcept;
   ZEL_RB_TREE_OWN void minimumChanged(const Path& path, U32 level, U64 hint,
                                       void* element) noexcept;
   ZEL_RB_TREE_OWN void leafSplit(Path& path, U64 hint, void* element);
