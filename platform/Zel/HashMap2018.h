@@ -259,10 +259,18 @@ class HashMap2018<K, V, Hash>::BasicIterator {
  private:
   friend HashMap2018;
   friend BasicIterator<true>;
+
+  struct Place {
+    U32 index;
+    U64 state;  // of the table in which the index stands there
+  };
+
   explicit BasicIterator(Map* map) noexcept : map_(map) {}
   BasicIterator(Map* map, U32 index) : map_(map) { standAt(index); }
 
-  void standAt(U32 index) {
+  void standAt(U32 index) { standAt({index, map_->table_.state()}); }
+  void standAt(Place place) {
+    auto const [index, state] = place;
     Cursor next;
     if (index == none) {
       key_ = K{};
@@ -270,19 +278,19 @@ class HashMap2018<K, V, Hash>::BasicIterator {
       key_ = next.standAt(map_->table_, index);
     }
     cursor_ = next;
-    state_ = map_->table_.state();
+    state_ = state;
   }
   // `++` after the map has changed.
   void resume() {
     if (cursor_.isAtEnd()) return;
     // Through a copy: the iterator itself stays in registers.
     K const held(key_);
-    standAt(indexBehind(map_->table_, held, cursor_.index()));
+    standAt(placeBehind(map_->table_, held, cursor_.index()));
   }
   // Where an iterator goes on that held this key and stood at this index.
-  [[gnu::noinline]] static U32 indexBehind(const Table& table, const K& key, U32 index) {
+  [[gnu::noinline]] static Place placeBehind(const Table& table, const K& key, U32 index) {
     U32 const today = table.indexOf(key);
-    return table.occupiedFrom(today == none ? index : today + 1);
+    return {table.occupiedFrom(today == none ? index : today + 1), table.state()};
   }
   // Where its element now is, none at the end and when the key is gone.
   U32 indexToday() const {
