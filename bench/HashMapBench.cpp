@@ -277,6 +277,7 @@ BENCHMARK_TEMPLATE(smallWalkChain, PlainSmall)
 PAIR(manyBuild, "many_build_destroy", many, Small);
 PAIR(manyFind, "many_find", many, Small);
 PAIR(manyWalk, "many_walk", many, Small);
+BENCHMARK_TEMPLATE(manyWalk, PlainSmall)->Name("hash_map/many_walk/array")->Apply(many);
 PAIR(bigInsert, "big_insert", big, Big);
 PAIR(bigFind, "big_find_hit", big, Big, true);
 PAIR(bigFind, "big_find_miss", big, Big, false);

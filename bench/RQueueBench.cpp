@@ -40,6 +40,12 @@ struct Alt {
     return element;
   }
 };
+// What no queue can beat at a walk: the elements side by side.
+template <class T>
+struct Array {
+  std::vector<T> queue;
+  void enq(const T& element) { queue.push_back(element); }
+};
 
 // The elements go round these records: with a single one, each step would wait for the count that
 // the step before it wrote.
@@ -141,6 +147,8 @@ PAIR(enqueue, "enqueue", NodePtr);
 PAIR(enqueue, "enqueue", Plain);
 PAIR(walk, "walk", NodePtr);
 PAIR(walk, "walk", Plain);
+BENCHMARK_TEMPLATE(walk, Array<NodePtr>, NodePtr)->Name("r_queue/walk/NodePtr/array")->Apply(sizes);
+BENCHMARK_TEMPLATE(walk, Array<Plain>, Plain)->Name("r_queue/walk/Plain/array")->Apply(sizes);
 PAIR(dequeue, "dequeue", NodePtr);
 PAIR(dequeue, "dequeue", Plain);
 PAIR(pass, "pass", NodePtr);
