@@ -17,6 +17,10 @@ bool isPowerOfTwo(U32 i) { return std::has_single_bit(i); }
 
 }  // namespace
 
+// A constant whose end does nothing; g++ sees that by itself.
+#if defined(__clang__)
+[[clang::no_destroy]]
+#endif
 constexpr RQueueBlock RQueueBase::noBlock_;
 
 constinit MemoryTracker RQueueBase::blockTracker_{"Halvo::RQueueBlock"};
