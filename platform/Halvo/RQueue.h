@@ -285,7 +285,9 @@ class RQueue : public RQueueBase {
   }
 
   /// The element at the front, in place; null when there is none.
-  const T* frontPeek() const noexcept { return empty() ? nullptr : slots(head_) + head_->firstIndex(); }
+  const T* frontPeek() const noexcept {
+    return empty() ? nullptr : slots(head_) + head_->firstIndex();
+  }
   /// The element at the back, in place; null when there is none.
   const T* backPeek() const noexcept { return empty() ? nullptr : slots(tail_) + backIndex_ - 1; }
   /// A copy of the element at the front; T{} when there is none.
