@@ -17,7 +17,8 @@ bool isPowerOfTwo(U32 i) { return std::has_single_bit(i); }
 
 }  // namespace
 
-// A constant whose end does nothing; g++ sees that by itself.
+// Constexpr, for g++ would otherwise register its end, which does nothing, and clang does so unless
+// told.
 #if defined(__clang__)
 [[clang::no_destroy]]
 #endif

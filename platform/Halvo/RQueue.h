@@ -17,7 +17,8 @@ namespace Halvo {
 
 /// The head of one array block of a queue; its slots follow it in memory.
 ///
-/// Invariant: the capacity is a power of two, at most 8192; slots [firstIndex, capacity) are live,
+/// Invariant: the capacity is a power of two, at most 8192, or zero in the one that stands in for a
+/// queue's missing head; slots [firstIndex, capacity) are live,
 /// in the tail block as far as the queue's last element. Slot i holds the element with the sequence
 /// number sequence() + i. First index and capacity need 14 bits each. The first index has a word of
 /// its own: it is read and written with each element that is taken, and processors hand a word from

@@ -262,7 +262,7 @@ class HashMap2018<K, V, Hash>::BasicIterator {
 
   struct Place {
     U32 index;
-    U64 state;  // of the table in which the index stands there
+    U64 state;  // the table's for which the index holds
   };
 
   explicit BasicIterator(Map* map) noexcept : map_(map) {}

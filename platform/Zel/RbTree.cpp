@@ -127,10 +127,9 @@ struct Place {
   return {range.low, false};
 }
 
-// Whether the hint, which is neither the leaf's first nor its last, is that of the element found
-// last or of a neighbour: then `index` is its. Keys in order, and a key again and again, need no
-// search.
-[[gnu::always_inline]] inline bool isNearRecent(Leaf& leaf, U64 hint, U32& index) noexcept {
+// Finds the hint, which lies between the leaf's first and last, where the last one was found or
+// beside it: keys in order, and a key again and again, need no search.
+[[gnu::always_inline]] inline bool findNearRecent(Leaf& leaf, U64 hint, U32& index) noexcept {
   const U64* const hints = leaf.hints();
   U32 at = std::min<U32>(leaf.recent, leaf.count - 1U);
   if (hints[at] < hint) {
@@ -391,7 +390,7 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
     } else if (probe.hint < hints[0]) {
       if (leaf.previous == nullptr) return nullptr;
     } else if (probe.hint < hints[last]) {
-      if (isExact && isNearRecent(leaf, probe.hint, path.at.index)) {
+      if (isExact && findNearRecent(leaf, probe.hint, path.at.index)) {
         return leaf.elements()[path.at.index];
       }
       Place const place = placeIn(leaf, probe);
@@ -418,7 +417,7 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
   return place.isTaken ? leaf.elements()[place.index] : nullptr;
 }
 
-// The tree, which has inner blocks, has a new first element.
+// The tree has a new first element.
 void RbTree::firstIs(U64 hint, void* element) noexcept {
   void* block = root_;
   for (U32 level = height_; level != 0; --level) {
@@ -466,9 +465,7 @@ void RbTree::insertAt(Path& path, U64 hint, void* element) {
     root_ = leaf;
   }
   put(*leaf, path.at.index, hint, element);
-  if (path.at.index == 0 && leaf->previous == nullptr && height_ != 0) {
-    firstIs(hint, element);
-  }
+  if (path.at.index == 0 && leaf->previous == nullptr) firstIs(hint, element);
   recent_ = leaf;
   ++size_;
   ++version_;

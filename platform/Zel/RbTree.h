@@ -103,7 +103,7 @@ struct RbTreeLeaf {
   U16 count;
   U16 capacity;
   U16 begin;
-  U16 recent;            ///< the index that locate() found here last; elements may have moved since
+  U16 recent;            ///< a guess: where locate() found an element; maybe behind the last one
   RbTreeLeaf* previous;  ///< null at the first
   RbTreeLeaf* next;      ///< null at the last
 

@@ -274,6 +274,34 @@ TEST_F(RQueueTest, TakesInOrderAcrossSwapsAndMoves) {
   }
 }
 
+TEST_F(RQueueTest, SwapsWithItselfAndWithoutBlocks) {
+  Queue<int> queue(7);
+  Queue<int> other(40);
+  queue.swap(queue);
+  swap(queue, other);
+  EXPECT_EQ(queue.deq(), 0);
+  EXPECT_EQ(other.firstBlock(), nullptr);
+  queue.enq(1);
+  other.enq(2);
+  queue.swap(queue);
+  ASSERT_NE(queue.firstBlock(), nullptr);
+  ASSERT_NE(other.firstBlock(), nullptr);
+  EXPECT_EQ(queue.firstBlock()->sequence(), 40U);
+  EXPECT_EQ(other.firstBlock()->sequence(), 7U);
+  EXPECT_EQ(queue.deq(), 1);
+  EXPECT_EQ(other.deq(), 2);
+}
+
+constinit Queue<int> queueOfTheProgram;
+
+TEST_F(RQueueTest, NeedsNoCodeAtLoad) {
+  EXPECT_EQ(queueOfTheProgram.deq(), 0);
+  for (int i = 1; i <= 5; ++i) queueOfTheProgram.enq(i);
+  for (int i = 1; i <= 5; ++i) EXPECT_EQ(queueOfTheProgram.deq(), i);
+  EXPECT_EQ(queueOfTheProgram.deq(), 0);
+  queueOfTheProgram.delAll();
+}
+
 TEST_F(RQueueTest, ElementOfTheQueueItselfMayBeAdded) {
   Queue<String> queue;
   queue.enq("first, and longer than what a string keeps within itself: yes, much longer");
@@ -336,6 +364,34 @@ TEST_F(RQueueTest, ElementMayLookAtTheQueueAsItGoes) {
   }
   queue.delAll();
   EXPECT_EQ(seen, 6U);
+}
+
+TEST_F(RQueueTest, ElementMayUseTheQueueAsItGoes) {
+  struct Leaver : Halvo::Node {
+    Queue<Halvo::Ptr<Leaver>>* queue = nullptr;
+    ~Leaver() override {
+      if (queue == nullptr) return;
+      if (queue->empty()) {
+        EXPECT_EQ(queue->frontPeek(), nullptr);
+        EXPECT_EQ(queue->backPeek(), nullptr);
+        EXPECT_TRUE(queue->begin() == queue->end());
+        EXPECT_TRUE(queue->deq() == nullptr);
+      }
+      queue->enq(Halvo::makePtr<Leaver>());
+    }
+  };
+  for (auto const& [added, taken] : {std::pair{1U, 0U}, {4U, 3U}, {5U, 4U}, {6U, 0U}, {40U, 9U}}) {
+    SCOPED_TRACE(testing::Message() << added << ' ' << taken);
+    Queue<Halvo::Ptr<Leaver>> queue;
+    for (U32 i = 0; i < added; ++i) {
+      auto leaver = Halvo::makePtr<Leaver>();
+      if (i >= taken) leaver->queue = &queue;
+      queue.enq(std::move(leaver));
+    }
+    for (U32 i = 0; i < taken; ++i) queue.deq();
+    queue.delAll();
+    EXPECT_EQ(queue.size(), added - taken);
+  }
 }
 
 TEST_F(RQueueTest, IteratorMeetsWhatWasThereWhenItWasMade) {

@@ -625,10 +625,26 @@ void changeWhereKeysRun(const std::vector<K>& keys, const std::vector<K>& others
   }
 }
 
+// Where removed elements stood, their hints are still in memory.
+TEST_F(RbTreeMapTest, ElementFoundLastMayBeGone) {
+  Map<U32, U32> map;
+  for (U32 key = 0; key < 10; ++key) map.insert(key, key);
+  map.insert(7, 0);
+  for (U32 key = 9; key >= 5; --key) ASSERT_TRUE(map.del(key));
+  map.insert(20, 20);
+  auto const [value, isNew] = map.insert(7, 77);
+  EXPECT_TRUE(isNew);
+  EXPECT_EQ(*value, 77U);
+  EXPECT_EQ(keysOf(map), (std::vector<U32>{0, 1, 2, 3, 4, 7, 20}));
+}
+
 TEST_F(RbTreeMapTest, AgreesWithAnOracleWhereNumbersRunInOrder) {
   std::vector<U32> keys;
   for (U32 i = 1; i <= 2000; ++i) keys.push_back(i * 3);
-  for (U32 seed = 1; seed <= 4; ++seed) changeWhereKeysRun<U32>(keys, {0, 3001, 7000}, seed);
+  for (U32 seed = 1; seed <= 4; ++seed) {
+    SCOPED_TRACE(seed);
+    changeWhereKeysRun<U32>(keys, {0, 3001, 7000}, seed);
+  }
 }
 
 // Among strings, equal hints reach over leaves, and some keys begin otherwise.
