@@ -679,17 +679,18 @@ TEST_F(RbTreeMapTest, IsSoundInEveryStateOfOrderedGrowthAndShrinking) {
       };
       Map<U32, U32> map;
       U32 step = 0;
+      auto const check = [&] {
+        ASSERT_TRUE(map.isSound()) << step;
+        ASSERT_EQ(map.memoryBytes(), HN_Test::memAllocationTracker_.liveBytes() +
+                                         Zel::impl::RbTree::blockTracker_.liveBytes());
+      };
       for (U32 key : keysIn(grow)) {
         map.insert(key, key);
-        if (++step % 97 == 0) {
-          ASSERT_TRUE(map.isSound()) << step;
-        }
+        if (++step % 97 == 0) check();
       }
       for (U32 key : keysIn(shrink)) {
         ASSERT_TRUE(map.del(key));
-        if (++step % 97 == 0 || map.size() < 100) {
-          ASSERT_TRUE(map.isSound()) << step;
-        }
+        if (++step % 97 == 0 || map.size() < 100) check();
       }
       ASSERT_TRUE(map.empty());
     }
