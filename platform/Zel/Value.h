@@ -101,10 +101,20 @@ class VELMOR_PLATFORM_API Value {
   /// As the constructor. `value` may be what this Value keeps alive.
   template <class T>
   requires(!std::same_as<std::remove_cvref_t<T>, Value>) Value& operator=(T&& value) {
-    if constexpr (kindOf<std::remove_cvref_t<T>>() < Kind::string) {
+    constexpr Kind kind = kindOf<std::remove_cvref_t<T>>();
+    if constexpr (kind < Kind::string) {
       auto const number = value;
       clear();
       put(number);
+    } else if constexpr (kind == Kind::string) {
+      // One attribute after the other is read into one Value.
+      if (kind_ == Kind::string) {
+        string() = std::forward<T>(value);
+      } else {
+        Halvo::String taken(std::forward<T>(value));
+        clear();
+        put(std::move(taken));
+      }
     } else {
       // What is held may be all that keeps `value` alive.
       Value taken(std::forward<T>(value));

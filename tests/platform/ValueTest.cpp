@@ -145,6 +145,32 @@ TYPED_TEST(RecordValue, HoldsNothingWhenItCannotBeMade) {
   EXPECT_EQ(TypeParam::alive, before + 1);
 }
 
+TEST(Value, TakesStringsOverAnythingItHolds) {
+  String const texts[] = {"", "acl", String(23, 's'), String(24, 'l'), String(300, 'n')};
+  for (String const& before : texts) {
+    for (String const& after : texts) {
+      SCOPED_TRACE(testing::Message() << before.size() << ' ' << after.size());
+      Value const held(before);
+      Value copied(held);
+      copied = after;
+      EXPECT_EQ(copied.as<String>(), after);
+      Value moved(held);
+      moved = String(after);
+      EXPECT_EQ(moved.as<String>(), after);
+      Value itself(held);
+      itself = itself.as<String>();
+      EXPECT_EQ(itself.as<String>(), before);
+    }
+    for (Value other : {Value(), Value(U32{5}), Value(paint::Wide<11>(7))}) {
+      other = before;
+      EXPECT_EQ(other.as<String>(), before);
+      EXPECT_EQ(other.type(), &Zel::typeOf<String>());
+      other = U32{6};
+      EXPECT_EQ(other.as<U32>(), 6U);
+    }
+  }
+}
+
 TEST(Value, KnowsTheBasicTypes) {
   struct Row {
     Value value;
