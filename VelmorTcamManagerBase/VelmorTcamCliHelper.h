@@ -3,10 +3,10 @@
 
 #include "Halvo/Ptr.h"
 #include "Halvo/String.h"
-#include "Halvo/Types.h"
 #include "VelmorTcamEntryShadow.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesEnums.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"
+#include "Zel/Base/Types.h"
 
 namespace VelmorTcam {
 

@@ -3,8 +3,8 @@
 
 #include "Halvo/String.h"
 #include "VelmorTcamEntryShadow.h"
-#include "Zel/Assert.h"
-#include "Zel/Format.h"
+#include "Zel/Base/Assert.h"
+#include "Zel/Format/Format.h"
 
 namespace VelmorTcam {
 

@@ -2,7 +2,7 @@
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesDisplayStrings.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesTrace.h"
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 namespace VelmorTcam {
 

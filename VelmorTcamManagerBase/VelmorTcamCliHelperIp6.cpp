@@ -8,7 +8,7 @@
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesAssertions.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesTrace.h"
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 namespace VelmorTcam {
 

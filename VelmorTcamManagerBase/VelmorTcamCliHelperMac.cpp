@@ -2,7 +2,7 @@
 #include "VelmorTcamManagerBase/VelmorTcamCliHelperReading.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesAssertions.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 namespace VelmorTcam {
 

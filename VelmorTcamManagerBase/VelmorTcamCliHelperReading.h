@@ -2,7 +2,7 @@
 #pragma once
 
 #include "VelmorTcamEntryShadow.h"
-#include "Zel/Assert.h"
+#include "Zel/Base/Assert.h"
 
 namespace VelmorTcam {
 

@@ -1,9 +1,9 @@
 // The type module: what it does as the library is loaded, and the agent's log messages.
 #include <iostream>  // the streams live before the handles do
 
-#include "Halvo/ModuleInspectData.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesDescriptors.h"
-#include "Zel/Log.h"
+#include "Zel/Trace/Log.h"
+#include "Zel/Types/ModuleInspectData.h"
 
 namespace VelmorTcam {
 

@@ -2,7 +2,7 @@
 // are data and do not move with the code.
 #pragma once
 
-#include "Zel/Assert.h"
+#include "Zel/Base/Assert.h"
 
 namespace VelmorTcam::assertions {
 

@@ -7,10 +7,10 @@
 
 #include "Halvo/MemoryTracker.h"
 #include "Halvo/Ptr.h"
-#include "Halvo/Types.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"
-#include "Zel/HashMap2018.h"
-#include "Zel/RbTreeMap.h"
+#include "Zel/Base/Types.h"
+#include "Zel/Collections/HashMap2018.h"
+#include "Zel/Collections/RbTreeMap.h"
 
 /// Declares, in the body of a class, what the elements of one of its collections are counted under.
 /// The class defines `TAG::memAllocationTracker_` in its source file.

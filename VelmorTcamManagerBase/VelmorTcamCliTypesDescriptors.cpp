@@ -5,8 +5,8 @@
 #include <span>
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "Zel/AttributeTable.h"
-#include "Zel/Enum8.h"
+#include "Zel/Types/AttributeTable.h"
+#include "Zel/Types/Enum8.h"
 
 namespace VelmorTcam {
 

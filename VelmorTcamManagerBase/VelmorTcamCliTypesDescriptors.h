@@ -1,7 +1,7 @@
 // Internal: the type module.
 #pragma once
 
-#include "Zel/TypeModule.h"
+#include "Zel/Types/TypeModule.h"
 
 namespace VelmorTcam {
 

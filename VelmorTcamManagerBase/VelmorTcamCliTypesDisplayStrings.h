@@ -4,7 +4,7 @@
 #pragma once
 
 #include "Halvo/String.h"
-#include "Zel/CharRange.h"
+#include "Zel/Base/CharRange.h"
 
 namespace VelmorTcam::displayStrings {
 

@@ -3,9 +3,9 @@
 // Threads: constants and pure functions; safe from any thread.
 #pragma once
 
-#include "Halvo/Types.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"
-#include "Zel/Enum8.h"
+#include "Zel/Base/Types.h"
+#include "Zel/Types/Enum8.h"
 
 namespace VelmorTcam {
 

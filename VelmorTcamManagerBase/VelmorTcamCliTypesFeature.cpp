@@ -1,7 +1,7 @@
 // The feature's life, and the text form of an entry.
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFeature.h"
 
-#include "Zel/Record.h"
+#include "Zel/Types/Record.h"
 
 namespace VelmorTcam {
 

@@ -7,12 +7,12 @@
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
 #include "Halvo/String.h"
-#include "Halvo/Types.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesCollections.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"
-#include "Zel/CharRange.h"
-#include "Zel/NodeType.h"
-#include "Zel/RbTree.h"
+#include "Zel/Base/CharRange.h"
+#include "Zel/Base/Types.h"
+#include "Zel/Collections/RbTree.h"
+#include "Zel/Types/NodeType.h"
 
 namespace VelmorTcam {
 
@@ -70,7 +70,7 @@ class VELMOR_TCAM_API CliShowTcamUsageEntryInfo {
 ///
 ///     VelmorTcam::CliShowTcamUsageEntryInfo{entryPriority=10,entryId=5,description="a",hits=3}
 ///
-/// See Zel/Record.h for the notation.
+/// See Zel/Types/Record.h for the notation.
 VELMOR_TCAM_API void valueToSequence(Halvo::String& out, const CliShowTcamUsageEntryInfo& entry);
 
 }  // namespace VelmorTcam

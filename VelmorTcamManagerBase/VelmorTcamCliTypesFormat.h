@@ -4,11 +4,11 @@
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
 #include "Halvo/String.h"
-#include "Halvo/Types.h"
 #include "VelmorTcamEntryShadow.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesEnums.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"
-#include "Zel/NodeType.h"
+#include "Zel/Base/Types.h"
+#include "Zel/Types/NodeType.h"
 #include "pravo.h"
 
 namespace VelmorTcam {

@@ -9,11 +9,12 @@
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesSummary.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesUsage.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"
-#include "Zel/TypeModule.h"
+#include "Zel/Types/TypeModule.h"
 
 namespace VelmorTcam {
 
-/// Each type's descriptor. By name, and by number for attributes, Zel/Reflect.h reaches the same:
+/// Each type's descriptor. By name, and by number for attributes, Zel/Types/Reflect.h reaches the
+/// same:
 ///
 ///     Zel::typeOf<CliFormat>().attributes
 ///     Zel::findType("VelmorTcam::CliFormat")

@@ -3,11 +3,11 @@
 
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
-#include "Halvo/RQueue.h"
 #include "Halvo/String.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesCollections.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"
-#include "Zel/NodeType.h"
+#include "Zel/Collections/RQueue.h"
+#include "Zel/Types/NodeType.h"
 
 namespace VelmorTcam {
 

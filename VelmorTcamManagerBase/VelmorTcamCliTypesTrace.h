@@ -1,7 +1,7 @@
 // The library's trace handle and its trace sites.
 #pragma once
 
-#include "Zel/Trace.h"
+#include "Zel/Trace/Trace.h"
 
 namespace VelmorTcam {
 

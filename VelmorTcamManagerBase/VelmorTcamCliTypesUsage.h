@@ -4,13 +4,13 @@
 
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
-#include "Halvo/RQueue.h"
-#include "Halvo/Types.h"
 #include "VelmorTcamEntryShadow.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesCollections.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFeature.h"
 #include "VelmorTcamManagerBase/VelmorTcamExport.h"
-#include "Zel/NodeType.h"
+#include "Zel/Base/Types.h"
+#include "Zel/Collections/RQueue.h"
+#include "Zel/Types/NodeType.h"
 
 namespace VelmorTcam {
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string_view>
 
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 namespace {
 

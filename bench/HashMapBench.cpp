@@ -8,7 +8,7 @@
 
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
-#include "Zel/HashMap2018.h"
+#include "Zel/Collections/HashMap2018.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
-#include "Halvo/RQueue.h"
+#include "Zel/Collections/RQueue.h"
 
 namespace {
 

@@ -16,7 +16,7 @@
 #include "Halvo/String.h"
 #include "Sobrel.h"
 #include "TreeBench.h"
-#include "Zel/RbTreeMap.h"
+#include "Zel/Collections/RbTreeMap.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <benchmark/benchmark.h>
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "Zel/Reflect.h"
+#include "Zel/Types/Reflect.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "Zel/Enum8.h"
-#include "Zel/Trace.h"
+#include "Zel/Trace/Trace.h"
+#include "Zel/Types/Enum8.h"
 
 namespace {
 

@@ -30,8 +30,8 @@ install(DIRECTORY platform/ DESTINATION ${velmor_include} COMPONENT dev
   PATTERN "platform/pravo" EXCLUDE
   PATTERN "Trelix/ParseIp.h" EXCLUDE
   PATTERN "Trelix/TextOut.h" EXCLUDE
-  PATTERN "Zel/FormatDigits.h" EXCLUDE
-  PATTERN "Zel/LineText.h" EXCLUDE)
+  PATTERN "Zel/Format/FormatDigits.h" EXCLUDE
+  PATTERN "Zel/Format/LineText.h" EXCLUDE)
 install(DIRECTORY VelmorTcamManagerBase DESTINATION ${velmor_include} COMPONENT dev
   FILES_MATCHING PATTERN "*.h"
   PATTERN "*Assertions.h" EXCLUDE

@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "Halvo/RQueue.h"
-#include "Zel/HashMap2018.h"
+#include "Zel/Collections/HashMap2018.h"
+#include "Zel/Collections/RQueue.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 // The run-time door of Zel::_fmt: any format text and typed arguments against the C library, byte
 // for byte, and against the grammar by a reading of its own.
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 #include <cstdio>
 #include <deque>

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "Containers.h"
-#include "Zel/RbTreeMap.h"
+#include "Zel/Collections/RbTreeMap.h"
 
 namespace velmorfuzz {
 

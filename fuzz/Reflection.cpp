@@ -1,17 +1,17 @@
 // Generic operations: sequences of any attribute, operation and arguments on objects and values of
 // every type. What is refused changes nothing; what is done changes counts as the operation says.
-#include "Zel/Reflect.h"
+#include "Zel/Types/Reflect.h"
 
 #include <array>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "Halvo/ModuleInspectData.h"
 #include "Target.h"
 #include "VelmorTcamEntryShadow.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "Zel/Error.h"
+#include "Zel/Base/Error.h"
+#include "Zel/Types/ModuleInspectData.h"
 
 namespace {
 

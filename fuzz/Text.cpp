@@ -15,10 +15,10 @@
 #include "Trelix.h"
 #include "VelmorTcamEntryShadow.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "Zel/Error.h"
-#include "Zel/Record.h"
-#include "Zel/Reflect.h"
-#include "Zel/Value.h"
+#include "Zel/Base/Error.h"
+#include "Zel/Types/Record.h"
+#include "Zel/Types/Reflect.h"
+#include "Zel/Types/Value.h"
 
 namespace {
 

@@ -5,10 +5,10 @@
 
 #include "Halvo/Duration.h"
 #include "Halvo/MemoryTracker.h"
-#include "Halvo/ModuleInspectData.h"
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
-#include "Halvo/RQueue.h"
 #include "Halvo/String.h"
 #include "Halvo/ThreadControl.h"
-#include "Halvo/Types.h"
+#include "Zel/Base/Types.h"
+#include "Zel/Collections/RQueue.h"
+#include "Zel/Types/ModuleInspectData.h"

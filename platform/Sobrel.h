@@ -7,8 +7,8 @@
 #include <cstddef>
 
 #include "Halvo/MemoryTracker.h"
-#include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
+#include "Zel/Base/Types.h"
 
 namespace Sobrel {
 

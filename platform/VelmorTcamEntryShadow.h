@@ -10,11 +10,11 @@
 #include "EntryShadow/Records.h"
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
-#include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
-#include "Zel/HashMap2018.h"
-#include "Zel/NodeType.h"
-#include "Zel/TypeModule.h"
+#include "Zel/Base/Types.h"
+#include "Zel/Collections/HashMap2018.h"
+#include "Zel/Types/NodeType.h"
+#include "Zel/Types/TypeModule.h"
 
 namespace VelmorTcam {
 

@@ -1,20 +1,21 @@
-// Zel: the type-model runtime. Formatting, tracing and log handles, collections, enumerations.
+// Zel: the type-model runtime. Formatting, tracing and log handles, collections, enumerations, type
+// descriptors and reflection.
 //
 // Threads: each part says for itself.
 #pragma once
 
-#include "Zel/Assert.h"
-#include "Zel/Attribute.h"
-#include "Zel/CharRange.h"
-#include "Zel/Enum8.h"
-#include "Zel/Error.h"
-#include "Zel/Format.h"
-#include "Zel/HashMap2018.h"
-#include "Zel/Log.h"
-#include "Zel/NodeType.h"
-#include "Zel/RbTreeMap.h"
-#include "Zel/Record.h"
-#include "Zel/Reflect.h"
-#include "Zel/Trace.h"
-#include "Zel/TypeModule.h"
-#include "Zel/Value.h"
+#include "Zel/Base/Assert.h"
+#include "Zel/Base/CharRange.h"
+#include "Zel/Base/Error.h"
+#include "Zel/Collections/HashMap2018.h"
+#include "Zel/Collections/RbTreeMap.h"
+#include "Zel/Format/Format.h"
+#include "Zel/Trace/Log.h"
+#include "Zel/Trace/Trace.h"
+#include "Zel/Types/Attribute.h"
+#include "Zel/Types/Enum8.h"
+#include "Zel/Types/NodeType.h"
+#include "Zel/Types/Record.h"
+#include "Zel/Types/Reflect.h"
+#include "Zel/Types/TypeModule.h"
+#include "Zel/Types/Value.h"

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <type_traits>
 
-#include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
+#include "Zel/Base/Types.h"
 
 namespace pravo {
 

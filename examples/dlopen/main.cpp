@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
-#include "Zel/Reflect.h"
+#include "Zel/Types/Reflect.h"
 
 int main() {
   void* const library = ::dlopen("libVelmorTcamCliHelper.so.1", RTLD_NOW | RTLD_LOCAL);

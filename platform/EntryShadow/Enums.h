@@ -5,10 +5,10 @@
 
 #include <span>
 
-#include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
-#include "Zel/Enum8.h"
-#include "Zel/TypeModule.h"
+#include "Zel/Base/Types.h"
+#include "Zel/Types/Enum8.h"
+#include "Zel/Types/TypeModule.h"
 
 namespace VelmorTcam {
 

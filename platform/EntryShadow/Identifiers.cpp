@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "Zel/Record.h"
+#include "Zel/Types/Record.h"
 
 namespace VelmorTcam {
 

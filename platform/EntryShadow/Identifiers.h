@@ -8,10 +8,10 @@
 #include <utility>
 
 #include "Halvo/String.h"
-#include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
-#include "Zel/CharRange.h"
-#include "Zel/TypeModule.h"
+#include "Zel/Base/CharRange.h"
+#include "Zel/Base/Types.h"
+#include "Zel/Types/TypeModule.h"
 
 namespace VelmorTcam {
 
@@ -56,7 +56,7 @@ class TcamGroupId {
 };
 
 /// The text forms: VelmorTcam::RequestKey{name="acl"}, VelmorTcam::RuleId{sequenceNum=10},
-/// VelmorTcam::TcamGroupId{number=3}. See Zel/Record.h.
+/// VelmorTcam::TcamGroupId{number=3}. See Zel/Types/Record.h.
 VELMOR_PLATFORM_API void valueToSequence(Halvo::String& out, const RequestKey& key);
 VELMOR_PLATFORM_API void valueToSequence(Halvo::String& out, const RuleId& rule);
 VELMOR_PLATFORM_API void valueToSequence(Halvo::String& out, const TcamGroupId& group);

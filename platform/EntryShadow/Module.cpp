@@ -2,10 +2,10 @@
 #include <array>
 #include <functional>
 
-#include "Halvo/ModuleInspectData.h"
 #include "VelmorTcamEntryShadow.h"
-#include "Zel/AttributeTable.h"
-#include "Zel/Enum8.h"
+#include "Zel/Types/AttributeTable.h"
+#include "Zel/Types/Enum8.h"
+#include "Zel/Types/ModuleInspectData.h"
 
 namespace VelmorTcam {
 

@@ -5,8 +5,8 @@
 #pragma once
 
 #include "EntryShadow/Enums.h"
-#include "Halvo/Types.h"
 #include "Trelix.h"
+#include "Zel/Base/Types.h"
 
 namespace VelmorTcam {
 

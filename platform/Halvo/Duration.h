@@ -8,7 +8,7 @@
 #include <compare>
 #include <limits>
 
-#include "Halvo/Types.h"
+#include "Zel/Base/Types.h"
 
 namespace Halvo {
 

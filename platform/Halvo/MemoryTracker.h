@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "Halvo/ThreadControl.h"
-#include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
+#include "Zel/Base/Types.h"
 
 namespace Halvo {
 

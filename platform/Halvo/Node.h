@@ -4,8 +4,8 @@
 #include <atomic>
 
 #include "Halvo/ThreadControl.h"
-#include "Halvo/Types.h"
 #include "VelmorPlatformExport.h"
+#include "Zel/Base/Types.h"
 
 namespace Zel {
 struct TypeDescriptor;

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "Zel/Assert.h"
+#include "Zel/Base/Assert.h"
 
 namespace Halvo {
 

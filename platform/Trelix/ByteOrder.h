@@ -5,7 +5,7 @@
 
 #include <bit>
 
-#include "Halvo/Types.h"
+#include "Zel/Base/Types.h"
 
 namespace Trelix {
 

@@ -13,10 +13,10 @@
 #include <string_view>
 
 #include "Halvo/String.h"
-#include "Halvo/Types.h"
 #include "Trelix/ByteOrder.h"
 #include "VelmorPlatformExport.h"
-#include "Zel/Assert.h"
+#include "Zel/Base/Assert.h"
+#include "Zel/Base/Types.h"
 
 namespace Trelix {
 

@@ -13,9 +13,9 @@
 #include <string_view>
 
 #include "Halvo/String.h"
-#include "Halvo/Types.h"
 #include "Trelix/ByteOrder.h"
 #include "VelmorPlatformExport.h"
+#include "Zel/Base/Types.h"
 
 namespace Trelix {
 

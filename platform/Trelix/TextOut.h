@@ -11,8 +11,8 @@
 
 #include "Halvo/String.h"
 #include "Trelix/ByteOrder.h"
-#include "Zel/Error.h"
-#include "Zel/LineText.h"
+#include "Zel/Base/Error.h"
+#include "Zel/Format/LineText.h"
 
 namespace Trelix {
 

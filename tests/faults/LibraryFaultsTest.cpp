@@ -10,9 +10,9 @@
 #include "EveryFault.h"
 #include "Sink.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
-#include "Zel/Log.h"
-#include "Zel/Record.h"
-#include "Zel/Trace.h"
+#include "Zel/Trace/Log.h"
+#include "Zel/Trace/Trace.h"
+#include "Zel/Types/Record.h"
 
 namespace VelmorTcam {
 namespace {

@@ -7,7 +7,7 @@
 
 #include "EveryFault.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "Zel/Reflect.h"
+#include "Zel/Types/Reflect.h"
 
 namespace VelmorTcam {
 namespace {

@@ -9,7 +9,7 @@
 #include "ShadowFixture.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
 #include "VirtualSlots.h"
-#include "Zel/Trace.h"
+#include "Zel/Trace/Trace.h"
 
 namespace VelmorTcam {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "Zel/Error.h"
+#include "Zel/Base/Error.h"
 
 namespace VelmorTcam {
 namespace {

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "ShadowFixture.h"
-#include "Zel/Log.h"
-#include "Zel/Trace.h"
+#include "Zel/Trace/Log.h"
+#include "Zel/Trace/Trace.h"
 
 namespace VelmorTcam {
 namespace {

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "Halvo/ModuleInspectData.h"
-#include "Zel/Log.h"
-#include "Zel/TypeModule.h"
+#include "Zel/Trace/Log.h"
+#include "Zel/Types/ModuleInspectData.h"
+#include "Zel/Types/TypeModule.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include "LoadPlugin.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "Zel/Format.h"
-#include "Zel/Trace.h"
+#include "Zel/Format/Format.h"
+#include "Zel/Trace/Trace.h"
 
 namespace {
 

@@ -3,12 +3,12 @@
 #include <string_view>
 
 #include "Halvo/MemoryTracker.h"
-#include "Halvo/ModuleInspectData.h"
 #include "LoadPlugin.h"
 #include "Sobrel.h"
-#include "Zel/Log.h"
-#include "Zel/Reflect.h"
-#include "Zel/Trace.h"
+#include "Zel/Trace/Log.h"
+#include "Zel/Trace/Trace.h"
+#include "Zel/Types/ModuleInspectData.h"
+#include "Zel/Types/Reflect.h"
 
 extern "C" void platformProbe(std::string* text) {
   for (auto* module = Halvo::ModuleInspectData::first(); module; module = module->next()) {

@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
-#include "Halvo/ModuleInspectData.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "Zel/Error.h"
-#include "Zel/Reflect.h"
+#include "Zel/Base/Error.h"
+#include "Zel/Types/ModuleInspectData.h"
+#include "Zel/Types/Reflect.h"
 
 namespace velmortest {
 

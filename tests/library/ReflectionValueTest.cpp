@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "ReflectionFixture.h"
-#include "Zel/Record.h"
+#include "Zel/Types/Record.h"
 
 namespace VelmorTcam {
 namespace {

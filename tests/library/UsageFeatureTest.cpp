@@ -11,7 +11,7 @@
 #include "DestroyedFlags.h"
 #include "Random.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "Zel/Record.h"
+#include "Zel/Types/Record.h"
 
 namespace VelmorTcam {
 namespace {

@@ -1,4 +1,4 @@
-#include "Zel/Enum8.h"
+#include "Zel/Types/Enum8.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "WhatOf.h"
-#include "Zel/Error.h"
+#include "Zel/Base/Error.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string>
 
 #include "FormatOracle.h"
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "FormatOracle.h"
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 namespace {
 

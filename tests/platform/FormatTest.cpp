@@ -1,4 +1,4 @@
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 #include <gtest/gtest.h>
 

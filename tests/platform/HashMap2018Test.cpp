@@ -1,4 +1,4 @@
-#include "Zel/HashMap2018.h"
+#include "Zel/Collections/HashMap2018.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Three descriptors that no code refers to: what a build must keep. Built by LogSectionCheck.cmake.
-#include "Zel/Log.h"
+#include "Zel/Trace/Log.h"
 
 ZEL_LOG_DESCRIPTORS(messages, {"FIRST", "first %s", "The first.", "\x01", 3},
                     {"SECOND", "second %s", "The second.", "\x02", 6});

@@ -1,4 +1,4 @@
-#include "Zel/Log.h"
+#include "Zel/Trace/Log.h"
 
 #include <elf.h>
 #include <gtest/gtest.h>

@@ -11,7 +11,7 @@
 #include "Halvo/MemoryTracker.h"
 #include "Halvo/Ptr.h"
 #include "Sobrel.h"
-#include "Zel/NodeType.h"
+#include "Zel/Types/NodeType.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "Halvo/RQueue.h"
+#include "Zel/Collections/RQueue.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "Zel/RbTreeMap.h"
+#include "Zel/Collections/RbTreeMap.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // The record notation.
-#include "Zel/Record.h"
+#include "Zel/Types/Record.h"
 
 #include <gtest/gtest.h>
 

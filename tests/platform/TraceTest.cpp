@@ -1,4 +1,4 @@
-#include "Zel/Trace.h"
+#include "Zel/Trace/Trace.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -11,7 +11,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "Zel/Error.h"
+#include "Zel/Base/Error.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Values of types that a program describes by itself, and of the basic types.
-#include "Zel/Value.h"
+#include "Zel/Types/Value.h"
 
 #include <gtest/gtest.h>
 
@@ -8,10 +8,10 @@
 #include <utility>
 
 #include "WhatOf.h"
-#include "Zel/AttributeTable.h"
-#include "Zel/Error.h"
-#include "Zel/Record.h"
-#include "Zel/Reflect.h"
+#include "Zel/Base/Error.h"
+#include "Zel/Types/AttributeTable.h"
+#include "Zel/Types/Record.h"
+#include "Zel/Types/Reflect.h"
 
 namespace paint {
 

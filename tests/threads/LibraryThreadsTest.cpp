@@ -6,8 +6,8 @@
 #include "../library/ShadowFixture.h"
 #include "Threads.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
-#include "Zel/Reflect.h"
-#include "Zel/Trace.h"
+#include "Zel/Trace/Trace.h"
+#include "Zel/Types/Reflect.h"
 
 namespace VelmorTcam {
 namespace {

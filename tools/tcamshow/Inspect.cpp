@@ -5,9 +5,9 @@
 #include <string_view>
 
 #include "BuildUsage.h"
-#include "Halvo/ModuleInspectData.h"
-#include "Zel/Format.h"
-#include "Zel/Reflect.h"
+#include "Zel/Format/Format.h"
+#include "Zel/Types/ModuleInspectData.h"
+#include "Zel/Types/Reflect.h"
 
 namespace tcamshow {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 namespace tcamshow {
 

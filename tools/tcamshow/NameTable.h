@@ -9,7 +9,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "Zel/Assert.h"
+#include "Zel/Base/Assert.h"
 
 namespace tcamshow {
 

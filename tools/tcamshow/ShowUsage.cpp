@@ -1,7 +1,7 @@
 #include "ShowUsage.h"
 
 #include "BuildUsage.h"
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 namespace tcamshow {
 

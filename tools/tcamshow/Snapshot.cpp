@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "NameTable.h"
-#include "Zel/Assert.h"
+#include "Zel/Base/Assert.h"
 
 namespace tcamshow {
 namespace {

@@ -11,7 +11,7 @@
 #include "Complain.h"
 #include "InputError.h"
 #include "OutputBuffer.h"
-#include "Zel/Trace.h"
+#include "Zel/Trace/Trace.h"
 
 namespace tcamshow {
 namespace {

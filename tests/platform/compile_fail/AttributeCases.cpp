@@ -1,6 +1,6 @@
 // One table of attributes that must not compile for each CASE and, with RIGHT, its nearest that
 // must.
-#include "Zel/AttributeTable.h"
+#include "Zel/Types/AttributeTable.h"
 
 #ifdef RIGHT
 #define WRONG_OR_RIGHT(wrong, right) right

@@ -1,7 +1,7 @@
 // One format that must not compile for each CASE and, with RIGHT, its nearest that must.
 #include <string>
 
-#include "Zel/Format.h"
+#include "Zel/Format/Format.h"
 
 enum class Scoped { one };
 enum Plain { one };

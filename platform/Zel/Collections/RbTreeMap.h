@@ -1,0 +1,542 @@
+// RbTreeMap and RbTreeSet: the ordered collections.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <iterator>
+#include <new>
+#include <type_traits>
+#include <utility>
+
+#include "Sobrel.h"
+#include "Zel/Base/Types.h"
+#include "Zel/Collections/RbTree.h"
+
+namespace Zel {
+
+namespace impl {
+
+/// What map and set share. `Element` holds the key as `key`.
+template <class K, class Element, class Tag, class Less>
+class RbTreeOf {
+  using Order = RbTreeOrder<K, Less>;
+
+  template <bool isConst>
+  class BasicIterator;
+
+ public:
+  using Key = K;
+  using iterator = BasicIterator<false>;
+  using const_iterator = BasicIterator<true>;
+
+  RbTreeOf(const RbTreeOf&) = delete;
+  RbTreeOf& operator=(const RbTreeOf&) = delete;
+
+  U32 size() const noexcept { return tree_.size(); }
+  bool empty() const noexcept { return size() == 0; }
+  /// Starts at 1; goes up by 2 with each removal of an element and each clear(), that of an empty
+  /// collection also. Insertions leave it alone.
+  U32 generation() const noexcept { return tree_.generation(); }
+  bool has(const K& key) const noexcept { return found(key) != nullptr; }
+  /// Bytes of all memory but the collection's own 32 and what the elements own, as asked for of
+  /// the allocator.
+  std::size_t memoryBytes() const noexcept { return tree_.blockBytes() + size() * sizeof(Element); }
+
+  /// Removes the element of the key; false when there is none.
+  bool del(const K& key) {
+    Holder const gone(unlinked(probeFor(key)));
+    return gone.element != nullptr;
+  }
+  /// Removes what the iterator means. If an element was removed since the iterator was made or
+  /// last stepped, that is the key it last held, be that removed and added anew, or passed on the
+  /// way to the end; else the element under it, and nothing at the end. False when nothing was
+  /// removed. The iterator's `++` then goes to the element behind.
+  bool del(const iterator& at) {
+    if (!at.isHeld_ || (at.element_ == nullptr && at.generation_ == generation())) return false;
+    Holder const gone(unlinked(at.heldProbe()));
+    return gone.element != nullptr;
+  }
+  /// Removes all.
+  void clear() noexcept {
+    tree_.generationAdvance();
+    // Empty before the first element goes: a destructor may look at the collection.
+    RbTree old;
+    old.contentsSwap(tree_);
+    elementsDelete(old);
+  }
+
+  iterator begin() { return iterator(this, tree_.first()); }
+  iterator end() noexcept { return iterator(this); }
+  const_iterator begin() const { return const_iterator(this, tree_.first()); }
+  const_iterator end() const noexcept { return const_iterator(this); }
+  /// At the last element; end() where there is none.
+  iterator last() { return iterator(this, tree_.last()); }
+  const_iterator last() const { return const_iterator(this, tree_.last()); }
+  /// At the key; end() when it is not there.
+  iterator at(const K& key) { return iterator(this, positionOf(key)); }
+  const_iterator at(const K& key) const { return const_iterator(this, positionOf(key)); }
+  /// At the first element that is not less than the key.
+  iterator lowerBound(const K& key) { return iterator(this, tree_.lowerBound(probeFor(key))); }
+  const_iterator lowerBound(const K& key) const {
+    return const_iterator(this, tree_.lowerBound(probeFor(key)));
+  }
+  /// At the first element that is greater than the key.
+  iterator upperBound(const K& key) { return iterator(this, tree_.upperBound(probeFor(key))); }
+  const_iterator upperBound(const K& key) const {
+    return const_iterator(this, tree_.upperBound(probeFor(key)));
+  }
+
+  /// Whether the structure below is as it should be: for tests.
+  bool isSound() const noexcept { return tree_.isSound(Order::exact); }
+
+ protected:
+  RbTreeOf() noexcept = default;
+  RbTreeOf(RbTreeOf&& other) noexcept {
+    tree_.contentsSwap(other.tree_);
+    other.tree_.generationAdvance();
+  }
+  RbTreeOf& operator=(RbTreeOf&& other) noexcept {
+    if (this != &other) {
+      clear();
+      tree_.contentsSwap(other.tree_);
+      other.tree_.generationAdvance();
+    }
+    return *this;
+  }
+  ~RbTreeOf() { elementsDelete(tree_); }
+  void swap(RbTreeOf& other) noexcept {
+    tree_.contentsSwap(other.tree_);
+    tree_.generationAdvance();
+    other.tree_.generationAdvance();
+  }
+
+  // Deletes an element at the end of its scope: when it goes the tree is whole, and without it.
+  struct Holder {
+    explicit Holder(Element* held) noexcept : element(held) {}
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+    ~Holder() {
+      if (element != nullptr) elementDelete(element);
+    }
+    Element* element;
+  };
+
+  RbTreeProbe probeFor(const K& key) const noexcept {
+    if constexpr (Order::exact) {
+      return {Order::hint(key), nullptr, nullptr, 0};
+    } else if constexpr (skips) {
+      U32 const skip = tree_.skip();
+      if (skip == 0) return {Order::hint(key), &key, order, Order::hintSize};
+      // A key that begins otherwise than the elements do is below all of them or above all.
+      const K& some = keyOf(tree_.anyElement());
+      if (Order::commonSize(key, some, skip) == skip) [[likely]] {
+        return {Order::hintBehind(key, skip), &key, order, skip + Order::hintSize};
+      }
+      return {Less{}(key, some) ? U64{0} : ~U64{0}, &key, order, 0};
+    } else {
+      return {Order::hint(key), &key, order, 0};
+    }
+  }
+  Element* found(const K& key) const noexcept {
+    if constexpr (Order::exact) {
+      return static_cast<Element*>(tree_.find(Order::hint(key)));
+    } else {
+      return static_cast<Element*>(tree_.find(probeFor(key)));
+    }
+  }
+  // The element of the key and false; where there was none, a new one made by `make`, and true.
+  template <class Make>
+  std::pair<Element*, bool> elementFor(const K& key, Make make) {
+    RbTree::Path path;
+    RbTreeProbe probe = probeFor(key);
+    if constexpr (skips) {
+      if (probe.told == 0) [[unlikely]] {
+        skipLimit(key);
+        probe = probeFor(key);
+      }
+    }
+    if (void* const present = tree_.locate(probe, path)) {
+      return {static_cast<Element*>(present), false};
+    }
+    void* const memory = Sobrel::trackedAlloc(Tag::memAllocationTracker_, sizeof(Element));
+    Element* element = nullptr;
+    try {
+      element = make(memory);
+      tree_.insertAt(path, probe.hint, element);
+    } catch (...) {
+      if (element != nullptr) {
+        elementDelete(element);
+      } else {
+        Sobrel::trackedFree(Tag::memAllocationTracker_, memory, sizeof(Element));
+      }
+      throw;
+    }
+    if constexpr (skips) {
+      if (tree_.mayGrowSkip()) skipGrow();
+    }
+    return {element, true};
+  }
+  Element* unlinked(const RbTreeProbe& probe) noexcept {
+    RbTree::Path path;
+    void* const element = tree_.locate(probe, path);
+    if (element == nullptr) return nullptr;
+    tree_.removeAt(path, Order::exact);
+    tree_.generationAdvance();
+    return static_cast<Element*>(element);
+  }
+  // The element under the iterator, or that of the key it holds should it be stale; null at the
+  // end.
+  Element* unlinked(const iterator& at) noexcept {
+    return at.element_ == nullptr ? nullptr : unlinked(at.heldProbe());
+  }
+
+ private:
+  // Whether hints may leave out what all keys begin with.
+  static constexpr bool skips = !Order::exact && requires(const K& key) {
+    Order::hintBehind(key, U32{});
+  };
+
+  static const K& keyOf(const void* element) noexcept {
+    return static_cast<const Element*>(element)->key;
+  }
+  static U64 hintOf(const void* element, U32 skip) noexcept {
+    return Order::hintBehind(keyOf(element), skip);
+  }
+  // Before a key is added that begins otherwise than the others: the hints leave out no more than
+  // it has in common with them.
+  void skipLimit(const K& key) noexcept {
+    U32 const skip = tree_.skip();
+    U32 const common = Order::commonSize(key, keyOf(tree_.anyElement()), skip);
+    // At most half: few such steps lead to nothing left out.
+    tree_.rehint((common < skip / 2 ? common : skip / 2) & ~7U, hintOf);
+  }
+  void skipGrow() noexcept {
+    RbTree::Position const last = tree_.last();
+    U32 const common =
+        Order::commonSize(keyOf(tree_.first().leaf->elements()[0]),
+                          keyOf(last.leaf->elements()[last.index]), RbTree::maxSkip) &
+        ~7U;
+    if (common > tree_.skip()) tree_.rehint(common, hintOf);
+  }
+  // Called for keys of equal hints alone.
+  static int order(const void* element, const RbTreeProbe& probe) {
+    const K& a = keyOf(element);
+    const K& b = *static_cast<const K*>(probe.key);
+    if constexpr (skips) {
+      return Order::orderBehind(a, b, probe.told);
+    } else {
+      return Less{}(a, b) ? -1 : static_cast<int>(Less{}(b, a));
+    }
+  }
+  RbTree::Position positionOf(const K& key) const noexcept {
+    return tree_.positionOf(probeFor(key));
+  }
+  static void elementDelete(Element* element) noexcept {
+    element->~Element();
+    Sobrel::trackedFree(Tag::memAllocationTracker_, element, sizeof(Element));
+  }
+  static void elementsDelete(RbTree& tree) noexcept {
+    for (RbTreeLeaf* leaf = tree.first().leaf; leaf != nullptr; leaf = leaf->next) {
+      for (U32 i = 0; i < leaf->count; ++i)
+        elementDelete(static_cast<Element*>(leaf->elements()[i]));
+    }
+    tree.blocksFree();
+  }
+
+  RbTree tree_;
+};
+
+/// Stands at an element, or at the end. See the collections for what it withstands.
+template <class K, class Element, class Tag, class Less>
+template <bool isConst>
+class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
+  using Owner = std::conditional_t<isConst, const RbTreeOf, RbTreeOf>;
+  // What an iterator that outlives its element goes by: the hint where that is the whole key, else
+  // a copy of the key. One that cannot remove keeps no copy.
+  static constexpr bool copiesKey = !Order::exact && !isConst;
+  struct Nothing {};
+  using Held = std::conditional_t<Order::exact, U64, std::conditional_t<copiesKey, K, Nothing>>;
+
+ public:
+  using iterator_category = std::forward_iterator_tag;
+  using difference_type = std::ptrdiff_t;
+  using value_type = std::remove_cvref_t<typename Element::template Item<isConst>>;
+  using reference = typename Element::template Item<isConst>;
+  using pointer = void;
+
+  BasicIterator() noexcept = default;
+  template <bool otherIsConst>
+  requires(isConst && !otherIsConst) BasicIterator(const BasicIterator<otherIsConst>& other)
+      : owner_(other.owner_),
+        leaf_(other.leaf_),
+        place_(other.place_),
+        last_(other.last_),
+        element_(other.element_),
+        version_(other.version_),
+        generation_(other.generation_),
+        isHeld_(other.isHeld_) {
+    if constexpr (Order::exact) held_ = other.held_;
+  }
+
+  /// The key of the element, in place.
+  const K& key() const noexcept { return element_->key; }
+  /// Maps only: the value of the element, in place.
+  auto& value() const noexcept requires requires(Element& e) { e.value; }
+  {
+    if constexpr (isConst) {
+      return std::as_const(element_->value);
+    } else {
+      return element_->value;
+    }
+  }
+  reference operator*() const noexcept { return element_->template item<isConst>(); }
+  /// The generation at which the iterator was made or last stepped.
+  U32 generation() const noexcept { return generation_; }
+
+  /// A step that throws, as a key's copy may, leaves the iterator where it is; provided that a copy
+  /// assignment of a key which throws leaves the key.
+  BasicIterator& operator++() {
+    if (place_ != last_ && isFresh()) [[likely]] {
+      void** const next = place_ + 1;
+      element_ = held(leaf_, next, last_);
+      place_ = next;
+    } else if (element_ == nullptr) {
+      return *this;
+    } else if (isFresh()) {
+      standAt({leaf_->next, 0});
+    } else {
+      resume();
+    }
+    return *this;
+  }
+  BasicIterator operator++(int) {
+    BasicIterator const before(*this);
+    ++*this;
+    return before;
+  }
+  /// Both must be iterators of one collection; at the end, or at one element.
+  friend bool operator==(const BasicIterator& a, const BasicIterator& b) noexcept {
+    return a.element_ == b.element_;
+  }
+
+ private:
+  friend RbTreeOf;
+  friend BasicIterator<true>;
+  explicit BasicIterator(Owner* owner) noexcept
+      : owner_(owner), version_(owner->tree_.version()), generation_(owner->generation()) {}
+  BasicIterator(Owner* owner, RbTree::Position at)
+      : owner_(owner),
+        version_(owner->tree_.version()),
+        generation_(owner->generation()),
+        isHeld_(at.leaf != nullptr) {
+    standAt(at);
+  }
+
+  bool isFresh() const noexcept { return version_ == owner_->tree_.version(); }
+  // The element at a place of a leaf, from now on the one that the iterator goes by. May throw, as
+  // a key's copy may; all else that a step changes is therefore changed after it.
+  Element* held(RbTreeLeaf* leaf, void** place, void** last) {
+    auto* const element = static_cast<Element*>(*place);
+    // Elements lie anywhere in memory.
+    if (last - place >= ahead) __builtin_prefetch(place[ahead]);
+    if constexpr (Order::exact) held_ = leaf->hintAt(place);
+    if constexpr (copiesKey) held_ = element->key;
+    return element;
+  }
+  void standAt(RbTree::Position at) {
+    void** place = nullptr;
+    void** last = nullptr;
+    Element* element = nullptr;
+    if (at.leaf != nullptr) {
+      place = at.leaf->elements() + at.index;
+      last = at.leaf->elements() + at.leaf->count - 1;
+      element = held(at.leaf, place, last);
+    }
+    leaf_ = at.leaf;
+    place_ = place;
+    last_ = last;
+    element_ = element;
+  }
+  RbTreeProbe heldProbe() const noexcept {
+    if constexpr (Order::exact) {
+      return {held_, nullptr, nullptr, 0};
+    } else if constexpr (copiesKey) {
+      return owner_->probeFor(held_);
+    } else {
+      return owner_->probeFor(element_->key);
+    }
+  }
+  // `++` after the tree has changed.
+  [[gnu::always_inline]] void resume() {
+    RbTree::Position at;
+    // Without a key of its own the iterator needs its element, which may be gone.
+    if (Order::exact || copiesKey || generation_ == owner_->generation()) {
+      at = owner_->tree_.upperBound(heldProbe());
+    }
+    standAt(at);
+    version_ = owner_->tree_.version();
+    generation_ = owner_->generation();
+  }
+
+  static constexpr std::ptrdiff_t ahead = 6;
+
+  Owner* owner_ = nullptr;
+  // Where the element stands and its leaf ends, good while the tree stays as it is. All null at the
+  // end.
+  RbTreeLeaf* leaf_ = nullptr;
+  void** place_ = nullptr;
+  void** last_ = nullptr;
+  Element* element_ = nullptr;
+  U32 version_ = 0;
+  U32 generation_ = 0;
+  bool isHeld_ = false;  // whether it ever stood at an element
+  [[no_unique_address]] Held held_{};
+};
+
+template <class K, class V>
+struct RbTreeMapElement {
+  template <bool isConst>
+  struct Item {
+    const K& key;
+    std::conditional_t<isConst, const V, V>& value;
+  };
+  template <bool isConst>
+  Item<isConst> item() noexcept {
+    return {key, value};
+  }
+  const K key;
+  V value;
+};
+
+template <class K>
+struct RbTreeSetElement {
+  template <bool isConst>
+  using Item = const K&;
+  template <bool isConst>
+  const K& item() noexcept {
+    return key;
+  }
+  const K key;
+};
+
+}  // namespace impl
+
+/// A map from K to V in ascending order of the keys.
+///
+/// Invariant: each key is in the map once. Elements never move: a pointer or reference to a key or
+/// value stays valid until its element is removed, whatever else is added or removed. The map
+/// itself takes 32 bytes, and allocates nothing while it is empty.
+///
+/// An iterator withstands every change. It gives key() and value() as long as its own element is in
+/// the map; `++` always goes to the first element behind the key that it last held; del() says what
+/// it removes. (Two limits: a const_iterator whose keys are not wholly told by RbTreeOrder's hint
+/// ends its walk once an element was removed; and an iterator must not be used once its map has
+/// been moved from, swapped or destroyed.)
+///
+/// `Tag` names the elements for memory accounting: its static
+/// `Zel::AllocationTracker memAllocationTracker_` counts them. What an insertion throws (memory, a
+/// copy that throws) leaves the map as it was.
+///
+/// Threads: one at a time; any number may read a map that nobody changes. Trees of distinct threads
+/// that share a Tag share its tracker: Halvo::ThreadControl's switch must be on then.
+///
+///     Zel::RbTreeMap<U32, Halvo::Ptr<Group>, HN_Group> groups;
+///     groups.insert(7, Halvo::makePtr<Group>(7));
+///     for (auto [id, group] : groups) group->print();
+///     Halvo::Ptr<Group> removed = groups.take(7);
+template <class K, class V, class Tag, class Less = std::less<K>>
+class RbTreeMap : public impl::RbTreeOf<K, impl::RbTreeMapElement<K, V>, Tag, Less> {
+  using Element = impl::RbTreeMapElement<K, V>;
+  using Base = impl::RbTreeOf<K, Element, Tag, Less>;
+
+ public:
+  using Value = V;
+  using typename Base::iterator;
+
+  RbTreeMap() noexcept = default;
+  RbTreeMap(RbTreeMap&&) noexcept = default;
+  RbTreeMap& operator=(RbTreeMap&&) noexcept = default;
+  void swap(RbTreeMap& other) noexcept { Base::swap(other); }
+
+  /// The value of `key`, null when the map has none.
+  V* find(const K& key) noexcept { return valueOf(this->found(key)); }
+  const V* find(const K& key) const noexcept { return valueOf(this->found(key)); }
+  /// A copy of the value of `key`; V{} when the map has none.
+  V get(const K& key) const {
+    Element* const element = this->found(key);
+    if (element == nullptr) return V{};
+    return element->value;
+  }
+
+  /// Adds the element unless the key is there; then the present value stays and `value` is dropped.
+  /// Gives the value that the map now holds and whether it is the new one.
+  std::pair<V*, bool> insert(const K& key, V value) {
+    auto const [element, isNew] = this->elementFor(key, [&](void* memory) {
+      return new (memory) Element{key, std::move(value)};
+    });
+    return {&element->value, isNew};
+  }
+  /// The value of `key`, which is added with a default value when it is not there.
+  V& getOrCreate(const K& key) {
+    return this->elementFor(key,
+                            [&](void* memory) {
+                              return new (memory) Element{key, V{}};
+                            })
+        .first->value;
+  }
+  /// The value of `key`, which is added with what `make()` returns when it is not there. `make`
+  /// must not change the map.
+  template <class Make>
+  V& getOrMake(const K& key, Make make) {
+    return this->elementFor(key,
+                            [&](void* memory) {
+                              return new (memory) Element{key, make()};
+                            })
+        .first->value;
+  }
+
+  /// Removes the element of the key and gives its value; V{} when there is none.
+  V take(const K& key) { return valueTaken(this->unlinked(this->probeFor(key))); }
+  /// Removes the element under the iterator, or that of the key it last held should an element
+  /// have been removed since, and gives its value; V{} when there is none, and at the end.
+  V take(const iterator& at) { return valueTaken(this->unlinked(at)); }
+
+ private:
+  static V* valueOf(Element* element) noexcept {
+    return element == nullptr ? nullptr : &element->value;
+  }
+  static V valueTaken(Element* element) {
+    typename Base::Holder const gone(element);
+    if (element == nullptr) return V{};
+    return std::move(element->value);
+  }
+};
+
+/// A set of K in ascending order. All that RbTreeMap says holds for it too, of elements that are
+/// their own keys.
+template <class K, class Tag, class Less = std::less<K>>
+class RbTreeSet : public impl::RbTreeOf<K, impl::RbTreeSetElement<K>, Tag, Less> {
+  using Element = impl::RbTreeSetElement<K>;
+  using Base = impl::RbTreeOf<K, Element, Tag, Less>;
+
+ public:
+  RbTreeSet() noexcept = default;
+  RbTreeSet(RbTreeSet&&) noexcept = default;
+  RbTreeSet& operator=(RbTreeSet&&) noexcept = default;
+  void swap(RbTreeSet& other) noexcept { Base::swap(other); }
+
+  /// The element that is equal to `key`, null when the set has none.
+  const K* find(const K& key) const noexcept {
+    Element* const element = this->found(key);
+    return element == nullptr ? nullptr : &element->key;
+  }
+  /// Adds a copy of the element unless an equal one is there, which then stays as it is. Gives the
+  /// one that the set now holds and whether it is the new one.
+  std::pair<const K*, bool> insert(const K& key) {
+    auto const [element, isNew] =
+        this->elementFor(key, [&](void* memory) { return new (memory) Element{key}; });
+    return {&element->key, isNew};
+  }
+};
+
+}  // namespace Zel
