@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-#include "JsonText.h"
-#include "LineReader.h"
-#include "SnapshotReader.h"
-#include "SnapshotWriter.h"
+#include "io/JsonText.h"
+#include "io/LineReader.h"
+#include "snapshot/SnapshotReader.h"
+#include "snapshot/SnapshotWriter.h"
 
 namespace tcamshow {
 namespace {

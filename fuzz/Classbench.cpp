@@ -4,13 +4,13 @@
 #include <string>
 #include <string_view>
 
-#include "ImportClassbench.h"
-#include "InputError.h"
-#include "LineReader.h"
 #include "MemoryFile.h"
-#include "OutputBuffer.h"
 #include "Snapshots.h"
 #include "Target.h"
+#include "io/InputError.h"
+#include "io/LineReader.h"
+#include "io/OutputBuffer.h"
+#include "sources/ImportClassbench.h"
 
 FUZZ_TARGET(classbench) {
   std::string_view const text = in.rest();

@@ -4,13 +4,13 @@
 #include <string_view>
 #include <vector>
 
-#include "ImportOpenconfig.h"
-#include "InputError.h"
-#include "LineReader.h"
 #include "MemoryFile.h"
-#include "OutputBuffer.h"
 #include "Snapshots.h"
 #include "Target.h"
+#include "io/InputError.h"
+#include "io/LineReader.h"
+#include "io/OutputBuffer.h"
+#include "sources/ImportOpenconfig.h"
 
 FUZZ_TARGET(openconfig) {
   std::string_view const text = in.rest();

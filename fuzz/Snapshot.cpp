@@ -3,15 +3,15 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "InputError.h"
-#include "Inspect.h"
-#include "LineReader.h"
 #include "MemoryFile.h"
-#include "OutputBuffer.h"
-#include "ShowTable.h"
-#include "ShowUsage.h"
 #include "Snapshots.h"
 #include "Target.h"
+#include "io/InputError.h"
+#include "io/LineReader.h"
+#include "io/OutputBuffer.h"
+#include "views/Inspect.h"
+#include "views/ShowTable.h"
+#include "views/ShowUsage.h"
 
 namespace {
 

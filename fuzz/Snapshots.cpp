@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "LineReader.h"
 #include "MemoryFile.h"
-#include "SnapshotReader.h"
-#include "SnapshotWriter.h"
 #include "Target.h"
+#include "io/LineReader.h"
+#include "snapshot/SnapshotReader.h"
+#include "snapshot/SnapshotWriter.h"
 
 namespace velmorfuzz {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "InputError.h"
+#include "io/InputError.h"
 
 namespace velmorfuzz {
 

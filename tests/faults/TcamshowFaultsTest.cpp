@@ -7,15 +7,15 @@
 
 #include "../tcamshow/TemporaryFile.h"
 #include "EveryFault.h"
-#include "ImportClassbench.h"
-#include "ImportOpenconfig.h"
-#include "InputError.h"
-#include "Inspect.h"
-#include "LineReader.h"
-#include "OutputBuffer.h"
-#include "ShowTable.h"
-#include "ShowUsage.h"
 #include "Sink.h"
+#include "io/InputError.h"
+#include "io/LineReader.h"
+#include "io/OutputBuffer.h"
+#include "sources/ImportClassbench.h"
+#include "sources/ImportOpenconfig.h"
+#include "views/Inspect.h"
+#include "views/ShowTable.h"
+#include "views/ShowUsage.h"
 
 namespace tcamshow {
 namespace {

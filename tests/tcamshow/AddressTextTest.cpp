@@ -1,4 +1,4 @@
-#include "AddressText.h"
+#include "snapshot/AddressText.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "ImportOpenconfig.h"
+#include "sources/ImportOpenconfig.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <string>
 
 #include "Process.h"
-#include "SnapshotReader.h"
 #include "TemporaryFile.h"
+#include "snapshot/SnapshotReader.h"
 
 namespace tcamshow {
 namespace {

@@ -1,4 +1,4 @@
-#include "JsonSyntax.h"
+#include "snapshot/JsonSyntax.h"
 
 #include <gtest/gtest.h>
 

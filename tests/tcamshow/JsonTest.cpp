@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "JsonPrinter.h"
-#include "OutputBuffer.h"
 #include "Process.h"
 #include "TemporaryFile.h"
+#include "io/OutputBuffer.h"
+#include "views/JsonPrinter.h"
 
 namespace tcamshow {
 namespace {

@@ -1,4 +1,4 @@
-#include "OutputBuffer.h"
+#include "io/OutputBuffer.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@
 #include <string>
 #include <thread>
 
-#include "InputError.h"
-#include "JsonText.h"
+#include "io/InputError.h"
+#include "io/JsonText.h"
 
 namespace tcamshow {
 namespace {

@@ -1,4 +1,4 @@
-#include "SnapshotReader.h"
+#include "snapshot/SnapshotReader.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "InputError.h"
-#include "SnapshotWriter.h"
 #include "TemporaryFile.h"
+#include "io/InputError.h"
+#include "snapshot/SnapshotWriter.h"
 
 namespace tcamshow {
 namespace {

@@ -7,11 +7,11 @@
 #include <string>
 #include <string_view>
 
-#include "Command.h"
-#include "Complain.h"
-#include "InputError.h"
-#include "OutputBuffer.h"
 #include "Zel/Trace/Trace.h"
+#include "commands/Command.h"
+#include "io/Complain.h"
+#include "io/InputError.h"
+#include "io/OutputBuffer.h"
 
 namespace tcamshow {
 namespace {

@@ -1,0 +1,225 @@
+#include "snapshot/JsonSyntax.h"
+
+#include <charconv>
+#include <cstdint>
+#include <vector>
+
+namespace tcamshow {
+namespace {
+
+/// The bytes of the UTF-8 character at the front; 0 when it is none.
+std::size_t characterSize(std::string_view text) noexcept {
+  auto const byte = [&](std::size_t i) {
+    return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+  };
+  auto const follow = [&](std::size_t count) {
+    for (std::size_t i = 1; i <= count; ++i) {
+      if ((byte(i) & 0xC0) != 0x80) return false;
+    }
+    return true;
+  };
+  unsigned const lead = byte(0);
+  if (lead < 0x80) return 1;
+  if (lead >= 0xC2 && lead < 0xE0) return follow(1) ? 2 : 0;
+  if (lead >= 0xE0 && lead < 0xF0) {
+    bool const isOverlong = lead == 0xE0 && byte(1) < 0xA0;
+    bool const isSurrogate = lead == 0xED && byte(1) >= 0xA0;
+    return follow(2) && !isOverlong && !isSurrogate ? 3 : 0;
+  }
+  bool const isOutside = lead < 0xF0 || lead > 0xF4 || (lead == 0xF0 && byte(1) < 0x90) ||
+                         (lead == 0xF4 && byte(1) >= 0x90);
+  return follow(3) && !isOutside ? 4 : 0;
+}
+
+bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
+
+/// Reads a value from its beginning up to its first fault. Each part returns false at a fault, with
+/// `at_` on it.
+class Scanner {
+ public:
+  explicit Scanner(std::string_view text) : text_(text) {}
+
+  JsonFault fault() {
+    JsonFault found;
+    if (document()) return found;
+    found.byte = at_ + 1;
+    found.what = what();
+    for (const Level& level : levels_) {
+      if (!level.hasKey) continue;
+      if (found.hasMember) found.member += '.';
+      found.hasMember = true;
+      found.member += level.key;
+    }
+    return found;
+  }
+
+ private:
+  struct Level {
+    bool isObject;
+    bool hasKey = false;
+    std::string_view key = {};
+  };
+
+  std::string_view what() const noexcept {
+    if (!what_.empty()) return what_;
+    if (at_ == text_.size()) return "not valid JSON: the line does not end where the object does";
+    return characterSize(text_.substr(at_)) == 0 ? "not valid UTF-8" : "not valid JSON";
+  }
+
+  char front() const noexcept { return at_ < text_.size() ? text_[at_] : '\0'; }
+  bool skip(char c) noexcept {
+    if (at_ == text_.size() || text_[at_] != c) return false;
+    ++at_;
+    return true;
+  }
+  void skipSpace() noexcept {
+    while (front() == ' ' || front() == '\t' || front() == '\r' || front() == '\n') ++at_;
+  }
+
+  bool document() {
+    for (;;) {
+      bool isWhole = false;
+      if (!valueBegin(isWhole)) return false;
+      if (!isWhole) continue;
+      if (!valueEnd()) return false;
+      if (!levels_.empty()) continue;
+      if (at_ == text_.size()) return true;
+      what_ = "not valid JSON: something follows the object";
+      return false;
+    }
+  }
+
+  /// A value that is whole, or the opening of one with members or items up to its first value.
+  bool valueBegin(bool& isWhole) {
+    skipSpace();
+    isWhole = true;
+    switch (front()) {
+      case '{':
+      case '[': {
+        bool const isObject = front() == '{';
+        ++at_;
+        skipSpace();
+        if (skip(isObject ? '}' : ']')) return true;
+        levels_.push_back({.isObject = isObject});
+        isWhole = false;
+        return !isObject || key();
+      }
+      case '"':
+        return string();
+      case 't':
+        return word("true");
+      case 'f':
+        return word("false");
+      case 'n':
+        return word("null");
+      default:
+        return number();
+    }
+  }
+
+  /// What follows a value: the ends of those that it ends, and a comma.
+  bool valueEnd() {
+    for (skipSpace(); !levels_.empty(); skipSpace()) {
+      bool const isObject = levels_.back().isObject;
+      if (skip(',')) return !isObject || key();
+      if (!skip(isObject ? '}' : ']')) return false;
+      levels_.pop_back();
+    }
+    return true;
+  }
+
+  bool key() {
+    skipSpace();
+    std::size_t const from = at_ + 1;
+    if (front() != '"' || !string()) return false;
+    levels_.back().key = text_.substr(from, at_ - 1 - from);
+    levels_.back().hasKey = true;
+    skipSpace();
+    return skip(':');
+  }
+
+  bool string() {
+    std::size_t const opening = at_++;
+    while (at_ < text_.size()) {
+      if (skip('"')) return true;
+      if (static_cast<unsigned char>(front()) < 0x20) {
+        what_ = "not valid JSON: a control character stands in a string";
+        return false;
+      }
+      if (front() == '\\') {
+        if (!escape()) {
+          what_ = "not valid JSON: a bad escape stands in a string";
+          return false;
+        }
+        continue;
+      }
+      std::size_t const size = characterSize(text_.substr(at_));
+      if (size == 0) return false;
+      at_ += size;
+    }
+    at_ = opening;
+    what_ = "not valid JSON: a string does not end";
+    return false;
+  }
+
+  bool escape() {
+    std::string_view const rest = text_.substr(at_ + 1);
+    if (rest.empty()) {
+      ++at_;
+      return true;  // the string does not end, which is told as that
+    }
+    if (rest.front() != 'u') {
+      if (std::string_view("\"\\/bfnrt").find(rest.front()) == std::string_view::npos) return false;
+      at_ += 2;
+      return true;
+    }
+    std::uint32_t const high = unit(rest);
+    bool const isPair = (high & 0xFC00U) == 0xD800;
+    if (high == noUnit || (high & 0xFC00U) == 0xDC00) return false;
+    // The second half of a surrogate pair stands behind the first.
+    if (isPair && (rest.substr(5, 1) != "\\" || (unit(rest.substr(6)) & 0xFC00U) != 0xDC00)) {
+      return false;
+    }
+    at_ += isPair ? 12 : 6;
+    return true;
+  }
+  static constexpr std::uint32_t noUnit = 0x10000;
+  /// The number of `u` and four hexadecimal digits at the front; noUnit where they are not there.
+  static std::uint32_t unit(std::string_view text) noexcept {
+    std::uint32_t number = 0;
+    if (text.size() < 5 || text[0] != 'u') return noUnit;
+    char const* const end = text.data() + 5;
+    return std::from_chars(text.data() + 1, end, number, 16).ptr == end ? number : noUnit;
+  }
+
+  bool word(std::string_view expected) noexcept {
+    if (!text_.substr(at_).starts_with(expected)) return false;
+    at_ += expected.size();
+    return true;
+  }
+
+  bool digits() noexcept {
+    if (!isDigit(front())) return false;
+    while (isDigit(front())) ++at_;
+    return true;
+  }
+  bool number() noexcept {
+    skip('-');
+    if (!skip('0') && !digits()) return false;
+    if (skip('.') && !digits()) return false;
+    if (!skip('e') && !skip('E')) return true;
+    if (!skip('+')) skip('-');
+    return digits();
+  }
+
+  std::string_view text_;
+  std::string_view what_;  // where the place alone does not tell
+  std::size_t at_ = 0;
+  std::vector<Level> levels_;
+};
+
+}  // namespace
+
+JsonFault findJsonFault(std::string_view text) { return Scanner(text).fault(); }
+
+}  // namespace tcamshow

@@ -1,0 +1,180 @@
+// What a snapshot's lines hold, as plain values.
+#pragma once
+
+#include <array>
+#include <compare>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "VelmorTcamEntryShadow.h"
+#include "snapshot/AddressText.h"
+
+namespace tcamshow {
+
+enum class Stage : std::uint8_t {
+  lookup = VelmorTcam::stageTypeLookup,
+  ingress = VelmorTcam::stageTypeIngress,
+  egress = VelmorTcam::stageTypeEgress,
+};
+
+constexpr VelmorTcam::StageType stageType(Stage stage) noexcept {
+  return static_cast<VelmorTcam::StageType>(stage);
+}
+
+enum class Table : std::uint8_t { ip, ip6, mac, tcam };
+
+/// The status of what is programmed in hardware; every other value means absent.
+constexpr std::uint8_t statusProgrammed = VelmorTcam::hwQualStatusProgrammed;
+
+/// Where a group's copy stands. Ordered by stage, pipe, group priority, group id and copy id.
+struct Place {
+  Stage stage = Stage::ingress;
+  std::int16_t pipe = 0;
+  std::uint32_t groupPriority = 0;
+  std::uint32_t groupId = 0;
+  std::uint32_t copyId = 0;
+
+  friend auto operator<=>(const Place&, const Place&) = default;
+};
+
+struct Header {
+  std::uint8_t numPipes = 1;
+};
+
+/// One copy of a group. The name is a view into the reader's line, or into what the writer's caller
+/// keeps.
+struct GroupLine {
+  Place place;
+  std::string_view name;
+  std::uint32_t availableEntries = 0;
+  std::uint32_t freeEntries = 0;
+};
+
+/// What a qualifier's value and mask are.
+enum class QualifierKind : std::uint8_t {
+  word,  ///< a number
+  ip,    ///< an IPv4 address, kept as a number
+  ip6,
+  mac,
+};
+
+template <class Octets>
+struct AddressAndMask {
+  Octets value;
+  Octets mask;
+};
+
+struct Qualifier {
+  // Written out: the addresses are left as they are, for one kind in four fills them.
+  // NOLINTNEXTLINE(modernize-use-equals-default): that would clear them
+  Qualifier() noexcept {}
+
+  std::uint8_t type = 0;  ///< the number of the qualifier type
+  QualifierKind kind = QualifierKind::word;
+  std::uint8_t status = statusProgrammed;
+  /// Value and mask of the kinds word and ip; an address has its first octet in the high byte.
+  std::uint32_t value = 0;
+  std::uint32_t mask = 0;
+  /// Value and mask of the kinds ip6 and mac, in network order.
+  union {
+    AddressAndMask<Ip6Octets> ip6;
+    AddressAndMask<MacOctets> mac;
+  };
+};
+
+struct RangeChecker {
+  std::uint8_t type = 0;  ///< the number of the range checker type
+  std::int32_t low = 0;
+  std::int32_t high = 0;
+  std::uint8_t status = statusProgrammed;
+};
+
+/// One TCAM entry. Its texts are views, as GroupLine's; no qualifier type and no range checker type
+/// stands in it twice.
+struct EntryLine {
+  Place place;
+  Table table = Table::ip;
+  std::uint64_t shadowId = 0;
+  std::uint32_t sequence = 0;
+  std::uint32_t priority = 0;
+  std::string_view description;
+  std::string_view action;
+  std::uint64_t hits = 0;
+  std::uint8_t counterStatus = 0;
+  std::uint32_t featurePriority = 0;
+  std::string_view feature;
+  std::vector<Qualifier> qualifiers;
+  std::vector<RangeChecker> rangeCheckers;
+
+  /// Back to the defaults; the vectors keep their room.
+  void clear() {
+    qualifiers.clear();
+    rangeCheckers.clear();
+    place = Place();
+    table = Table::ip;
+    shadowId = hits = 0;
+    sequence = priority = featurePriority = 0;
+    counterStatus = 0;
+    description = action = feature = std::string_view();
+  }
+};
+
+struct QualifierName {
+  std::string_view name;
+  std::uint8_t type;
+  QualifierKind kind;
+  std::uint8_t index;  ///< the place in the list of names, from 0, below 32
+};
+
+struct RangeCheckerName {
+  std::string_view name;
+  std::uint8_t type;
+};
+
+/// Each returns null when nothing has that name or number.
+const QualifierName* qualifierByName(std::string_view name) noexcept;
+const QualifierName* qualifierByType(std::uint8_t type) noexcept;
+const RangeCheckerName* rangeCheckerByName(std::string_view name) noexcept;
+const RangeCheckerName* rangeCheckerByType(std::uint8_t type) noexcept;
+
+/// All of them, ascending by number.
+std::span<const QualifierName> qualifierList() noexcept;
+std::span<const RangeCheckerName> rangeCheckerList() noexcept;
+
+Halvo::String stageName(Stage stage);
+std::string_view tableName(Table table) noexcept;
+/// False, and the result untouched, when nothing has that name.
+bool stageByName(std::string_view name, Stage& stage) noexcept;
+bool tableByName(std::string_view name, Table& table) noexcept;
+
+/// A qualifier of the kind word or ip that is programmed.
+inline Qualifier wordQualifier(std::uint8_t type, std::uint32_t value, std::uint32_t mask,
+                               QualifierKind kind = QualifierKind::word) {
+  Qualifier qualifier;
+  qualifier.type = type;
+  qualifier.kind = kind;
+  qualifier.value = value;
+  qualifier.mask = mask;
+  return qualifier;
+}
+
+inline Qualifier ip6Qualifier(std::uint8_t type, const Ip6Octets& value, const Ip6Octets& mask) {
+  Qualifier qualifier;
+  qualifier.type = type;
+  qualifier.kind = QualifierKind::ip6;
+  qualifier.ip6 = {value, mask};
+  return qualifier;
+}
+
+inline Qualifier macQualifier(std::uint8_t type, const MacOctets& value, const MacOctets& mask) {
+  Qualifier qualifier;
+  qualifier.type = type;
+  qualifier.kind = QualifierKind::mac;
+  qualifier.mac = {value, mask};
+  return qualifier;
+}
+
+}  // namespace tcamshow

@@ -1,0 +1,50 @@
+// Ports and ICMP types and codes as an entry holds them.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+#include "snapshot/Snapshot.h"
+
+namespace tcamshow {
+
+constexpr std::uint32_t largestPort = 65535;
+constexpr std::uint32_t protocolIcmp = 1;
+constexpr std::uint32_t protocolTcp = 6;
+constexpr std::uint32_t protocolIcmp6 = 58;
+
+/// The ports from `low` to `high`, both included; low <= high <= 65535. `type` and `rangeType` say
+/// whether they are the source's or the destination's.
+///
+/// Every port is no match at all. What one value and mask can match takes a qualifier, every other
+/// range a range checker.
+inline void addPorts(EntryLine& entry, std::uint8_t type, std::uint8_t rangeType, std::uint32_t low,
+                     std::uint32_t high) {
+  std::uint32_t const size = high - low + 1;
+  if (size == largestPort + 1) return;
+  if (std::has_single_bit(size) && low % size == 0) {
+    entry.qualifiers.push_back(wordQualifier(type, low, largestPort & ~(size - 1)));
+    return;
+  }
+  RangeChecker range;
+  range.type = rangeType;
+  range.low = static_cast<std::int32_t>(low);
+  range.high = static_cast<std::int32_t>(high);
+  entry.rangeCheckers.push_back(range);
+}
+
+/// The ICMP type in the high byte of `value` and `mask` and the code in the low byte, each a match
+/// where its byte of the mask is not 0. The type rides in the source port, the code in the
+/// destination port.
+inline void addIcmp(EntryLine& entry, std::uint32_t value, std::uint32_t mask) {
+  if ((mask & 0xFF00) != 0) {
+    entry.qualifiers.push_back(
+        wordQualifier(VelmorTcam::qualifierL4SrcPort, value & 0xFF00, mask & 0xFF00));
+  }
+  if ((mask & 0xFF) != 0) {
+    entry.qualifiers.push_back(
+        wordQualifier(VelmorTcam::qualifierL4DstPort, value & 0xFF, mask & 0xFF));
+  }
+}
+
+}  // namespace tcamshow

@@ -1,0 +1,176 @@
+#include "views/BuildUsage.h"
+
+#include <algorithm>
+#include <functional>
+#include <unordered_set>
+
+#include "snapshot/SnapshotReader.h"
+
+namespace tcamshow {
+
+namespace {
+
+using VelmorTcam::CliShowTcamSummaryGroupName;
+using VelmorTcam::CliShowTcamSummaryOrdered;
+using VelmorTcam::CliShowTcamUsageChipInfo;
+using VelmorTcam::CliShowTcamUsageEntryInfo;
+using VelmorTcam::CliShowTcamUsageFeatureInfo;
+using VelmorTcam::CliShowTcamUsageFeaturePrioBucket;
+using VelmorTcam::CliShowTcamUsagePipeInfo;
+using VelmorTcam::CliShowTcamUsageStageInfo;
+
+/// A feature by its bucket and name: a queue alone would have to be searched, which takes too long
+/// where a bucket holds very many features.
+struct FeatureKey {
+  const CliShowTcamUsageFeaturePrioBucket* bucket;
+  std::string_view name;  // the feature's own
+  friend bool operator==(const FeatureKey&, const FeatureKey&) = default;
+};
+struct FeatureKeyHash {
+  std::size_t operator()(const FeatureKey& key) const noexcept {
+    return std::hash<std::string_view>{}(key.name) * 31 + std::hash<const void*>{}(key.bucket);
+  }
+};
+
+class UsageFiller {
+ public:
+  explicit UsageFiller(CliShowTcamUsageChipInfo& chip) : chip_(chip) {}
+
+  /// The copy at a place. Most lines stand where the one before did.
+  Usage::Copy& copyAt(const Place& place) {
+    if (copy_ == nullptr || place != place_) {
+      auto const stage = chip_.stageInfoIs(static_cast<VelmorTcam::StageType>(place.stage));
+      copy_ = stage->pipeInfoIs(place.pipe)
+                  ->groupPrioBucketIs(place.groupPriority)
+                  ->groupInfoIs(place.groupId)
+                  ->groupPerCopyInfoIs(place.copyId);
+      place_ = place;
+      bucket_.reset();
+    }
+    return *copy_;
+  }
+
+  void add(const EntryLine& line) {
+    Usage::Copy& copy = copyAt(line.place);
+    CliShowTcamUsageFeatureInfo& feature = featureOf(copy, line);
+    CliShowTcamUsageEntryInfo entry(line.priority, static_cast<std::uint32_t>(line.shadowId));
+    entry.descriptionIs(line.description);
+    entry.hitsIs(line.hits);
+    feature.entrySetIs(entry);
+    std::uint32_t const used = feature.entrySet().size();
+    if (used == feature.usedEntries()) return;
+    feature.usedEntriesIs(used);
+    copy.usedEntriesIs(copy.usedEntries() + 1);
+  }
+
+ private:
+  CliShowTcamUsageFeatureInfo& featureOf(Usage::Copy& copy, const EntryLine& line) {
+    if (bucket_ == nullptr || bucket_->featurePrio() != line.featurePriority) {
+      bucket_ = copy.featurePrioBucketIs(line.featurePriority);
+      feature_ = nullptr;
+    }
+    if (feature_ != nullptr && feature_->cliFeatureName() == line.feature) return *feature_;
+    auto const known = features_.find({bucket_.get(), line.feature});
+    if (known != features_.end()) return *(feature_ = known->second);
+    auto const feature = VelmorTcam::cliShowTcamUsageFeatureInfoFactory(line.feature);
+    bucket_->featureInfoEnq(feature);
+    feature_ = feature.get();
+    features_.emplace(FeatureKey{bucket_.get(), feature_->cliFeatureName().view()}, feature_);
+    return *feature_;
+  }
+
+  CliShowTcamUsageChipInfo& chip_;
+  std::unordered_map<FeatureKey, CliShowTcamUsageFeatureInfo*, FeatureKeyHash> features_;
+  // Where the last line stood; the bucket and the feature are null where it had none.
+  Place place_;
+  Halvo::Ptr<Usage::Copy> copy_;
+  Halvo::Ptr<CliShowTcamUsageFeaturePrioBucket> bucket_;
+  CliShowTcamUsageFeatureInfo* feature_ = nullptr;
+};
+
+}  // namespace
+
+Usage::Usage(InputFile& snapshot) {
+  SnapshotReader reader(snapshot);
+  numPipes_ = reader.header().numPipes;
+  UsageFiller filler(*chip_);
+  for (;;) {
+    switch (reader.next()) {
+      case SnapshotReader::Line::end:
+        return;
+      case SnapshotReader::Line::group: {
+        const GroupLine& line = reader.group();
+        Copy& copy = filler.copyAt(line.place);
+        copy.availableEntriesIs(line.availableEntries);
+        copy.freeEntriesIs(line.freeEntries);
+        groupNames_.emplace(&copy, line.name);
+        break;
+      }
+      case SnapshotReader::Line::entry:
+        filler.add(reader.entry());
+        break;
+    }
+  }
+}
+
+std::string_view Usage::groupName(const Copy& copy) const {
+  auto const named = groupNames_.find(&copy);
+  return named == groupNames_.end() ? std::string_view() : named->second.view();
+}
+
+std::vector<Halvo::Ptr<CliShowTcamUsageStageInfo>> stagesInOrder(
+    const CliShowTcamUsageChipInfo& chip) {
+  std::vector<Halvo::Ptr<CliShowTcamUsageStageInfo>> stages;
+  for (auto const& [stage, info] : chip.stageInfo()) stages.push_back(info);
+  std::sort(stages.begin(), stages.end(),
+            [](auto const& a, auto const& b) { return a->stage() < b->stage(); });
+  return stages;
+}
+
+namespace {
+
+class SummaryFiller {
+ public:
+  SummaryFiller(const Usage& usage, CliShowTcamSummaryOrdered& summary)
+      : usage_(usage), summary_(summary) {}
+
+  void pipePass(const CliShowTcamUsagePipeInfo& pipe) {
+    std::vector<CliShowTcamSummaryGroupName*> met;
+    forEachCopy(pipe, [&](std::uint32_t, const Usage::Copy& copy) {
+      auto const group = summary_.tcamSummaryIs(Halvo::String(usage_.groupName(copy)));
+      if (!group->pipeFinished()) met.push_back(group.get());
+      placeAdd(*group, copy);
+    });
+    for (CliShowTcamSummaryGroupName* const group : met) group->pipeFinishedIs(true);
+  }
+
+ private:
+  using Names = std::unordered_set<std::string_view>;  // of the tree's features
+
+  void placeAdd(CliShowTcamSummaryGroupName& group, const Usage::Copy& copy) {
+    Names& names = recorded_[&group];
+    forEachFeature(copy, [&](const CliShowTcamUsageFeatureInfo& feature) {
+      // What the group would answer to isGroupPipeDuplicate, without a walk of its queue: that
+      // takes too long where very many features stand in one group.
+      bool const isNew = names.insert(feature.cliFeatureName().view()).second;
+      if (isNew || !group.pipeFinished()) group.tcamSummaryGroupNameEnq(feature.cliFeatureName());
+    });
+  }
+
+  const Usage& usage_;
+  CliShowTcamSummaryOrdered& summary_;
+  std::unordered_map<const CliShowTcamSummaryGroupName*, Names> recorded_;
+};
+
+}  // namespace
+
+Halvo::Ptr<CliShowTcamSummaryOrdered> summaryOf(const Usage& usage) {
+  auto summary = Halvo::makePtr<CliShowTcamSummaryOrdered>();
+  SummaryFiller filler(usage, *summary);
+  for (auto const& stage : stagesInOrder(usage.chip())) {
+    for (auto const& [pipeId, pipe] : stage->pipeInfo()) filler.pipePass(*pipe);
+  }
+  return summary;
+}
+
+}  // namespace tcamshow
