@@ -173,6 +173,37 @@ TEST_F(RQueueTest, StartsAgainWithFourSlotsAfterDelAll) {
   EXPECT_EQ(queue.front(), "again");
 }
 
+TEST_F(RQueueTest, BlockHeaderHasIndexAndCapacityInOneWord) {
+  static_assert(sizeof(RQueueBlock) == 16);
+  // 8192 slots: the capacity and the index behind the last slot are the largest there are.
+  for (U32 const capacity : {1U, 4U, 4096U, 8192U}) {
+    for (bool const fromSystem : {false, true}) {
+      RQueueBlock const block(capacity, 0xFFFFFFFE, fromSystem);
+      EXPECT_EQ(block.capacity(), capacity);
+      EXPECT_EQ(block.firstIndex(), 0U);
+      EXPECT_EQ(block.sequence(), 0xFFFFFFFE);
+      EXPECT_EQ(block.fromSystem(), fromSystem);
+      EXPECT_FALSE(block.linked());
+    }
+  }
+}
+
+TEST_F(RQueueTest, IndexReachesTheEndOfTheLargestBlock) {
+  Queue<U32> queue;
+  U32 const count = 3 * RQueueBlock::largest;
+  for (U32 i = 0; i < count; ++i) queue.enq(i);
+  U32 largestIndex = 0;
+  for (U32 i = 0; i < count; ++i) {
+    ASSERT_EQ(queue.size(), count - i);
+    largestIndex = std::max(largestIndex, queue.firstBlock()->firstIndex());
+    U32 const capacity = queue.firstBlock()->capacity();
+    ASSERT_EQ(capacity & (capacity - 1), 0U);
+    ASSERT_EQ(queue.deq(), i);
+  }
+  EXPECT_EQ(largestIndex, RQueueBlock::largest - 1);
+  queue.delAll();
+}
+
 TEST_F(RQueueTest, TrackersCountBlocksAndSlots) {
   Queue<String> queue;
   for (int i = 0; i < 5; ++i) queue.enq("x");

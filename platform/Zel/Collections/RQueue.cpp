@@ -27,7 +27,7 @@ constexpr RQueueBlock RQueueBase::noBlock_;
 constinit MemoryTracker RQueueBase::blockTracker_{"Halvo::RQueueBlock"};
 
 RQueueBlock::RQueueBlock(U32 capacity, U32 sequence, bool fromSystem) noexcept
-    : sequence_(sequence), capacity_(static_cast<U16>(capacity)), fromSystem_(fromSystem) {
+    : state_(capacity << capacityAt | (fromSystem ? fromSystemBit : 0)), sequence_(sequence) {
   Zel::assertThat(isPowerOfTwo(capacity),
                   {"isPowerOfTwo( i )", source, 0,
                    "Halvo::RQueueBlock::RQueueBlock(Halvo::U32, Halvo::U32, bool)"});
@@ -68,7 +68,7 @@ void RQueueBase::blockDelete(RQueueBlock* block, std::size_t slotSize,
 void RQueueBase::blockPush(RQueueBlock* block) noexcept {
   if (blockless()) {
     head_ = block;
-    frontStop_ = 0;
+    frontStop_ = head_->state_;
   } else {
     tail_->next_ = block;
   }
@@ -89,7 +89,7 @@ RQueueBlock* RQueueBase::blockPop() noexcept {
   } else {
     head_ = tail_->next_ = head->next_;
   }
-  frontStop_ = 0;
+  frontStop_ = head_->state_;
   head->next_ = nullptr;
   return head;
 }
@@ -97,9 +97,10 @@ RQueueBlock* RQueueBase::blockPop() noexcept {
 RQueueBase::Front RQueueBase::frontAtStop() noexcept {
   if (empty()) return Front::none;
   U32 const lastSlot = head_->capacity() - 1;
-  if (head_->firstIndex_ == lastSlot) return Front::last;
+  if (head_->firstIndex() == lastSlot) return Front::last;
   // Only the tail has slots that were never filled.
-  frontStop_ = head_ == tail_ ? std::min(backIndex_, lastSlot) : lastSlot;
+  U32 const stop = head_ == tail_ ? std::min(backIndex_, lastSlot) : lastSlot;
+  frontStop_ = (head_->state_ & ~RQueueBlock::indexMask) | stop;
   return Front::inside;
 }
 

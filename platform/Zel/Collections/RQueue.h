@@ -15,14 +15,14 @@
 
 namespace Halvo {
 
-/// The head of one array block of a queue; its slots follow it in memory.
+/// The header of one array block of a queue: 16 bytes. The block's slots follow it in memory.
 ///
-/// Invariant: the capacity is a power of two, at most 8192, or zero in the one that stands in for a
-/// queue's missing head; slots [firstIndex, capacity) are live,
-/// in the tail block as far as the queue's last element. Slot i holds the element with the sequence
-/// number sequence() + i. First index and capacity need 14 bits each. The first index has a word of
-/// its own: it is read and written with each element that is taken, and processors hand a word from
-/// one store to the next load sooner than a part of one.
+/// Invariant: the capacity is a power of two, at most 8192. It is zero in the one block that stands
+/// in for a missing head. Slots [firstIndex, capacity) are live; in the tail block, those up to the
+/// queue's last element. Slot i holds the element with the sequence number sequence() + i.
+///
+/// First index and capacity have 14 bits each and share a word, the index in its lowest bits:
+/// taking an element reads this word and writes it back, one higher.
 class VELMOR_PLATFORM_API RQueueBlock {
  public:
   static constexpr U32 smallest = 4;    ///< slots of a queue's first block
@@ -37,28 +37,33 @@ class VELMOR_PLATFORM_API RQueueBlock {
   RQueueBlock(const RQueueBlock&) = delete;
   RQueueBlock& operator=(const RQueueBlock&) = delete;
 
-  U32 firstIndex() const noexcept { return firstIndex_; }
-  U32 capacity() const noexcept { return capacity_; }
+  U32 firstIndex() const noexcept { return firstIndexOf(state_); }
+  U32 capacity() const noexcept { return state_ >> capacityAt & indexMask; }
   /// The sequence number of slot 0.
   U32 sequence() const noexcept { return sequence_; }
-  bool fromSystem() const noexcept { return fromSystem_; }
+  bool fromSystem() const noexcept { return (state_ & fromSystemBit) != 0; }
   constexpr bool linked() const noexcept { return next_ != nullptr; }
   /// The block behind this one; behind the tail stands the head.
   const RQueueBlock* next() const noexcept { return next_; }
 
  private:
   friend class RQueueBase;
+  static constexpr U32 indexBits = 14;
+  static constexpr U32 indexMask = (U32{1} << indexBits) - 1;
+  static constexpr U32 capacityAt = indexBits;
+  static constexpr U32 fromSystemBit = U32{1} << 28;  // the memory is the system's, not a slab's
+  static_assert(largest <= indexMask);
+
   // A block without slots.
   constexpr RQueueBlock() noexcept = default;
   void destroyedLinked() const noexcept;
+  static constexpr U32 firstIndexOf(U32 state) noexcept { return state & indexMask; }
 
   RQueueBlock* next_ = nullptr;
-  U32 firstIndex_ = 0;
+  U32 state_ = 0;  // first index, capacity, fromSystemBit
   U32 sequence_ = 0;
-  U16 capacity_ = 0;
-  bool fromSystem_ = false;  // whether the memory is the system's, not a slab's
 };
-static_assert(sizeof(RQueueBlock) == 24);
+static_assert(sizeof(RQueueBlock) == 16);
 
 /// Walks a queue from front to back, knowing nothing of the elements.
 ///
@@ -120,7 +125,7 @@ class RQueueBaseConstIter {
 /// writes to. All slots of a block that is not the tail have been filled, and the tail has at least
 /// one filled slot. Sequence numbers run on from block to block, modulo 2^32.
 ///
-/// Adding looks at the queue alone, and taking at the head's first index: each is a comparison, the
+/// Adding looks at the queue alone, and taking at the head's state: each is a comparison, the
 /// element, and a new index.
 class VELMOR_PLATFORM_API RQueueBase {
  public:
@@ -128,10 +133,10 @@ class VELMOR_PLATFORM_API RQueueBase {
   RQueueBase& operator=(const RQueueBase&) = delete;
 
   U32 size() const noexcept {
-    return blockless() ? 0 : nextSequence() - (head_->sequence_ + head_->firstIndex_);
+    return blockless() ? 0 : nextSequence() - (head_->sequence_ + head_->firstIndex());
   }
   bool empty() const noexcept {
-    return blockless() || (head_ == tail_ && head_->firstIndex_ == backIndex_);
+    return blockless() || (head_ == tail_ && head_->firstIndex() == backIndex_);
   }
   /// The head block, null while there is none: for those who account for memory.
   const RQueueBlock* firstBlock() const noexcept { return blockless() ? nullptr : head_; }
@@ -167,10 +172,17 @@ class VELMOR_PLATFORM_API RQueueBase {
   void blockPush(RQueueBlock* block) noexcept;
   /// Unlinks the head block. Stops the process when there is no block.
   RQueueBlock* blockPop() noexcept;
-  /// Looks what is at the front once the first index has come to frontStop_, and moves that on.
+  /// Looks what is at the front once the head's state has come to frontStop_, and moves that on.
   Front frontAtStop() noexcept;
 
-  static void firstIndexIs(RQueueBlock* block, U32 index) noexcept { block->firstIndex_ = index; }
+  /// Whether the front element can be taken without a look at anything but the head.
+  bool isFrontAtHand() const noexcept { return head_->state_ != frontStop_; }
+  /// Moves the first index behind the front element; gives that element's index.
+  U32 firstIndexAdvance() noexcept {
+    U32 const state = head_->state_;
+    head_->state_ = state + 1;
+    return RQueueBlock::firstIndexOf(state);
+  }
   void swap(RQueueBase& other) noexcept {
     std::swap(head_, other.head_);
     std::swap(tail_, other.tail_);
@@ -179,14 +191,15 @@ class VELMOR_PLATFORM_API RQueueBase {
     std::swap(backCapacity_, other.backCapacity_);
   }
 
-  // What head_ is while there is no block: taking asks for its first index alone, which is at
-  // frontStop_, and need not ask first whether there is a head.
+  // What head_ is while there is no block: taking asks for its state alone, which is frontStop_,
+  // and need not ask first whether there is a head.
   static const RQueueBlock noBlock_;
 
   RQueueBlock* head_ = const_cast<RQueueBlock*>(&noBlock_);
   RQueueBlock* tail_ = nullptr;
-  // An index of the head's slots. The elements before it are in the head block and none of them in
-  // its last slot: they can be taken without a look at anything else. 0 while there is no block.
+  // A state of the head, with the same capacity. The elements before its first index are in the
+  // head block and none of them in its last slot: they can be taken without a look at anything
+  // else. 0 while there is no block.
   U32 frontStop_ = 0;
   // The tail's slot behind the last element, and the tail's capacity; while there is no block, both
   // are the sequence number of the next element.
@@ -217,7 +230,7 @@ class VELMOR_PLATFORM_API RQueueBase {
 template <class T, class Tag>
 class RQueue : public RQueueBase {
   static_assert(std::is_nothrow_move_constructible_v<T>);
-  static_assert(alignof(T) <= 8, "slots begin 24 bytes into a block that is aligned to 8");
+  static_assert(alignof(T) <= 8, "slots begin 16 bytes into a block that is aligned to 8");
 
  public:
   using value_type = T;
@@ -271,7 +284,7 @@ class RQueue : public RQueueBase {
 
   /// Takes the element at the front; T{} when there is none.
   T deq() {
-    if (head_->firstIndex() != frontStop_) [[likely]] {
+    if (isFrontAtHand()) [[likely]] {
       return take();
     }
     switch (frontAtStop()) {
@@ -324,12 +337,9 @@ class RQueue : public RQueueBase {
 
   // The element at the front.
   T take() noexcept {
-    RQueueBlock* const head = head_;
-    U32 const next = head->firstIndex() + 1;
-    T* const slot = slots(head) + next - 1;
+    T* const slot = slots(head_) + firstIndexAdvance();
     T element(std::move(*slot));
     std::destroy_at(slot);
-    firstIndexIs(head, next);
     if constexpr (sizeof(T) <= sizeof(void*)) {
       // Moved on from a local object, which a register holds: the compiler sees then that the slot
       // has been left empty, and nothing remains to destroy there.
