@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
 
 #include "Halvo/MemoryTracker.h"
 #include "VelmorPlatformExport.h"
@@ -26,6 +27,13 @@ inline constexpr std::size_t largestSlabObject = 1024;
 /// Gives back what slabAlloc gave for the same `size`; null is allowed. A slab whose last object
 /// goes returns to the system, but for one a size that is kept against thrashing.
 VELMOR_PLATFORM_API void slabFree(void* memory, std::size_t size) noexcept;
+
+/// As slabAlloc, for an object that is aligned to more than 16 bytes: memory of the system, aligned
+/// to `alignment`.
+[[nodiscard]] VELMOR_PLATFORM_API void* slabAlloc(std::size_t size, std::align_val_t alignment);
+/// Gives back what that gave for the same `size` and `alignment`; null is allowed.
+VELMOR_PLATFORM_API void slabFree(void* memory, std::size_t size,
+                                  std::align_val_t alignment) noexcept;
 
 /// Memory that came from the slabs or, when no slab could be had, from the system.
 struct SlabOrSystem {
@@ -57,6 +65,18 @@ inline void* trackedAlloc(Halvo::MemoryTracker& tracker, std::size_t size) {
 inline void trackedFree(Halvo::MemoryTracker& tracker, void* memory, std::size_t size) noexcept {
   tracker.released(size);
   slabFree(memory, size);
+}
+/// The same for a class that is aligned to more than 16 bytes.
+inline void* trackedAlloc(Halvo::MemoryTracker& tracker, std::size_t size,
+                          std::align_val_t alignment) {
+  void* const memory = slabAlloc(size, alignment);
+  tracker.allocated(size);
+  return memory;
+}
+inline void trackedFree(Halvo::MemoryTracker& tracker, void* memory, std::size_t size,
+                        std::align_val_t alignment) noexcept {
+  tracker.released(size);
+  slabFree(memory, size, alignment);
 }
 
 }  // namespace Sobrel

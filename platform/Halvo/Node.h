@@ -27,6 +27,10 @@ namespace Halvo {
 /// The virtual operations stand in a fixed slot order: destructor, lastUserGone, publisher,
 /// typeData; those of derived classes follow.
 ///
+/// A node is not copied: two owners would share its children, and a copy of a base class would lose
+/// the rest. A class that is meant to be copied declares a copy constructor, which begins with
+/// Node(): the copy is an object of its own, with a count of one and no flags.
+///
 /// An object on the stack or in a member is allowed; no Ptr to it may outlive it, since its own
 /// count of one is never given back.
 class VELMOR_PLATFORM_API Node {
@@ -38,6 +42,8 @@ class VELMOR_PLATFORM_API Node {
   /// of container nodes, so that whatever the emptying of their collections reaches can tell.
   static constexpr U32 flagBeingDestroyed = 0x40000000;
 
+  Node(const Node&) = delete;
+  Node& operator=(const Node&) = delete;
   /// Destroys the object. Use it directly only on an object that was made in place.
   virtual ~Node();
   /// Called when the count falls to zero; the default deletes the object. An override that keeps
@@ -64,12 +70,6 @@ class VELMOR_PLATFORM_API Node {
 
  protected:
   Node() noexcept = default;
-  /// A copy is an object of its own: count one, no flags.
-  Node(const Node&) noexcept {}
-  /// Assignment leaves count and flags of both sides alone.
-  // cppcheck-suppress operatorEqVarError  // nothing is assigned
-  // NOLINTNEXTLINE(cert-oop54-cpp): nothing is assigned
-  Node& operator=(const Node&) noexcept { return *this; }
 
  private:
   mutable std::atomic<U32> useCount_{1};

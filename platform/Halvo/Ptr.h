@@ -14,6 +14,13 @@ namespace Halvo {
 ///     Halvo::Ptr<VelmorTcamEntryShadow> shadow = Halvo::makePtr<VelmorTcamEntryShadow>(17);
 ///     Halvo::Ptr<const VelmorTcamEntryShadow> reader = shadow;   // count 2
 ///
+/// A plain pointer becomes a Ptr by a name that says what happens to the count. There is no
+/// constructor for it: an object is born with a count of one, so `Ptr<T>(new T)` would count to two
+/// and never end the object.
+///
+///     auto made = Halvo::Ptr<Group>::adopt(new Group(7));   // count 1: takes over the first one
+///     auto self = Halvo::Ptr<Group>::share(this);           // count goes up by one
+///
 /// Following a null Ptr is a fault of the program and stops it on the spot; there is no check.
 /// Threads: one Ptr object is for one thread at a time; distinct Ptrs to one object may be used
 /// from many threads while ThreadControl's switch is on.
@@ -24,22 +31,30 @@ class Ptr {
 
   constexpr Ptr() noexcept = default;
   constexpr Ptr(std::nullptr_t) noexcept {}
-  /// Takes a reference of its own on `object`, which may be null.
-  explicit Ptr(T* object) noexcept : object_(object) {
-    if (object_ != nullptr) object_->refNew();
-  }
-  /// Takes over a reference that the caller holds, the one of a fresh object say.
+  /// Say adopt() or share(): see above.
+  explicit Ptr(T* object) = delete;
+  /// Takes over a reference that the caller holds, such as the first one of a new object. `object`
+  /// may be null.
   [[nodiscard]] static Ptr adopt(T* object) noexcept {
     Ptr ptr;
     ptr.object_ = object;
     return ptr;
   }
+  /// Takes one more reference on an object that others hold. `object` may be null.
+  [[nodiscard]] static Ptr share(T* object) noexcept {
+    if (object != nullptr) object->refNew();
+    return adopt(object);
+  }
 
-  Ptr(const Ptr& other) noexcept : Ptr(other.object_) {}
+  Ptr(const Ptr& other) noexcept : object_(other.object_) {
+    if (object_ != nullptr) object_->refNew();
+  }
   Ptr(Ptr&& other) noexcept : object_(std::exchange(other.object_, nullptr)) {}
   template <class U>
   requires std::is_convertible_v<U*, T*> Ptr(const Ptr<U>& other)
-  noexcept : Ptr(static_cast<T*>(other.get())) {}
+  noexcept : object_(other.get()) {
+    if (object_ != nullptr) object_->refNew();
+  }
   template <class U>
   requires std::is_convertible_v<U*, T*> Ptr(Ptr<U>&& other)
   noexcept : object_(other.detach()) {}
@@ -92,16 +107,21 @@ std::strong_ordering operator<=>(const Ptr<T>& a, const Ptr<T>& b) noexcept {
   return std::compare_three_way{}(a.get(), b.get());
 }
 
+// The arguments of makePtr reach the constructor through a template, where a constant such as 17 is
+// an int like any other. Its sign is known at the caller only, so there is nothing to warn of here.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wsign-conversion"
 /// A new T, held by the pointer that is returned (count one).
 template <class T, class... Args>
 [[nodiscard]] Ptr<T> makePtr(Args&&... args) {
   return Ptr<T>::adopt(new T(std::forward<Args>(args)...));
 }
+#pragma GCC diagnostic pop
 
 /// The pointer as one to a derived class: null when the object is not of that class.
 template <class T, class U>
 [[nodiscard]] Ptr<T> ptrCast(const Ptr<U>& ptr) noexcept {
-  return Ptr<T>(dynamic_cast<T*>(ptr.get()));
+  return Ptr<T>::share(dynamic_cast<T*>(ptr.get()));
 }
 
 }  // namespace Halvo

@@ -192,6 +192,14 @@ void slabFree(void* memory, std::size_t size) noexcept {
   }
 }
 
+void* slabAlloc(std::size_t size, std::align_val_t alignment) {
+  return ::operator new(size, alignment);
+}
+
+void slabFree(void* memory, std::size_t /*size*/, std::align_val_t alignment) noexcept {
+  ::operator delete(memory, alignment);
+}
+
 SlabOrSystem slabAllocOrSystem(std::size_t size) noexcept {
   if (fromSlab(size)) {
     if (void* const memory = takeObject(size)) return {memory, false};

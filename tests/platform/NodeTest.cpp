@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <thread>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -63,13 +64,60 @@ TEST(Node, SelfAssignmentKeepsTheObject) {
   EXPECT_EQ(a->useCount(), 1U);
 }
 
-TEST(Node, CopyIsAnObjectOfItsOwn) {
-  Ptr<Record> a = makePtr<Record>();
-  Ptr<Record> const more = a;
+TEST(Node, IsNotCopied) {
+  static_assert(!std::is_copy_constructible_v<Record> && !std::is_copy_assignable_v<Record>);
+  static_assert(!std::is_move_constructible_v<Record> && !std::is_move_assignable_v<Record>);
+}
+
+TEST(Node, CopyIsAnObjectOfItsOwnWhereAClassMeansToBeCopied) {
+  struct Copied : Node {
+    explicit Copied(int value_) : value(value_) {}
+    Copied(const Copied& other) : Node(), value(other.value) {}
+    int value;
+  };
+  Ptr<Copied> a = makePtr<Copied>(7);
+  Ptr<Copied> const more = a;
   a->flagSet(Node::flagNotify);
-  Record const copy(*a);
+  Copied const copy(*a);
+  EXPECT_EQ(copy.value, 7);
   EXPECT_EQ(copy.useCount(), 1U);
   EXPECT_EQ(copy.flags(), 0U);
+}
+
+TEST(Ptr, TakesAPlainPointerByNameAlone) {
+  static_assert(!std::is_constructible_v<Ptr<Record>, Record*>);
+  static_assert(!std::is_convertible_v<Record*, Ptr<Record>>);
+  int ended = 0;
+  {
+    Ptr<Record> const made = Ptr<Record>::adopt(new Record(&ended));
+    EXPECT_EQ(made->useCount(), 1U);
+    Ptr<Record> const more = Ptr<Record>::share(made.get());
+    EXPECT_EQ(made->useCount(), 2U);
+    EXPECT_EQ(more, made);
+  }
+  EXPECT_EQ(ended, 1);
+  EXPECT_EQ(Ptr<Record>::adopt(nullptr), nullptr);
+  EXPECT_EQ(Ptr<Record>::share(nullptr), nullptr);
+}
+
+TEST(Node, GetsMemoryThatIsAlignedAsItsClassAsks) {
+  class alignas(128) Wide : public Record {
+   public:
+    char bytes[200] = {};
+  };
+  auto const& tracker = Record::memAllocationTracker_;
+  auto const live = tracker.liveBytes();
+  {
+    std::vector<Ptr<Node>> objects;
+    for (int i = 0; i < 16; ++i) {
+      // One of another size between them, so that luck does not align all.
+      objects.push_back(makePtr<Record>());
+      objects.push_back(makePtr<Wide>());
+      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(objects.back().get()) % 128, 0U);
+    }
+    EXPECT_EQ(tracker.liveBytes(), live + 16 * (sizeof(Record) + sizeof(Wide)));
+  }
+  EXPECT_EQ(tracker.liveBytes(), live);
 }
 
 TEST(Node, AssignmentPutsTheNewValueInPlaceFirst) {
