@@ -140,5 +140,40 @@ TEST(LibraryLog, HasAHandleForEachOfItsMessagesInOrder) {
   EXPECT_EQ(&change, &restart + 1);
 }
 
+// The agent logs the library's messages, which the library itself never does.
+TEST(LibraryLog, LetsTheAgentLogItsMessages) {
+  struct Row {
+    const char* key;
+    const char* text;
+    Halvo::U64 severity;
+  } const rows[] = {
+      {"VELMOR_UNEXPECTED_RESTART", "Unexpected restart of Velmor agent tcam occurred", 3},
+      {"VELMOR_CONFIG_CHANGE", "Configuration change requires the Velmor agent tcam to restart", 6},
+  };
+  static std::vector<std::string> logged;
+  Zel::LogHandle::sinkIs(
+      [](const Zel::LogRecord& record, void*) {
+        logged.push_back(std::string(record.key) + " " + std::to_string(record.severity) + " " +
+                         std::string(record.text));
+      },
+      nullptr);
+  std::vector<std::string> expected;
+  for (const Row& row : rows) {
+    const Zel::LogHandle* const handle = Zel::LogHandle::find(row.key);
+    ASSERT_NE(handle, nullptr) << row.key;
+    handle->log("tcam");
+    expected.push_back(std::string(row.key) + " " + std::to_string(row.severity) + " " + row.text);
+  }
+  for (auto const* handle = Zel::LogHandle::first(); handle != nullptr; handle = handle->next()) {
+    handle->log("tcam");
+  }
+  Zel::LogHandle::sinkIs(nullptr, nullptr);
+  expected.push_back(expected[1]);
+  expected.push_back(expected[0]);
+  EXPECT_EQ(logged, expected);
+  EXPECT_EQ(Zel::LogHandle::find("VELMOR_CONFIG"), nullptr);
+  EXPECT_EQ(Zel::LogHandle::find(""), nullptr);
+}
+
 }  // namespace
 }  // namespace VelmorTcam

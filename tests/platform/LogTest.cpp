@@ -170,7 +170,7 @@ TEST_F(LogDeathTest, StopsOnAFormatWithoutOneArgument) {
   LogHandle handle(bad, Duration(), 1.0, 0, 0);
   EXPECT_DEATH(handle.log("x"),
                "^assertion failed: isLogFormat\\(descriptor.format\\) at platform/Zel/Log:0 in "
-               "void Zel::LogHandle::log\\(const Halvo::String&\\)\n$");
+               "void Zel::LogHandle::log\\(const Halvo::String&\\) const\n$");
 }
 
 TEST(LogFormat, TakesExactlyOneString) {

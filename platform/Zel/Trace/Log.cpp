@@ -23,7 +23,7 @@ constinit LogSink sink = nullptr;
 constinit void* sinkContext = nullptr;
 
 constexpr AssertionSite badFormat{"isLogFormat(descriptor.format)", "platform/Zel/Log", 0,
-                                  "void Zel::LogHandle::log(const Halvo::String&)"};
+                                  "void Zel::LogHandle::log(const Halvo::String&) const"};
 
 Halvo::String filled(const char* format, std::string_view argument) {
   Halvo::String text;
@@ -135,7 +135,7 @@ LogHandle::~LogHandle() {
   if (lastHandle == this) lastHandle = before;
 }
 
-void LogHandle::log(const Halvo::String& argument) {
+void LogHandle::log(const Halvo::String& argument) const {
   assertThat(isLogFormat(descriptor_.format), badFormat);
   ErrnoKeeper const keeper;
   std::lock_guard<std::mutex> const guard(logLock);
@@ -172,6 +172,13 @@ void LogHandle::sinkIs(LogSink newSink, void* context) noexcept {
 const LogHandle* LogHandle::first() noexcept {
   std::lock_guard<std::mutex> const guard(listLock);
   return firstHandle;
+}
+
+const LogHandle* LogHandle::find(std::string_view key) noexcept {
+  std::lock_guard<std::mutex> const guard(listLock);
+  const LogHandle* handle = firstHandle;
+  while (handle != nullptr && key != handle->descriptor_.key) handle = handle->next_;
+  return handle;
 }
 
 const LogHandle* LogHandle::next() const noexcept {

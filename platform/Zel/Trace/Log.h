@@ -142,7 +142,7 @@ class VELMOR_PLATFORM_API LogHandle {
   /// characters written as \n, \r, \t or \xNN. A format that does not take exactly one %s stops
   /// the process. Leaves errno as it was. Throws std::bad_alloc when memory runs out; the message
   /// is then not logged, and not counted against the limits.
-  void log(const Halvo::String& argument);
+  void log(const Halvo::String& argument) const;
 
   /// Sends every handle's messages to `sink`, one at a time, with `context`; null goes back to
   /// standard error. When it returns no thread is in the sink before. A sink must not log, nor call
@@ -153,10 +153,16 @@ class VELMOR_PLATFORM_API LogHandle {
   /// handle is being made or destroyed.
   static const LogHandle* first() noexcept;
   const LogHandle* next() const noexcept;
+  /// The handle of the message with this key; the oldest where there are several, null where there
+  /// is none. A program logs a message that a library declares by it:
+  ///
+  ///     if (auto* handle = Zel::LogHandle::find("VELMOR_CONFIG_CHANGE"))
+  ///     handle->log("tcam-agent");
+  static const LogHandle* find(std::string_view key) noexcept;
 
  private:
   const LogDescriptor& descriptor_;
-  LogLimiter limiter_;
+  mutable LogLimiter limiter_;  // logging counts, and changes nothing else of the handle
   LogHandle* next_ = nullptr;
 };
 
