@@ -40,6 +40,13 @@ Value call(Object&& object, Halvo::U32 number, Op op, std::vector<Value> const& 
   return result;
 }
 
+/// The number of a type's attribute.
+inline Halvo::U32 attributeNumber(const std::string& type, const char* attribute) {
+  const Attribute* const found = Zel::findAttribute(typeNamed(type), attribute);
+  EXPECT_NE(found, nullptr) << type << "::" << attribute;
+  return found == nullptr ? 0 : found->number;
+}
+
 /// The attributes of a type, its bases' first.
 inline std::vector<const Attribute*> attributesOf(const TypeDescriptor& type) {
   std::vector<const Attribute*> all;

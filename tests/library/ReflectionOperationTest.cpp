@@ -387,6 +387,60 @@ TEST(ReflectionOperationDeathTest, AbstractOperationsStopTheProcessHereToo) {
                "Trying to instantiate abstract class CliFormat");
 }
 
+// What is reached from an object that must not change must not change either.
+TEST(ReflectionOperation, AConstantObjectGivesConstantChildren) {
+  auto const chip = Halvo::makePtr<CliShowTcamUsageChipInfo>();
+  auto const bucket = chip->stageInfoIs(stageTypeIngress)
+                          ->pipeInfoIs(0)
+                          ->groupPrioBucketIs(1)
+                          ->groupInfoIs(2)
+                          ->groupPerCopyInfoIs(3)
+                          ->featurePrioBucketIs(4);
+  bucket->featureInfoEnq(cliShowTcamUsageFeatureInfoFactory("acl"));
+  const Node& constChip = *chip;
+  const Node& constBucket = *bucket;
+  Value const stage(stageTypeIngress);
+  U32 const stageInfo = attributeNumber("CliShowTcamUsageChipInfo", "stageInfo");
+  U32 const featureInfo = attributeNumber("CliShowTcamUsageFeaturePrioBucket", "featureInfo");
+  auto const elementOf = [](Value const& cursor) {
+    Value key;
+    Value element;
+    EXPECT_TRUE(cursor.as<Ptr<Zel::Cursor>>()->next(key, element));
+    return element;
+  };
+  struct Row {
+    const char* name;
+    Value constant;
+    Value changeable;
+  } const rows[] = {
+      {"lookup", call(constChip, stageInfo, Op::lookup, {stage}),
+       call(*chip, stageInfo, Op::lookup, {stage})},
+      {"iterate", elementOf(call(constChip, stageInfo, Op::iterate)),
+       elementOf(call(*chip, stageInfo, Op::iterate))},
+      {"front", call(constBucket, featureInfo, Op::front), call(*bucket, featureInfo, Op::front)},
+      {"back", call(constBucket, featureInfo, Op::back), call(*bucket, featureInfo, Op::back)},
+      {"iterate a queue", elementOf(call(constBucket, featureInfo, Op::iterate)),
+       elementOf(call(*bucket, featureInfo, Op::iterate))},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_EQ(row.constant.kind(), Value::Kind::constNode);
+    EXPECT_FALSE(row.constant.is<Ptr<Node>>());
+    EXPECT_TRUE(row.constant.is<Ptr<const Node>>());
+    EXPECT_EQ(row.changeable.kind(), Value::Kind::node);
+    EXPECT_EQ(row.constant.as<Ptr<const Node>>(), row.changeable.as<Ptr<Node>>());
+  }
+  // And so on downwards.
+  Value const constStage = call(constChip, stageInfo, Op::lookup, {stage});
+  EXPECT_EQ(call(*constStage.as<Ptr<const Node>>(),
+                 attributeNumber("CliShowTcamUsageStageInfo", "pipeInfo"), Op::lookup,
+                 {Value(Halvo::S16{0})})
+                .kind(),
+            Value::Kind::constNode);
+  // An absent child is a null pointer, constant too.
+  EXPECT_EQ(call(constChip, stageInfo, Op::lookup, {Value(stageTypeEgress)}).text(), "null");
+}
+
 TEST(ReflectionOperation, CursorsWithstandChanges) {
   auto const stage = Halvo::makePtr<CliShowTcamUsageStageInfo>(stageTypeIngress);
   for (S16 pipe = 0; pipe < 10; ++pipe) stage->pipeInfoIs(pipe);

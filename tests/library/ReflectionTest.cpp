@@ -115,6 +115,7 @@ TEST(Reflection, TrackersAreNamedForWhatTheyCount) {
   EXPECT_EQ(names, (std::vector<std::string>{
                        "VelmorTcam::CliShowTcamSummaryGroupName::QE_TcamSummaryGroupName",
                        "VelmorTcam::CliShowTcamSummaryOrdered::TN_TcamSummary",
+                       "VelmorTcam::CliShowTcamUsageChipInfo::HN_StageInfo",
                        "VelmorTcam::CliShowTcamUsageFeatureInfo::TN_EntrySet",
                        "VelmorTcam::CliShowTcamUsageFeaturePrioBucket::QE_FeatureInfo",
                        "VelmorTcam::CliShowTcamUsageGroupInfo::TN_GroupPerCopyInfo",

@@ -138,8 +138,8 @@ class ElementCursor : public Cursor {
   using Iterator = typename Elements::const_iterator;
 
  public:
-  explicit ElementCursor(const Class& object) : object_(&object) {}
-  bool next(Value& key, Value& element) override {
+  explicit ElementCursor(const Class& object) : object_(Halvo::Ptr<const Class>::share(&object)) {}
+  bool nextElement(Value& key, Value& element) override {
     const Elements& elements = Collection{}(*object_);
     if (isEnded_) return false;
     if (at_) {
@@ -174,8 +174,11 @@ class QueueCursor : public Cursor {
 
  public:
   explicit QueueCursor(const Class& object)
-      : object_(&object), at_(queue().begin()), sequence_(front()), left_(queue().size()) {}
-  bool next(Value& key, Value& element) override {
+      : object_(Halvo::Ptr<const Class>::share(&object)),
+        at_(queue().begin()),
+        sequence_(front()),
+        left_(queue().size()) {}
+  bool nextElement(Value& key, Value& element) override {
     if (left_ == 0 || queue().empty()) return false;
     if (U32 const gone = front() - sequence_; static_cast<S32>(gone) > 0) {
       if (gone >= left_) {

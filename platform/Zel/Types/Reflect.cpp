@@ -99,8 +99,15 @@ const Attribute* attributeOf(const Halvo::Node& node, U32 number) noexcept {
   return type == nullptr ? nullptr : findAttribute(*type, number);
 }
 
-// The object whose attributes are read is not changed by it.
-void* changeable(const void* object) noexcept { return const_cast<void*>(object); }
+// On an object that must not change: the operations that are left leave it as it is, and the result
+// leads to nothing that may be changed.
+OpResult onConst(const void* object, const Attribute& attribute, Op op,
+                 std::span<const Value> arguments, Value& result) {
+  OpResult const became =
+      on(const_cast<void*>(object), attribute, attribute.constOperations, op, arguments, result);
+  if (became == OpResult::done) result.constIs();
+  return became;
+}
 
 }  // namespace
 
@@ -120,14 +127,14 @@ OpResult attributeOp(Halvo::Node& node, U32 number, Op op, std::span<const Value
 OpResult attributeOp(const Halvo::Node& node, const Attribute& attribute, Op op,
                      std::span<const Value> arguments, Value& result) {
   if (!belongsTo(attribute, node.typeData())) return OpResult::notSupported;
-  return on(changeable(&node), attribute, attribute.constOperations, op, arguments, result);
+  return onConst(&node, attribute, op, arguments, result);
 }
 
 OpResult attributeOp(const Halvo::Node& node, U32 number, Op op, std::span<const Value> arguments,
                      Value& result) {
   const Attribute* const attribute = attributeOf(node, number);
   if (attribute == nullptr) return OpResult::notSupported;
-  return on(changeable(&node), *attribute, attribute->constOperations, op, arguments, result);
+  return onConst(&node, *attribute, op, arguments, result);
 }
 
 OpResult attributeOp(Value& value, U32 number, Op op, std::span<const Value> arguments,
@@ -141,8 +148,7 @@ OpResult attributeOp(const Value& value, U32 number, Op op, std::span<const Valu
   if (value.record() == nullptr) return OpResult::notSupported;
   const Attribute* const attribute = findAttribute(*value.type(), number);
   if (attribute == nullptr) return OpResult::notSupported;
-  return on(changeable(value.record()), *attribute, attribute->constOperations, op, arguments,
-            result);
+  return onConst(value.record(), *attribute, op, arguments, result);
 }
 
 OpResult attributeOp(const TypeDescriptor& type, void* value, U32 number, Op op,

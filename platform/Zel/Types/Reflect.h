@@ -68,7 +68,8 @@ VELMOR_PLATFORM_API OpResult attributeOp(Halvo::Node& node, const Attribute& att
 /// As above; the attribute by number. A number that the type does not have is not supported.
 VELMOR_PLATFORM_API OpResult attributeOp(Halvo::Node& node, U32 number, Op op,
                                          std::span<const Value> arguments, Value& result);
-/// On an object that must not change: what would change it is not supported.
+/// On an object that must not change: what would change it is not supported, and nodes that it
+/// gives out, its children for one, must not change either (Value::Kind::constNode).
 VELMOR_PLATFORM_API OpResult attributeOp(const Halvo::Node& node, const Attribute& attribute, Op op,
                                          std::span<const Value> arguments, Value& result);
 VELMOR_PLATFORM_API OpResult attributeOp(const Halvo::Node& node, U32 number, Op op,

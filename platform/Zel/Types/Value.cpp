@@ -12,6 +12,12 @@ namespace Zel {
 
 Cursor::~Cursor() = default;
 
+bool Cursor::next(Value& key, Value& element) {
+  if (!nextElement(key, element)) return false;
+  if (elementsAreConst_) element.constIs();
+  return true;
+}
+
 namespace {
 
 constexpr TypeDescriptor basicType(const char* name) {
@@ -90,6 +96,14 @@ void Value::wrongType(const TypeDescriptor* expected) const {
     if (kind_ == Kind::constNode) held = "const " + held;
   }
   throw ArgumentError(std::string("expected ") + nameOf(expected) + ", not " + held);
+}
+
+void Value::constIs() noexcept {
+  if (kind_ == Kind::node) {
+    kind_ = Kind::constNode;
+  } else if (kind_ == Kind::cursor && storage_.node != nullptr) {
+    const_cast<Cursor*>(static_cast<const Cursor*>(storage_.node))->elementsAreConst();
+  }
 }
 
 void Value::release() noexcept {

@@ -31,8 +31,16 @@ class VELMOR_PLATFORM_API Cursor : public Halvo::Node {
  public:
   ~Cursor() override;
   /// The next element, and in maps its key; elsewhere `key` becomes empty. False, and both are left
-  /// alone, behind the last one.
-  virtual bool next(Value& key, Value& element) = 0;
+  /// alone, behind the last one. A cursor over an object that must not change gives its children as
+  /// ones that must not change either (Value::Kind::constNode).
+  bool next(Value& key, Value& element);
+  /// From now on next() gives children that must not change.
+  void elementsAreConst() noexcept { elementsAreConst_ = true; }
+
+ private:
+  virtual bool nextElement(Value& key, Value& element) = 0;
+
+  bool elementsAreConst_ = false;
 };
 
 /// A value of any type that attributes have, with its type.
@@ -123,6 +131,9 @@ class VELMOR_PLATFORM_API Value {
     }
     return *this;
   }
+  /// Makes what is held one that must not be changed: a node becomes a constNode, and a cursor
+  /// gives its elements as such. Other values, copies that they are, stay as they are.
+  void constIs() noexcept;
   /// Empty again.
   void clear() noexcept {
     if (kind_ >= Kind::string) [[unlikely]] {
@@ -315,7 +326,7 @@ inline decltype(auto) Value::get() const {
   } else {
     using Element = typename PtrTo<T>::Element;
     auto* const object = dynamic_cast<const Element*>(storage_.node);
-    return T(const_cast<Element*>(object));
+    return T::share(const_cast<Element*>(object));
   }
 }
 
