@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <iterator>
+#include <type_traits>
 #include <utility>
 
 #include "Halvo/MemoryTracker.h"
@@ -29,7 +31,9 @@ namespace VelmorTcam {
 /// The generation starts at 1 and goes up by 2 with each child removed and each delete-all; adding
 /// leaves it alone. An iterator withstands every change: `++` goes to the first child behind the
 /// key that it last held, and a removal by iterator goes by that key once another removal came
-/// between. value() and `*` are for as long as the iterator's own child is in the collection.
+/// between. value() and `*` are for as long as the iterator's own child is in the collection; key()
+/// is for as long as the iterator lives. A removal by another collection's iterator stops the
+/// process where debugging is on (assertion "at.owner == this"), and means nothing elsewhere.
 ///
 /// Threads: one at a time; any number may read while nobody changes, and while
 /// Halvo::ThreadControl's switch is on: get() moves reference counts.
@@ -40,8 +44,9 @@ class ChildMap {
  public:
   using Key = K;
   using ChildType = Child;
+  /// A child as a walk meets it. A key that is a number comes by value; a text is the child's own.
   struct Item {
-    const K& key;
+    std::conditional_t<Zel::impl::isNumberKey<K>, K, const K&> key;
     const Halvo::Ptr<Child>& value;
   };
 
@@ -55,11 +60,14 @@ class ChildMap {
     using pointer = void;
 
     iterator() noexcept = default;
-    /// The key under which the child stands, in place.
-    const K& key() const noexcept { return at_.key(); }
+    /// The key that the iterator last held, a copy of its own: it outlives the child.
+    decltype(auto) key() const noexcept { return at_.key(); }
     const Halvo::Ptr<Child>& value() const noexcept { return at_.value(); }
-    Item operator*() const noexcept { return {at_.key(), at_.value()}; }
-    /// The generation at which the iterator was made or last stepped.
+    Item operator*() const noexcept {
+      auto const [key, value] = *at_;
+      return {key, value};
+    }
+    /// The generation at which the iterator was made.
     Halvo::U32 generation() const noexcept { return at_.generation(); }
     iterator& operator++() {
       ++at_;
@@ -115,11 +123,14 @@ class ChildMap {
 /// may make stale.
 ///
 /// Threads: as ChildMap.
-template <class Owner, class K, class Child>
+template <class Owner, class K, class Child, class Tag>
 class ChildHashMap {
-  using Map = Zel::HashMap2018<K, Halvo::Ptr<Child>>;
+  using Map = Zel::HashMap2018<K, Halvo::Ptr<Child>, std::hash<K>, Tag>;
 
  public:
+  ChildHashMap(const ChildHashMap&) = delete;
+  ChildHashMap& operator=(const ChildHashMap&) = delete;
+
   using Key = K;
   using ChildType = Child;
   using iterator = typename Map::const_iterator;
@@ -156,7 +167,8 @@ class ChildHashMap {
 ///
 /// Invariant: no two records are equal. Two generations, both odd and both from 1, go up by 2 with
 /// each record removed and each delete-all, that of an empty set also. Iterators as ChildMap's, but
-/// that a removal by one that is stale goes by its key at the end also. Only `Owner` changes it.
+/// that a removal by one whose generation is not the set's goes by its key at the end also. Only
+/// `Owner` changes it.
 ///
 /// Threads: as ChildMap.
 template <class Owner, class Record, class Tag>

@@ -247,6 +247,7 @@ constexpr std::array types = std::to_array<const Zel::TypeDescriptor*>({
 constexpr std::array collectionTrackers = std::to_array<Zel::AllocationTracker*>({
     &CliShowTcamSummaryGroupName::QE_TcamSummaryGroupName::memAllocationTracker_,
     &CliShowTcamSummaryOrdered::TN_TcamSummary::memAllocationTracker_,
+    &CliShowTcamUsageChipInfo::HN_StageInfo::memAllocationTracker_,
     &CliShowTcamUsageFeatureInfo::TN_EntrySet::memAllocationTracker_,
     &CliShowTcamUsageFeaturePrioBucket::QE_FeatureInfo::memAllocationTracker_,
     &CliShowTcamUsageGroupInfo::TN_GroupPerCopyInfo::memAllocationTracker_,

@@ -131,8 +131,9 @@ class VELMOR_TCAM_API CliShowTcamUsageFeatureInfo : public Halvo::Node {
   /// Removes the entry of its priority and id; false when there is none.
   bool entrySetDel(const CliShowTcamUsageEntryInfo& entry) { return entrySet_.recordDel(entry); }
   /// Removes the entry under the iterator; false at the end. Once an entry was removed since the
-  /// iterator was made or last stepped, it means the key that it last held instead, be it passed on
-  /// the way to the end: false when that is gone.
+  /// iterator was made (its generation() is not the set's), it means the key that it last held
+  /// instead, also one passed on the way to the end: false when that is gone. Where debugging is
+  /// on, another set's iterator stops the process (assertion "at.owner == this").
   bool entrySetDel(const EntrySet::iterator& at) { return entrySet_.recordDel(at); }
   void entrySetDelAll() noexcept { entrySet_.recordDelAll(); }
 

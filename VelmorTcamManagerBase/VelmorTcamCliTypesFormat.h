@@ -1,6 +1,9 @@
 // The formatters: one TCAM entry in, text out.
 #pragma once
 
+#include <concepts>
+#include <type_traits>
+
 #include "Halvo/Node.h"
 #include "Halvo/Ptr.h"
 #include "Halvo/String.h"
@@ -234,5 +237,52 @@ class VELMOR_TCAM_API VelmorTcamCliFormat : public CliFormat {
   /// "  %s uses %d entries.\n"; "entries" also for one.
   Halvo::String formatRequestHeader(const Halvo::String& requestName, U32 usedEntries) const;
 };
+
+namespace impl {
+
+/// Whether `Operation`, a pointer to the member as T names it, is another one than `Base`'s. A
+/// member that cannot be named is T's own: those of this library are public, and have no overloads.
+#define VELMOR_SUPPLIES_(NAME, BASE)                                     \
+  [] {                                                                   \
+    if constexpr (requires { &T::NAME; }) {                              \
+      return !std::is_same_v<decltype(&T::NAME), decltype(&BASE::NAME)>; \
+    } else {                                                             \
+      return true;                                                       \
+    }                                                                    \
+  }()
+template <class T>
+inline constexpr bool suppliesActions = VELMOR_SUPPLIES_(formatActions, EntryRequestCliFormat);
+template <class T>
+inline constexpr bool suppliesRow = VELMOR_SUPPLIES_(formatEntryRequest, CliFormat) &&
+                                    VELMOR_SUPPLIES_(formatEntryRequest, MacEntryRequestCliFormat);
+template <class T>
+inline constexpr bool hasRowWithActions =
+    !VELMOR_SUPPLIES_(formatEntryRequest, IpEntryRequestCliFormat) ||
+    !VELMOR_SUPPLIES_(formatEntryRequest, Ip6EntryRequestCliFormat);
+template <class T>
+inline constexpr bool suppliesInitialized = VELMOR_SUPPLIES_(handleInitialized, CliFormat);
+template <class T>
+inline constexpr bool suppliesJson = VELMOR_SUPPLIES_(formatEntryRequestJson, CliFormat);
+#undef VELMOR_SUPPLIES_
+
+}  // namespace impl
+
+/// A formatter class that shows entries as text: none of the operations that it needs for that is
+/// an abstract one, which would stop the process at the first entry. It needs formatEntryRequest,
+/// formatActions where its row is the IPv4 or the IPv6 table's, and handleInitialized. Ask for it
+/// where the class is complete:
+///
+///     class PermitFormat : public VelmorTcam::IpEntryRequestCliFormat {
+///      public:
+///       Halvo::String formatActions(const PtrConst&) const override { return "permit"; }
+///     };
+///     static_assert(VelmorTcam::CompleteFormatter<PermitFormat>);
+template <class T>
+concept CompleteFormatter = std::derived_from<T, CliFormat> && impl::suppliesRow<T> &&
+    impl::suppliesInitialized<T> &&(!impl::hasRowWithActions<T> || impl::suppliesActions<T>);
+
+/// A formatter class that can be given a printer: it supplies formatEntryRequestJson.
+template <class T>
+concept JsonFormatter = std::derived_from<T, CliFormat> && impl::suppliesJson<T>;
 
 }  // namespace VelmorTcam

@@ -61,5 +61,7 @@ constinit Zel::AllocationTracker
         "VelmorTcam::CliShowTcamUsagePipeInfo::TN_GroupPrioBucket"};
 constinit Zel::AllocationTracker CliShowTcamUsageStageInfo::TN_PipeInfo::memAllocationTracker_{
     "VelmorTcam::CliShowTcamUsageStageInfo::TN_PipeInfo"};
+constinit Zel::AllocationTracker CliShowTcamUsageChipInfo::HN_StageInfo::memAllocationTracker_{
+    "VelmorTcam::CliShowTcamUsageChipInfo::HN_StageInfo"};
 
 }  // namespace VelmorTcam

@@ -254,9 +254,10 @@ class VELMOR_TCAM_API CliShowTcamUsageStageInfo : public Halvo::Node {
 ///     for (auto [priority, bucket] : copy->featurePrioBucket()) show(*bucket);
 class VELMOR_TCAM_API CliShowTcamUsageChipInfo : public Halvo::Node {
   ZEL_NODE_TYPE;
-  using StageInfoMap = ChildHashMap<CliShowTcamUsageChipInfo, StageType, CliShowTcamUsageStageInfo>;
-  /// An element of stageInfo as a walk meets it: key and value.
-  using HN_StageInfo = StageInfoMap::Item;
+  /// What the table of stageInfo is counted under.
+  VELMOR_COLLECTION_TAG(HN_StageInfo);
+  using StageInfoMap =
+      ChildHashMap<CliShowTcamUsageChipInfo, StageType, CliShowTcamUsageStageInfo, HN_StageInfo>;
 
   CliShowTcamUsageChipInfo() noexcept;
   ~CliShowTcamUsageChipInfo() override;

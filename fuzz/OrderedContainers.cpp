@@ -31,7 +31,7 @@ struct MapAccess {
   template <class Iterator>
   static void checkAt(const Iterator& at, const std::string& value) {
     FUZZ_CHECK_TEXT(at.value(), value);
-    FUZZ_CHECK(&(*at).value == &at.value() && &(*at).key == &at.key());
+    FUZZ_CHECK(&(*at).value == &at.value() && (*at).key == at.key());
   }
   template <class At>
   static void take(Collection& from, const At& at, const std::string* value) {
@@ -53,7 +53,7 @@ struct SetAccess {
   }
   template <class Iterator>
   static void checkAt(const Iterator& at, const std::string&) {
-    FUZZ_CHECK(&*at == &at.key());
+    FUZZ_CHECK(*at == at.key());
   }
 };
 
@@ -84,7 +84,8 @@ class OrderedRun {
     Iterator at;
     std::optional<K> key;  ///< the one last held
     bool isAtEnd;
-    Halvo::U32 generation;  ///< when it was made or last stepped
+    Halvo::U32 made;  ///< the generation when it was made
+    Halvo::U32 seen;  ///< the generation when it was made or last stepped
   };
 
   K key() { return keyOf<K>(in_); }
@@ -218,16 +219,20 @@ class OrderedRun {
                         : way == 2 ? tree_.lowerBound(k)
                                    : tree_.end();
     bool const isAtEnd = at == tree_.end();
-    held_.push_back({at, isAtEnd ? std::optional<K>() : at.key(), isAtEnd, generation_});
+    held_.push_back(
+        {at, isAtEnd ? std::optional<K>() : at.key(), isAtEnd, generation_, generation_});
     FUZZ_CHECK(at.generation() == generation_);
   }
 
   void useHeld() {
     if (held_.empty()) return;
     Held& held = held_[in_.below(static_cast<unsigned>(held_.size()))];
-    bool const isStale = held.generation != generation_;
+    FUZZ_CHECK(held.at.generation() == held.made);
     // Its element is sure to be the same one where nothing has been removed.
-    if (!held.isAtEnd && !isStale) checkStands(held.at, model_.find(*held.key));
+    if (!held.isAtEnd && held.seen == generation_) checkStands(held.at, model_.find(*held.key));
+    if constexpr (isMap) {
+      if (held.key) FUZZ_CHECK(held.at.key() == *held.key);
+    }
     switch (in_.below(3)) {
       case 0: {
         if (held.isAtEnd) {
@@ -240,12 +245,11 @@ class OrderedRun {
         checkStands(held.at, expected);
         held.isAtEnd = expected == model_.end();
         if (!held.isAtEnd) held.key = expected->first;
-        held.generation = generation_;
-        FUZZ_CHECK(held.at.generation() == generation_);
+        held.seen = generation_;
         break;
       }
       case 1: {
-        bool const isMeant = held.key && (!held.isAtEnd || isStale);
+        bool const isMeant = held.key && (!held.isAtEnd || held.made != generation_);
         bool const isThere = isMeant && model_.erase(*held.key) != 0;
         FUZZ_CHECK(tree_.del(held.at) == isThere);
         removed(isThere ? 1 : 0);

@@ -9,6 +9,8 @@ class PermitFormat : public VelmorTcam::IpEntryRequestCliFormat {
  public:
   Halvo::String formatActions(const PtrConst&) const override { return "permit"; }
 };
+// Without its own formatActions the class would compile, and stop the process at the first entry.
+static_assert(VelmorTcam::CompleteFormatter<PermitFormat>);
 
 int main() {
   VelmorTcam::initializeCliHeaders();

@@ -94,6 +94,65 @@ TEST(Formatter, IsBornWithItsHeaderTypeAndUninitialized) {
   expectBorn<VelmorTcamCliFormat>(cliHeaderTypeInvalid, "VelmorTcam::VelmorTcamCliFormat");
 }
 
+TEST(Formatter, ConceptTellsWhichClassesCanShowEntries) {
+  struct Permit : IpEntryRequestCliFormat {
+    String formatActions(const PtrConst&) const override { return "permit"; }
+  };
+  // The access does not matter: the operations are called through the base.
+  class Hidden : public Ip6EntryRequestCliFormat {
+    String formatActions(const PtrConst&) const override { return "permit"; }
+  };
+  struct FurtherDerived : Hidden {};
+  struct WithoutActions : IpEntryRequestCliFormat {};
+  struct MacWithoutRow : MacEntryRequestCliFormat {
+    String formatActions(const PtrConst&) const override { return "permit"; }
+  };
+  struct MacWithRow : MacEntryRequestCliFormat {
+    String formatEntryRequest(const RequestKey&, const RuleId&, const String&, const PtrConst&,
+                              U64) const override {
+      return "row";
+    }
+  };
+  struct RowOfItsOwn : IpEntryRequestCliFormat {
+    String formatEntryRequest(const RequestKey&, const RuleId&, const String&, const PtrConst&,
+                              U64) const override {
+      return "row";
+    }
+  };
+  struct WithoutInitialized : EntryRequestCliFormat {
+    String formatEntryRequest(const RequestKey&, const RuleId&, const String&, const PtrConst&,
+                              U64) const override {
+      return "row";
+    }
+  };
+  struct WithInitialized : WithoutInitialized {
+    void handleInitialized() override {}
+  };
+  struct Json : WithoutActions {
+    void formatEntryRequestJson(const RequestKey&, const RuleId&, const String&, const PtrConst&,
+                                U64, pravo::Printer*) const override {}
+  };
+  static_assert(CompleteFormatter<Permit>);
+  static_assert(CompleteFormatter<Hidden>);
+  static_assert(CompleteFormatter<FurtherDerived>);
+  static_assert(CompleteFormatter<MacWithRow>);
+  static_assert(CompleteFormatter<RowOfItsOwn>);
+  static_assert(CompleteFormatter<WithInitialized>);
+  static_assert(CompleteFormatter<VelmorTcamCliFormat>);
+  static_assert(!CompleteFormatter<WithoutActions>);
+  static_assert(!CompleteFormatter<MacWithoutRow>);
+  static_assert(!CompleteFormatter<WithoutInitialized>);
+  static_assert(!CompleteFormatter<CliFormat>);
+  static_assert(!CompleteFormatter<EntryRequestCliFormat>);
+  static_assert(!CompleteFormatter<IpEntryRequestCliFormat>);
+  static_assert(!CompleteFormatter<Ip6EntryRequestCliFormat>);
+  static_assert(!CompleteFormatter<MacEntryRequestCliFormat>);
+  static_assert(!CompleteFormatter<Halvo::Node>);
+  static_assert(!CompleteFormatter<int>);
+  static_assert(JsonFormatter<Json> && !CompleteFormatter<Json>);
+  static_assert(!JsonFormatter<Permit> && !JsonFormatter<CliFormat>);
+}
+
 TEST(Formatter, VirtualOperationsKeepTheirSlots) {
   struct Row {
     const char* name;

@@ -6,6 +6,7 @@
 #include <functional>
 #include <initializer_list>
 #include <map>
+#include <ranges>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -141,7 +142,8 @@ TYPED_TEST(UsageLevel, DeletesByIterator) {
   ++at;
   EXPECT_EQ(at.key(), 3);
   EXPECT_EQ(at.value(), TypeParam::get(*parent, 3));
-  EXPECT_EQ(at.generation(), 3U);
+  // A step does not change the generation at which the iterator was made.
+  EXPECT_EQ(at.generation(), 1U);
   // Stale: the key that it last held.
   TypeParam::del(*parent, 1);
   EXPECT_EQ(TypeParam::keyOf(*TypeParam::delAt(*parent, at)), 3);
@@ -155,6 +157,25 @@ TYPED_TEST(UsageLevel, DeletesByIterator) {
   ++at;
   EXPECT_TRUE(at == all.end());
   EXPECT_EQ(TypeParam::delAt(*parent, at), nullptr);
+}
+
+TYPED_TEST(UsageLevel, IteratorKeepsItsKeyWhenTheChildIsGone) {
+  using Key = typename TypeParam::Key;
+  auto const parent = TypeParam::make();
+  for (int key = 1; key <= 3; ++key) TypeParam::is(*parent, static_cast<Key>(key));
+  auto at = TypeParam::all(*parent).at(2);
+  TypeParam::del(*parent, 2);
+  EXPECT_EQ(at.key(), 2);
+  TypeParam::delAll(*parent);
+  EXPECT_EQ(at.key(), 2);
+  // So does a walk that removes what it meets.
+  for (int key = 1; key <= 3; ++key) TypeParam::is(*parent, static_cast<Key>(key));
+  std::vector<Key> met;
+  for (auto const [key, child] : TypeParam::all(*parent)) {
+    TypeParam::del(*parent, key);
+    met.push_back(key);
+  }
+  EXPECT_EQ(met, (std::vector<Key>{1, 2, 3}));
 }
 
 TYPED_TEST(UsageLevel, ChildrenOutliveTheirParent) {
@@ -295,15 +316,64 @@ TEST_F(UsageTree, ChipKeepsItsStages) {
   chip->stageInfoIs(stageTypeEgress);
   EXPECT_EQ(chip->stageInfo().size(), 2U);
   std::vector<StageType> met;
-  for (Chip::HN_StageInfo const stage : chip->stageInfo()) {
-    EXPECT_EQ(stage.value->stage(), stage.key);
-    met.push_back(stage.key);
+  for (auto const [key, stage] : chip->stageInfo()) {
+    EXPECT_EQ(stage->stage(), key);
+    met.push_back(key);
   }
   std::sort(met.begin(), met.end());
   EXPECT_EQ(met, (std::vector<StageType>{stageTypeIngress, stageTypeEgress}));
   EXPECT_EQ(chip->stageInfoDel(stageTypeIngress), ingress);
   EXPECT_EQ(ingress->useCount(), 1U);
   EXPECT_EQ(chip->stageInfo().size(), 1U);
+}
+
+TEST_F(UsageTree, TableOfStagesIsCounted) {
+  auto const& tracker = Chip::HN_StageInfo::memAllocationTracker_;
+  EXPECT_STREQ(tracker.typeName(), "VelmorTcam::CliShowTcamUsageChipInfo::HN_StageInfo");
+  EXPECT_EQ(tracker.liveObjects(), 0U);
+  auto const chip = makePtr<Chip>();
+  EXPECT_EQ(tracker.liveObjects(), 0U);
+  chip->stageInfoIs(stageTypeIngress);
+  EXPECT_EQ(tracker.liveObjects(), 1U);
+  auto const bytesOfOne = tracker.liveBytes();
+  EXPECT_GE(bytesOfOne, sizeof(Ptr<Stage>));
+  for (unsigned stage = 0; stage < 256; ++stage) chip->stageInfoIs(static_cast<StageType>(stage));
+  EXPECT_EQ(tracker.liveObjects(), 1U);
+  EXPECT_GE(tracker.liveBytes(), 256 * sizeof(Ptr<Stage>));
+  chip->stageInfoDelAll();
+  EXPECT_EQ(tracker.liveObjects(), 0U);
+  EXPECT_EQ(tracker.liveBytes(), 0U);
+}
+
+TEST_F(UsageTree, CollectionsAreRanges) {
+  static_assert(std::ranges::input_range<const Chip::StageInfoMap>);
+  static_assert(std::ranges::input_range<const Stage::PipeInfoMap>);
+  static_assert(std::ranges::input_range<const Pipe::GroupPrioBucketMap>);
+  static_assert(std::ranges::input_range<const GroupBucket::GroupInfoMap>);
+  static_assert(std::ranges::input_range<const Group::GroupPerCopyInfoMap>);
+  static_assert(std::ranges::input_range<const Copy::FeaturePrioBucketMap>);
+  static_assert(std::ranges::forward_range<const Bucket::FeatureInfoQueue>);
+  static_assert(std::ranges::forward_range<const Feature::EntrySet>);
+  auto const chip = makePtr<Chip>();
+  chip->stageInfoIs(stageTypeEgress);
+  EXPECT_EQ(std::ranges::distance(chip->stageInfo()), 1);
+}
+
+// A copied node would share the children of the original, or lose what a derived class adds.
+TEST_F(UsageTree, NodesAreNotCopied) {
+  auto const expectNotCopied = []<class... Class> {
+    static_assert(
+        ((!std::is_copy_constructible_v<Class> && !std::is_copy_assignable_v<Class> &&
+          !std::is_move_constructible_v<Class> && !std::is_move_assignable_v<Class>)&&...));
+  };
+  expectNotCopied.operator()<Chip, Stage, Pipe, GroupBucket, Group, Copy, Bucket, Feature>();
+  expectNotCopied.operator()<CliShowTcamSummaryOrdered, CliShowTcamSummaryGroupName>();
+  expectNotCopied.
+  operator()<CliFormat, EntryRequestCliFormat, IpEntryRequestCliFormat, Ip6EntryRequestCliFormat,
+             MacEntryRequestCliFormat, VelmorTcamCliFormat>();
+  expectNotCopied.operator()<VelmorTcamEntryShadow, QualifierStatus, QualifierData>();
+  expectNotCopied.operator()<Chip::StageInfoMap, Stage::PipeInfoMap, Feature::EntrySet,
+                             Bucket::FeatureInfoQueue const>();
 }
 
 TEST_F(UsageTree, ChipDoesAsTheModel) {

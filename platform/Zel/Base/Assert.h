@@ -28,4 +28,13 @@ inline void assertThat(bool holds, const AssertionSite& site) noexcept {
   }
 }
 
+/// Stops the process unless `holds`, where debugging is on: in sources that are compiled without
+/// NDEBUG. For mistakes of a caller that cannot be told in every build at no cost.
+inline void assertWhenDebugging([[maybe_unused]] bool holds,
+                                [[maybe_unused]] const AssertionSite& site) noexcept {
+#ifndef NDEBUG
+  assertThat(holds, site);
+#endif
+}
+
 }  // namespace Zel

@@ -10,7 +10,6 @@
 #include <type_traits>
 #include <utility>
 
-#include "Sobrel.h"
 #include "Zel/Base/Types.h"
 #include "Zel/Collections/TableParts.h"
 
@@ -20,17 +19,18 @@ template <class K>
 inline constexpr bool isByte = sizeof(K) == 1 && (std::is_integral_v<K> || std::is_enum_v<K>);
 
 /// Elements with keys of a byte, side by side in no order; see HashMap2018 for what it promises of
-/// them. A single one whose value is no larger than a pointer stands in the map itself. Otherwise
-/// there is one block of slab memory: its capacity, the keys, the values. A search compares 16 keys
+/// them. A single one whose value is no larger than a pointer stands in the map itself, unless a
+/// tag's tracker is to count it. Otherwise there is one block of slab memory: its capacity, the
+/// keys, the values. A search compares 16 keys
 /// at once.
 ///
 /// Elements have indices from 0 on without a gap.
 ///
 /// Threads: as the map.
-template <class K, class V>
+template <class K, class V, class Tag>
 class ByteTable : public TableState {
   static constexpr U32 shortest = 16;  // keys that one step compares
-  static constexpr bool mayBeOne = sizeof(V) <= sizeof(void*);
+  static constexpr bool mayBeOne = std::is_void_v<Tag> && sizeof(V) <= sizeof(void*);
   struct NoValue {};
   using One = std::conditional_t<mayBeOne, V, NoValue>;
 
@@ -46,7 +46,7 @@ class ByteTable : public TableState {
       std::destroy_at(&one_);
     } else if (hasBlock()) {
       std::destroy_n(values(), size());
-      Sobrel::slabFree(block_, bytesFor(capacity()));
+      TableMemory<Tag>::give(block_, bytesFor(capacity()));
     }
   }
 
@@ -250,7 +250,7 @@ class ByteTable : public TableState {
   U8* keys() const noexcept { return block_ + keysAt; }
   V* values() const noexcept { return static_cast<V*>(static_cast<void*>(block_ + detail())); }
   void blockIs(std::size_t capacity) {
-    block_ = static_cast<U8*>(Sobrel::slabAlloc(bytesFor(capacity)));
+    block_ = static_cast<U8*>(TableMemory<Tag>::take(bytesFor(capacity)));
     new (block_) U16(static_cast<U16>(capacity));
     // The keys of free slots are compared too, though nobody looks at what comes of it.
     std::memset(block_ + keysAt, 0, roundUp(capacity, 16));

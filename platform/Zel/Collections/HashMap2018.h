@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "Zel/Base/Assert.h"
 #include "Zel/Base/Types.h"
 #include "Zel/Collections/ByteTable.h"
 #include "Zel/Collections/HashTable.h"
@@ -44,7 +45,13 @@ namespace Zel {
 /// not used where keys are bytes. A function that throws (std::bad_alloc, what copying a key or
 /// value does, std::length_error beyond 13 * 2^27 elements) leaves the elements as they were.
 ///
-/// Threads: one at a time; any number may read a map that nobody changes.
+/// `Tag` names the map for memory accounting: it has a static
+/// `Halvo::MemoryTracker memAllocationTracker_`, which counts the blocks and their bytes. A map
+/// with a tag holds also a single value in a block, so that the tracker sees every map that is not
+/// empty. void: nothing is counted.
+///
+/// Threads: one at a time; any number may read a map that nobody changes. Maps of distinct threads
+/// that share a Tag share its tracker: Halvo::ThreadControl's switch must be on then.
 ///
 /// Operations through a null pointer to a map fault at their first read of it: there is no check.
 ///
@@ -52,13 +59,14 @@ namespace Zel {
 ///     stages.insert(stage, Halvo::makePtr<StageInfo>(stage));
 ///     if (auto* info = stages.find(stage)) (*info)->print();
 ///     for (auto [key, value] : stages) value->print();
-template <class K, class V, class Hash = std::hash<K>>
+template <class K, class V, class Hash = std::hash<K>, class Tag = void>
 class HashMap2018 {
   static_assert(std::is_nothrow_move_constructible_v<K> && std::is_nothrow_move_constructible_v<V>);
   static_assert(alignof(K) <= 16 && alignof(V) <= 16);
 
   static constexpr bool byteKeys = impl::isByte<K>;
-  using Table = std::conditional_t<byteKeys, impl::ByteTable<K, V>, impl::HashTable<K, V, Hash>>;
+  using Table =
+      std::conditional_t<byteKeys, impl::ByteTable<K, V, Tag>, impl::HashTable<K, V, Hash, Tag>>;
   static constexpr U32 none = Table::none;
 
   template <bool isConst>
@@ -142,7 +150,11 @@ class HashMap2018 {
   }
   /// Removes the element under the iterator or, by a stale one, that of the key it last held, and
   /// gives the iterator of the next. At the end, or when that key is gone: changes nothing, end().
+  /// Where debugging is on, another map's iterator stops the process (assertion "at.map == this").
   iterator del(const const_iterator& at) {
+    assertWhenDebugging(at.map_ == this, {"at.map == this", "platform/Zel/HashMap2018", 0,
+                                          "Zel::HashMap2018::iterator Zel::HashMap2018::del("
+                                          "const const_iterator&)"});
     U32 const index = at.indexToday();
     if (index == none) return end();
     table_.removeAt(index);
@@ -183,9 +195,9 @@ class HashMap2018 {
 };
 
 /// Stands at an element, or at the end. See the map for what makes it stale.
-template <class K, class V, class Hash>
+template <class K, class V, class Hash, class Tag>
 template <bool isConst>
-class HashMap2018<K, V, Hash>::BasicIterator {
+class HashMap2018<K, V, Hash, Tag>::BasicIterator {
   using Map = std::conditional_t<isConst, const HashMap2018, HashMap2018>;
   using MapValue = std::conditional_t<isConst, const V, V>;
   using Cursor = typename Table::Cursor;
@@ -202,6 +214,8 @@ class HashMap2018<K, V, Hash>::BasicIterator {
   using reference = Item;
   using pointer = void;
 
+  /// Stands nowhere: to be assigned to and destroyed only.
+  BasicIterator() = default;
   BasicIterator(const BasicIterator&) = default;
   BasicIterator(BasicIterator&&) noexcept = default;
   BasicIterator& operator=(const BasicIterator&) = default;
@@ -298,7 +312,7 @@ class HashMap2018<K, V, Hash>::BasicIterator {
     return state_ == map_->table_.state() ? cursor_.index() : map_->table_.indexOf(key_);
   }
 
-  Map* map_;
+  Map* map_ = nullptr;
   U64 state_ = 0;
   Cursor cursor_;
   K key_{};

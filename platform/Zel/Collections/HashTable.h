@@ -10,7 +10,6 @@
 #include <type_traits>
 #include <utility>
 
-#include "Sobrel.h"
 #include "Zel/Base/Types.h"
 #include "Zel/Collections/TableParts.h"
 
@@ -82,7 +81,7 @@ struct GroupLayout {
 /// in the four lowest bits, the slot's.
 ///
 /// Threads: as the map.
-template <class K, class V, class Hash>
+template <class K, class V, class Hash, class Tag>
 class HashTable : public TableState {
   using Short = ShortLayout<K, V>;
   using Groups = GroupLayout<K, V>;
@@ -107,7 +106,7 @@ class HashTable : public TableState {
         std::destroy_at(placeOfKey(index));
       }
     }
-    Sobrel::slabFree(block_, memoryBytes());
+    TableMemory<Tag>::give(block_, memoryBytes());
   }
 
   U32 size() const noexcept { return static_cast<U32>(state_); }
@@ -345,7 +344,7 @@ class HashTable : public TableState {
   // A block with room for `count` elements, without any.
   static U8* blockFor(std::size_t count) {
     if (count <= shortLimit) {
-      auto* const block = static_cast<U8*>(Sobrel::slabAlloc(Short::bytes(count)));
+      auto* const block = static_cast<U8*>(TableMemory<Tag>::take(Short::bytes(count)));
       new (block) TableHead{static_cast<U16>(count), static_cast<U16>(Short::valuesAt(count))};
       // The tags of free slots are compared too, though nobody looks at what comes of it.
       std::memset(block + Short::tagsAt, 0, 16);
@@ -358,7 +357,7 @@ class HashTable : public TableState {
     return groupBlock(logGroups);
   }
   static U8* groupBlock(U32 logGroups) {
-    auto* const block = static_cast<U8*>(Sobrel::slabAlloc(Groups::bytes(logGroups)));
+    auto* const block = static_cast<U8*>(TableMemory<Tag>::take(Groups::bytes(logGroups)));
     new (block) TableHead{0, static_cast<U16>(logGroups)};
     U8* tags = block + Groups::groupsAt;
     for (std::size_t n = std::size_t{1} << logGroups; n != 0; --n, tags += Groups::stride) {

@@ -41,6 +41,14 @@ struct RbTreeOrder {
       return static_cast<U64>(key);
     }
   }
+  /// The number that has this hint.
+  static K keyOf(U64 hint) noexcept requires exact {
+    if constexpr (std::is_signed_v<K>) {
+      return static_cast<K>(hint ^ U64{1} << 63);
+    } else {
+      return static_cast<K>(hint);
+    }
+  }
 };
 /// Strings: eight of their bytes, the first ones or, in a tree whose keys all begin alike, the
 /// first behind that beginning. An order whose hints are not exact, and which goes by the bytes

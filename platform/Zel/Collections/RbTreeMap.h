@@ -9,12 +9,16 @@
 #include <utility>
 
 #include "Sobrel.h"
+#include "Zel/Base/Assert.h"
 #include "Zel/Base/Types.h"
 #include "Zel/Collections/RbTree.h"
 
 namespace Zel {
 
 namespace impl {
+
+template <class K>
+inline constexpr bool isNumberKey = std::is_integral_v<K> || std::is_enum_v<K>;
 
 /// What map and set share. `Element` holds the key as `key`.
 template <class K, class Element, class Tag, class Less>
@@ -47,11 +51,15 @@ class RbTreeOf {
     Holder const gone(unlinked(probeFor(key)));
     return gone.element != nullptr;
   }
-  /// Removes what the iterator means. If an element was removed since the iterator was made or
-  /// last stepped, that is the key it last held, be that removed and added anew, or passed on the
-  /// way to the end; else the element under it, and nothing at the end. False when nothing was
-  /// removed. The iterator's `++` then goes to the element behind.
+  /// Removes what the iterator means. If an element was removed since the iterator was made
+  /// (generation() differs from the collection's), that is the key it last held, be that removed
+  /// and added anew, or passed on the way to the end; else the element under it, and nothing at the
+  /// end. False when nothing was removed. The iterator's `++` then goes to the element behind.
+  ///
+  /// The iterator must be this collection's: where debugging is on, another's stops the process
+  /// (assertion "at.owner == this").
   bool del(const iterator& at) {
+    ownIteratorExpected(at, "bool Zel::RbTreeOf::del(const iterator&)");
     if (!at.isHeld_ || (at.element_ == nullptr && at.generation_ == generation())) return false;
     Holder const gone(unlinked(at.heldProbe()));
     return gone.element != nullptr;
@@ -158,6 +166,7 @@ class RbTreeOf {
     if (void* const present = tree_.locate(probe, path)) {
       return {static_cast<Element*>(present), false};
     }
+    static_assert(alignof(Element) <= 16, "slab memory is aligned to 16 bytes at most");
     void* const memory = Sobrel::trackedAlloc(Tag::memAllocationTracker_, sizeof(Element));
     Element* element = nullptr;
     try {
@@ -187,10 +196,17 @@ class RbTreeOf {
   // The element under the iterator, or that of the key it holds should it be stale; null at the
   // end.
   Element* unlinked(const iterator& at) noexcept {
+    ownIteratorExpected(at, "V Zel::RbTreeMap::take(const iterator&)");
     return at.element_ == nullptr ? nullptr : unlinked(at.heldProbe());
   }
 
  private:
+  // A default-constructed iterator is nobody's, and means nothing anywhere.
+  void ownIteratorExpected(const iterator& at, const char* function) const noexcept {
+    assertWhenDebugging(at.owner_ == this || at.owner_ == nullptr,
+                        {"at.owner == this", "platform/Zel/RbTreeMap", 0, function});
+  }
+
   // Whether hints may leave out what all keys begin with.
   static constexpr bool skips = !Order::exact && requires(const K& key) {
     Order::hintBehind(key, U32{});
@@ -254,6 +270,7 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   // What an iterator that outlives its element goes by: the hint where that is the whole key, else
   // a copy of the key. One that cannot remove keeps no copy.
   static constexpr bool copiesKey = !Order::exact && !isConst;
+  static constexpr bool isNumber = Order::exact && isNumberKey<K>;
   struct Nothing {};
   using Held = std::conditional_t<Order::exact, U64, std::conditional_t<copiesKey, K, Nothing>>;
 
@@ -273,13 +290,24 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
         last_(other.last_),
         element_(other.element_),
         version_(other.version_),
+        removalsSeen_(other.removalsSeen_),
         generation_(other.generation_),
         isHeld_(other.isHeld_) {
     if constexpr (Order::exact) held_ = other.held_;
   }
 
-  /// The key of the element, in place.
-  const K& key() const noexcept { return element_->key; }
+  /// The key that the iterator last held, also when its element is gone: a number by value, another
+  /// key by reference to the iterator's own copy. But a constant iterator has no copy of a key that
+  /// is no number, nor has one whose order is all in the hint: theirs is the element's, in place.
+  decltype(auto) key() const noexcept {
+    if constexpr (isNumber) {
+      return Order::keyOf(held_);
+    } else if constexpr (copiesKey) {
+      return static_cast<const K&>(held_);
+    } else {
+      return static_cast<const K&>(element_->key);
+    }
+  }
   /// Maps only: the value of the element, in place.
   auto& value() const noexcept requires requires(Element& e) { e.value; }
   {
@@ -290,7 +318,7 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
     }
   }
   reference operator*() const noexcept { return element_->template item<isConst>(); }
-  /// The generation at which the iterator was made or last stepped.
+  /// The generation at which the iterator was made; a copy has its original's.
   U32 generation() const noexcept { return generation_; }
 
   /// A step that throws, as a key's copy may, leaves the iterator where it is; provided that a copy
@@ -323,10 +351,14 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   friend RbTreeOf;
   friend BasicIterator<true>;
   explicit BasicIterator(Owner* owner) noexcept
-      : owner_(owner), version_(owner->tree_.version()), generation_(owner->generation()) {}
+      : owner_(owner),
+        version_(owner->tree_.version()),
+        removalsSeen_(owner->generation()),
+        generation_(owner->generation()) {}
   BasicIterator(Owner* owner, RbTree::Position at)
       : owner_(owner),
         version_(owner->tree_.version()),
+        removalsSeen_(owner->generation()),
         generation_(owner->generation()),
         isHeld_(at.leaf != nullptr) {
     standAt(at);
@@ -370,12 +402,12 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   [[gnu::always_inline]] void resume() {
     RbTree::Position at;
     // Without a key of its own the iterator needs its element, which may be gone.
-    if (Order::exact || copiesKey || generation_ == owner_->generation()) {
+    if (Order::exact || copiesKey || removalsSeen_ == owner_->generation()) {
       at = owner_->tree_.upperBound(heldProbe());
     }
     standAt(at);
     version_ = owner_->tree_.version();
-    generation_ = owner_->generation();
+    removalsSeen_ = owner_->generation();
   }
 
   static constexpr std::ptrdiff_t ahead = 6;
@@ -387,17 +419,19 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   void** place_ = nullptr;
   void** last_ = nullptr;
   Element* element_ = nullptr;
-  U32 version_ = 0;
-  U32 generation_ = 0;
-  bool isHeld_ = false;  // whether it ever stood at an element
+  U32 version_ = 0;       // the tree's when the place was found
+  U32 removalsSeen_ = 0;  // the collection's generation then
+  U32 generation_ = 0;    // the collection's when the iterator was made
+  bool isHeld_ = false;   // whether it ever stood at an element
   [[no_unique_address]] Held held_{};
 };
 
 template <class K, class V>
 struct RbTreeMapElement {
+  /// A number comes by value, so that it outlives the element.
   template <bool isConst>
   struct Item {
-    const K& key;
+    std::conditional_t<isNumberKey<K>, K, const K&> key;
     std::conditional_t<isConst, const V, V>& value;
   };
   template <bool isConst>

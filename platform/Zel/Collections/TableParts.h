@@ -6,8 +6,10 @@
 #include <cstddef>
 #include <memory>
 #include <new>
+#include <type_traits>
 #include <utility>
 
+#include "Sobrel.h"
 #include "Zel/Base/Types.h"
 
 #if defined(__SSE2__)
@@ -52,6 +54,25 @@ constexpr std::size_t nextShortRoom(std::size_t room) noexcept {
   if (room < 4) return room == 0 ? 1 : 4;
   return room < 10 ? 10 : 16;
 }
+
+/// The memory of tables: slab memory, which is counted by the tag's tracker, where there is a tag.
+template <class Tag>
+struct TableMemory {
+  static void* take(std::size_t bytes) {
+    if constexpr (std::is_void_v<Tag>) {
+      return Sobrel::slabAlloc(bytes);
+    } else {
+      return Sobrel::trackedAlloc(Tag::memAllocationTracker_, bytes);
+    }
+  }
+  static void give(void* block, std::size_t bytes) noexcept {
+    if constexpr (std::is_void_v<Tag>) {
+      Sobrel::slabFree(block, bytes);
+    } else {
+      Sobrel::trackedFree(Tag::memAllocationTracker_, block, bytes);
+    }
+  }
+};
 
 template <class T>
 void relocate(T* from, T* to) noexcept {

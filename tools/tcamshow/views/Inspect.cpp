@@ -167,7 +167,7 @@ void showType(const TypeDescriptor& type, OutputBuffer& out) {
 void inspect(InputFile& snapshot, OutputBuffer& out) {
   Usage const usage(snapshot);
   Walker walker(out);
-  walker.root(Halvo::Ptr<const Halvo::Node>(&usage.chip()));
+  walker.root(Halvo::Ptr<const Halvo::Node>::share(&usage.chip()));
   walker.root(summaryOf(usage));
 }
 
