@@ -30,6 +30,7 @@ install(DIRECTORY platform/ DESTINATION ${velmor_include} COMPONENT dev
   PATTERN "platform/pravo" EXCLUDE
   PATTERN "Trelix/ParseIp.h" EXCLUDE
   PATTERN "Trelix/TextOut.h" EXCLUDE
+  PATTERN "Zel/Collections/RbTreeBlocks.h" EXCLUDE
   PATTERN "Zel/Format/FormatDigits.h" EXCLUDE
   PATTERN "Zel/Format/LineText.h" EXCLUDE)
 install(DIRECTORY VelmorTcamManagerBase DESTINATION ${velmor_include} COMPONENT dev

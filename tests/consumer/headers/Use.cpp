@@ -1,5 +1,5 @@
-// What a user of the headers writes first, with the warnings that careful projects turn on: templates
-// and macros warn where they are used, not where they stand.
+// What a user of the headers writes first, with the warnings that careful projects turn on:
+// templates and macros warn where they are used, not where they stand.
 #include "Halvo.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
@@ -20,8 +20,8 @@ class PermitFormat : public VelmorTcam::IpEntryRequestCliFormat {
 };
 static_assert(VelmorTcam::CompleteFormatter<PermitFormat>);
 
-ZEL_LOG_DESCRIPTORS(messages,
-                    {"LINK_DOWN", "Link of port %s went down", "The port lost its carrier.", "", 4});
+ZEL_LOG_DESCRIPTORS(messages, {"LINK_DOWN", "Link of port %s went down",
+                               "The port lost its carrier.", "", 4});
 
 }  // namespace
 
@@ -49,8 +49,8 @@ Halvo::String use(int descriptor) {
   for (auto const [stage, info] : chip->stageInfo()) text += stringValue(stage);
   for (auto const [priority, bucket] : copy->featurePrioBucket()) {
     for (auto const& queued : bucket->featureInfo()) {
-      text += Zel::_fmt("%u %s %u\n", priority, queued->cliFeatureName(),
-                        queued->entrySet().size());
+      text +=
+          Zel::_fmt("%u %s %u\n", priority, queued->cliFeatureName(), queued->entrySet().size());
     }
   }
   feature->entrySetDel(feature->entrySet().begin());
