@@ -81,15 +81,21 @@ PacketSet packetsOf(const Match& match) {
 
 constexpr FieldMask smallFields = bitOf(Field::flags) | bitOf(Field::frag) | bitOf(Field::tc);
 
-TEST(BoxSpace, DifferencesAndIntersectionsAreExact) {
+// Both words that boxes are made of.
+template <class W>
+class Boxes : public testing::Test {};
+using Words = testing::Types<Word, std::uint64_t>;
+TYPED_TEST_SUITE(Boxes, Words);
+
+TYPED_TEST(Boxes, DifferencesAndIntersectionsAreExact) {
   Matches matches(1);
-  BoxSpace const space(smallFields);
+  BoxSpace<TypeParam> const space(smallFields);
   for (int round = 0; round < 5'000; ++round) {
     Match const a = matches.next();
     Match const b = matches.next();
     PacketSet const inA = packetsOf(a);
     PacketSet const inB = packetsOf(b);
-    BoxList both(space.fields());
+    BoxList<TypeParam> both(space.fields());
     space.push(a, both);
     space.push(b, both);
     ASSERT_EQ(a.overlaps(b), (inA & inB).any());
@@ -97,7 +103,7 @@ TEST(BoxSpace, DifferencesAndIntersectionsAreExact) {
     ASSERT_EQ(a.contains(b), (inB & ~inA).none());
     ASSERT_EQ(space.contains(both[0], both[1]), (inB & ~inA).none());
     ASSERT_EQ(a == b, inA == inB);
-    BoxList pieces(space.fields());
+    BoxList<TypeParam> pieces(space.fields());
     ASSERT_EQ(space.intersectionAppend(both[0], both[1], pieces), (inA & inB).any());
     if (pieces.empty()) continue;
     ASSERT_EQ(packetsOf(space.matchOf(pieces[0])), inA & inB);
@@ -114,13 +120,13 @@ TEST(BoxSpace, DifferencesAndIntersectionsAreExact) {
   }
 }
 
-TEST(CoverSearch, AnswersAsTheListOfPackets) {
+TYPED_TEST(Boxes, CoverIsAsTheListOfPackets) {
   Matches matches(2);
-  BoxSpace const space(smallFields);
+  BoxSpace<TypeParam> const space(smallFields);
   int covered = 0;
   int coveredByMany = 0;
   for (int round = 0; round < 4'000; ++round) {
-    BoxList boxes(space.fields());
+    BoxList<TypeParam> boxes(space.fields());
     std::vector<PacketSet> packets;
     unsigned const count = matches.below(14);
     std::vector<std::uint32_t> candidates;
@@ -135,12 +141,12 @@ TEST(CoverSearch, AnswersAsTheListOfPackets) {
     }
     Match const asked = matches.next();
     PacketSet const inAsked = packetsOf(asked);
-    BoxList box(space.fields());
+    BoxList<TypeParam> box(space.fields());
     space.push(asked, box);
-    CoverSearch search(space);
-    CoverSearch::Answer const answer = search.ask(box[0], candidates, boxes);
+    CoverSearch<TypeParam> search(space);
+    CoverAnswer const answer = search.ask(box[0], candidates, boxes);
     if ((inAsked & ~all).none()) {
-      ASSERT_EQ(answer, CoverSearch::Answer::covered);
+      ASSERT_EQ(answer, CoverAnswer::covered);
       PacketSet byUsed;
       for (std::uint32_t const used : search.used()) {
         ASSERT_NE(std::find(candidates.begin(), candidates.end(), used), candidates.end());
@@ -158,7 +164,7 @@ TEST(CoverSearch, AnswersAsTheListOfPackets) {
         ASSERT_TRUE((inAsked & ~others).any());
       }
     } else {
-      ASSERT_EQ(answer, CoverSearch::Answer::open);
+      ASSERT_EQ(answer, CoverAnswer::open);
       PacketSet const witness = packetsOf(space.matchOf(search.witness()));
       ASSERT_TRUE(witness.any());
       ASSERT_TRUE((witness & ~inAsked).none());
@@ -170,9 +176,9 @@ TEST(CoverSearch, AnswersAsTheListOfPackets) {
 }
 
 // Each value of a field is a candidate of its own; all together cover, and one less does not.
-TEST(CoverSearch, FindsWhatIsLeftOfMany) {
-  BoxSpace const space(bitOf(Field::dport) | bitOf(Field::src));
-  BoxList boxes(space.fields());
+TYPED_TEST(Boxes, CoverLeavesWhatOneOfManyLacks) {
+  BoxSpace<TypeParam> const space(bitOf(Field::dport) | bitOf(Field::src));
+  BoxList<TypeParam> boxes(space.fields());
   std::vector<std::uint32_t> candidates;
   for (std::uint32_t port = 0; port < 65536; port += 64) {
     Match match;
@@ -180,21 +186,21 @@ TEST(CoverSearch, FindsWhatIsLeftOfMany) {
     space.push(match, boxes);
     candidates.push_back(port / 64);
   }
-  BoxList any(space.fields());
+  BoxList<TypeParam> any(space.fields());
   space.push(Match(), any);
-  CoverSearch search(space);
-  EXPECT_EQ(search.ask(any[0], candidates, boxes), CoverSearch::Answer::covered);
+  CoverSearch<TypeParam> search(space);
+  EXPECT_EQ(search.ask(any[0], candidates, boxes), CoverAnswer::covered);
   EXPECT_EQ(search.used().size(), candidates.size());
   candidates.erase(candidates.begin() + 700);
-  ASSERT_EQ(search.ask(any[0], candidates, boxes), CoverSearch::Answer::open);
+  ASSERT_EQ(search.ask(any[0], candidates, boxes), CoverAnswer::open);
   Match const witness = space.matchOf(search.witness());
   EXPECT_TRUE(FieldSet::range(700 * 64, 700 * 64 + 63, 16)->contains(witness[Field::dport]));
 }
 
 // One bit of each field: the pieces double with each candidate that is taken away.
-TEST(CoverSearch, SaysUnknownAtItsBound) {
-  BoxSpace const space(bitOf(Field::src) | bitOf(Field::dst));
-  BoxList boxes(space.fields());
+TYPED_TEST(Boxes, CoverIsUnknownAtItsBound) {
+  BoxSpace<TypeParam> const space(bitOf(Field::src) | bitOf(Field::dst));
+  BoxList<TypeParam> boxes(space.fields());
   std::vector<std::uint32_t> candidates;
   // x_i and y_i are not both 1, for any i; and not both 0: 2^32 packets are left out of 2^64, all
   // of which the last candidate takes but one.
@@ -208,32 +214,32 @@ TEST(CoverSearch, SaysUnknownAtItsBound) {
       space.push(match, boxes);
     }
   }
-  BoxList any(space.fields());
+  BoxList<TypeParam> any(space.fields());
   space.push(Match(), any);
-  CoverSearch search(space);
-  EXPECT_EQ(search.ask(any[0], candidates, boxes, 1), CoverSearch::Answer::unknown);
+  CoverSearch<TypeParam> search(space);
+  EXPECT_EQ(search.ask(any[0], candidates, boxes, 1), CoverAnswer::unknown);
   // With a bound that serves, the answer is exact: dst is the complement of src.
-  ASSERT_EQ(search.ask(any[0], candidates, boxes), CoverSearch::Answer::open);
+  ASSERT_EQ(search.ask(any[0], candidates, boxes), CoverAnswer::open);
   Match const witness = space.matchOf(search.witness());
   EXPECT_TRUE(witness[Field::src].low() == (~witness[Field::dst].low() & lowOnes(32)));
 }
 
-TEST(CoverSearch, AsksNothingOfNoCandidates) {
-  BoxSpace const space(0);
+TYPED_TEST(Boxes, CoverOfNoCandidatesIsOpen) {
+  BoxSpace<TypeParam> const space(0);
   EXPECT_EQ(space.fields(), 1U);
-  BoxList any(space.fields());
+  BoxList<TypeParam> any(space.fields());
   space.push(Match(), any);
-  CoverSearch search(space);
-  EXPECT_EQ(search.ask(any[0], {}, any), CoverSearch::Answer::open);
+  CoverSearch<TypeParam> search(space);
+  EXPECT_EQ(search.ask(any[0], {}, any), CoverAnswer::open);
   std::uint32_t const itself = 0;
-  EXPECT_EQ(search.ask(any[0], {&itself, 1}, any), CoverSearch::Answer::covered);
+  EXPECT_EQ(search.ask(any[0], {&itself, 1}, any), CoverAnswer::covered);
   EXPECT_EQ(search.used(), (std::vector<std::uint32_t>{0}));
 }
 
 TEST(OverlapIndex, FindsWhatOverlaps) {
   std::mt19937_64 random(7);
-  BoxSpace const space(0xFFFF);
-  OverlapIndex index(space);
+  BoxSpace<Word> const space(0xFFFF);
+  OverlapIndex<Word> index(space);
   std::vector<Match> matches;
   auto const next = [&] {
     Match match;
@@ -257,7 +263,7 @@ TEST(OverlapIndex, FindsWhatOverlaps) {
   for (int i = 0; i < 500; ++i) {
     Match const match = next();
     if (match.isEmpty()) continue;
-    BoxList box(space.fields());
+    BoxList<Word> box(space.fields());
     space.push(match, box);
     index.add(box[0]);
     matches.push_back(match);

@@ -4,50 +4,60 @@
 
 namespace tcamshow {
 
-BoxSpace::BoxSpace(FieldMask fields) : mask_(fields == 0 ? bitOf(Field::ethertype) : fields) {
+template <class W>
+BoxSpace<W>::BoxSpace(FieldMask fields) : mask_(fields == 0 ? bitOf(Field::ethertype) : fields) {
   for (std::size_t index = 0; index < fieldCount; ++index) {
     auto const field = static_cast<Field>(index);
     if ((mask_ & bitOf(field)) != 0) fields_.push_back(field);
   }
 }
 
-void BoxSpace::push(const Match& match, BoxList& to) const {
-  std::array<FieldSet, fieldCount> sets;
-  for (std::size_t i = 0; i < fields_.size(); ++i) sets[i] = match[fields_[i]];
+template <class W>
+void BoxSpace<W>::push(const Match& match, BoxList<W>& to) const {
+  std::array<FieldSetOf<W>, fieldCount> sets;
+  for (std::size_t i = 0; i < fields_.size(); ++i) {
+    sets[i] = FieldSetOf<W>(match[fields_[i]], bitsOf(fields_[i]));
+  }
   to.push(sets.data());
 }
 
-Match BoxSpace::matchOf(Box box) const noexcept {
+template <class W>
+Match BoxSpace<W>::matchOf(Box<W> box) const noexcept {
   Match match;
-  for (std::size_t i = 0; i < fields_.size(); ++i) match.restrict(fields_[i], box[i]);
+  for (std::size_t i = 0; i < fields_.size(); ++i) {
+    match.restrict(fields_[i], FieldSet(box[i], bitsOf(fields_[i])));
+  }
   return match;
 }
 
-bool BoxSpace::overlap(Box a, Box b) const noexcept {
+template <class W>
+bool BoxSpace<W>::overlap(Box<W> a, Box<W> b) const noexcept {
   for (std::size_t i = 0; i < fields_.size(); ++i) {
     if (!a[i].overlaps(b[i])) return false;
   }
   return true;
 }
 
-bool BoxSpace::contains(Box outer, Box inner) const noexcept {
+template <class W>
+bool BoxSpace<W>::contains(Box<W> outer, Box<W> inner) const noexcept {
   for (std::size_t i = 0; i < fields_.size(); ++i) {
     if (!outer[i].contains(inner[i])) return false;
   }
   return true;
 }
 
-void BoxSpace::differenceAppend(Box box, Box other, BoxList& to) const {
+template <class W>
+void BoxSpace<W>::differenceAppend(Box<W> box, Box<W> other, BoxList<W>& to) const {
   // The part of `box` that agrees with `other` in the fields before this one.
-  std::array<FieldSet, fieldCount> rest;
+  std::array<FieldSetOf<W>, fieldCount> rest;
   std::copy(box, box + fields_.size(), rest.begin());
-  FieldSets pieces;
+  std::vector<FieldSetOf<W>> pieces;
   for (std::size_t i = 0; i < fields_.size(); ++i) {
     if (other[i].contains(rest[i])) continue;
     pieces.clear();
     rest[i].differenceAppend(other[i], pieces);
     auto const common = rest[i].intersection(other[i]);
-    for (const FieldSet& piece : pieces) {
+    for (const FieldSetOf<W>& piece : pieces) {
       rest[i] = piece;
       to.push(rest.data());
     }
@@ -55,8 +65,9 @@ void BoxSpace::differenceAppend(Box box, Box other, BoxList& to) const {
   }
 }
 
-bool BoxSpace::intersectionAppend(Box a, Box b, BoxList& to) const {
-  std::array<FieldSet, fieldCount> common;
+template <class W>
+bool BoxSpace<W>::intersectionAppend(Box<W> a, Box<W> b, BoxList<W>& to) const {
+  std::array<FieldSetOf<W>, fieldCount> common;
   for (std::size_t i = 0; i < fields_.size(); ++i) {
     auto const set = a[i].intersection(b[i]);
     if (!set) return false;
@@ -66,15 +77,14 @@ bool BoxSpace::intersectionAppend(Box a, Box b, BoxList& to) const {
   return true;
 }
 
-double BoxSpace::shareTaken(Box box, Box by) const noexcept {
+template <class W>
+double BoxSpace<W>::shareTaken(Box<W> box, Box<W> by) const noexcept {
   double share = 1;
-  for (std::size_t i = 0; i < fields_.size(); ++i) {
-    if (by[i].contains(box[i])) continue;
-    auto const common = box[i].intersection(by[i]);
-    if (!common) return 0;
-    share *= common->size() / box[i].size();
-  }
+  for (std::size_t i = 0; i < fields_.size(); ++i) share *= box[i].shareTaken(by[i]);
   return share;
 }
+
+template class BoxSpace<Word>;
+template class BoxSpace<std::uint64_t>;
 
 }  // namespace tcamshow

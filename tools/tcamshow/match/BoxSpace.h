@@ -11,31 +11,35 @@
 
 namespace tcamshow {
 
-/// A box: as many sets of values as its space has fields, in the space's order.
-using Box = const FieldSet*;
+/// A box: as many sets of values as its space has fields, in the space's order. W is the word of
+/// the sets: FieldSetOf says which serves.
+template <class W>
+using Box = const FieldSetOf<W>*;
 
 /// A list of boxes of one space.
+template <class W>
 class BoxList {
  public:
   explicit BoxList(std::size_t fields) noexcept : fields_(fields) {}
 
   std::size_t size() const noexcept { return sets_.size() / fields_; }
   bool empty() const noexcept { return sets_.empty(); }
-  Box operator[](std::size_t index) const noexcept { return sets_.data() + index * fields_; }
-  Box back() const noexcept { return (*this)[size() - 1]; }
+  Box<W> operator[](std::size_t index) const noexcept { return sets_.data() + index * fields_; }
+  Box<W> back() const noexcept { return (*this)[size() - 1]; }
 
   /// `box` must not be one of this list: its memory may move.
-  void push(Box box) { sets_.insert(sets_.end(), box, box + fields_); }
+  void push(Box<W> box) { sets_.insert(sets_.end(), box, box + fields_); }
   void pop() noexcept { sets_.resize(sets_.size() - fields_); }
   void clear() noexcept { sets_.clear(); }
   void reserve(std::size_t boxes) { sets_.reserve(boxes * fields_); }
 
  private:
   std::size_t fields_;
-  std::vector<FieldSet> sets_;
+  std::vector<FieldSetOf<W>> sets_;
 };
 
 /// The fields in which some matches differ from "any": no other field can tell their packets apart.
+template <class W>
 class BoxSpace {
  public:
   /// A space has a field at least: where none is given, one that everything is any value of.
@@ -46,23 +50,26 @@ class BoxSpace {
   FieldMask mask() const noexcept { return mask_; }
 
   /// Appends the match, which holds a packet and limits no field but those of the space.
-  void push(const Match& match, BoxList& to) const;
+  void push(const Match& match, BoxList<W>& to) const;
   /// The box as a match; it names the fields of the space.
-  Match matchOf(Box box) const noexcept;
+  Match matchOf(Box<W> box) const noexcept;
 
-  bool overlap(Box a, Box b) const noexcept;
-  bool contains(Box outer, Box inner) const noexcept;
+  bool overlap(Box<W> a, Box<W> b) const noexcept;
+  bool contains(Box<W> outer, Box<W> inner) const noexcept;
   /// Appends what `other`, which overlaps `box`, leaves of it, in boxes that do not overlap.
   /// Neither may be of the list.
-  void differenceAppend(Box box, Box other, BoxList& to) const;
+  void differenceAppend(Box<W> box, Box<W> other, BoxList<W>& to) const;
   /// Appends the packets of both; false, and nothing is appended, where there is none.
-  bool intersectionAppend(Box a, Box b, BoxList& to) const;
+  bool intersectionAppend(Box<W> a, Box<W> b, BoxList<W>& to) const;
   /// How much of `box` the other takes, from 0 (none) to 1 (all); rounded.
-  double shareTaken(Box box, Box by) const noexcept;
+  double shareTaken(Box<W> box, Box<W> by) const noexcept;
 
  private:
   FieldMask mask_;
   std::vector<Field> fields_;
 };
+
+extern template class BoxSpace<Word>;
+extern template class BoxSpace<std::uint64_t>;
 
 }  // namespace tcamshow

@@ -6,122 +6,119 @@ namespace tcamshow {
 
 namespace {
 
-/// Candidates that the levels of a search keep for themselves: beyond it they go through those of
-/// the level above again, which takes time in place of memory.
-constexpr std::size_t maxKept = std::size_t{1} << 22;
-/// Of so many candidates that meet a piece the one is taken that takes most of it.
-constexpr std::size_t compared = 8;
+/// A piece looks at so many candidates that meet it, and goes on with the one that takes most of
+/// it.
+constexpr unsigned compared = 32;
 
 }  // namespace
 
-CoverSearch::CoverSearch(const BoxSpace& space)
+template <class W>
+CoverSearch<W>::CoverSearch(const BoxSpace<W>& space)
     : space_(space), witness_(space.fields()), pieces_(space.fields()), current_(space.fields()) {}
 
-CoverSearch::Answer CoverSearch::ask(Box box, std::span<const std::uint32_t> candidates,
-                                     const BoxList& all, std::uint64_t bound) {
+template <class W>
+CoverAnswer CoverSearch<W>::ask(Box<W> box, std::span<const std::uint32_t> candidates,
+                                const BoxList<W>& all, std::uint64_t bound) {
   used_.clear();
   witness_.clear();
   // Most boxes that are asked about are open, and a few packets show it.
-  if (isOpenBySample(box, candidates, all, 4)) return Answer::open;
-  if (lineUp(box, candidates, all)) return Answer::covered;
-  Answer const answer = cut(box, met_, all, bound);
-  if (answer == Answer::covered) {
+  if (isOpenBySample(box, candidates, all, 4)) return CoverAnswer::open;
+  if (isHeldByOne(box, candidates, all)) return CoverAnswer::covered;
+  if (bound == 0) return CoverAnswer::unknown;
+  lineUp(box, candidates, all);
+  CoverAnswer const answer = cut(box, met_, all, bound);
+  if (answer == CoverAnswer::covered) {
     for (std::size_t i = 0; i < met_.size(); ++i) {
       if (isUsed_[i]) used_.push_back(met_[i]);
     }
     usedMinimize(box, all);
   }
-  if (answer == Answer::unknown && isOpenBySample(box, met_, all, 256)) return Answer::open;
+  if (answer == CoverAnswer::unknown && isOpenBySample(box, met_, all, 256))
+    return CoverAnswer::open;
   return answer;
 }
 
-/// Puts those that meet the box into met_. True where one of them holds all of it: then that one is
-/// used.
-bool CoverSearch::lineUp(Box box, std::span<const std::uint32_t> candidates, const BoxList& all) {
+/// Whether one candidate holds all of the box; that one is used.
+template <class W>
+bool CoverSearch<W>::isHeldByOne(Box<W> box, std::span<const std::uint32_t> candidates,
+                                 const BoxList<W>& all) {
+  for (std::uint32_t const candidate : candidates) {
+    if (!space_.contains(all[candidate], box)) continue;
+    used_.push_back(candidate);
+    ++boxes_;
+    return true;
+  }
+  return false;
+}
+
+/// Puts those that meet the box into met_.
+template <class W>
+void CoverSearch<W>::lineUp(Box<W> box, std::span<const std::uint32_t> candidates,
+                            const BoxList<W>& all) {
   struct Share {
     double share;
     std::uint32_t candidate;
   };
   std::vector<Share> shares;
   for (std::uint32_t const candidate : candidates) {
-    Box const other = all[candidate];
-    if (!space_.overlap(other, box)) continue;
-    if (space_.contains(other, box)) {
-      used_.push_back(candidate);
-      ++boxes_;
-      return true;
+    Box<W> const other = all[candidate];
+    if (space_.overlap(other, box)) {
+      shares.push_back({space_.shareTaken(box, other), candidate});
     }
-    shares.push_back({space_.shareTaken(box, other), candidate});
   }
   std::stable_sort(shares.begin(), shares.end(),
                    [](const Share& a, const Share& b) { return a.share > b.share; });
   met_.clear();
   for (const Share& share : shares) met_.push_back(share.candidate);
-  return false;
 }
 
-CoverSearch::Answer CoverSearch::cut(Box box, std::span<const std::uint32_t> candidates,
-                                     const BoxList& all, std::uint64_t bound) {
-  auto const count = static_cast<std::uint32_t>(candidates.size());
-  isUsed_.assign(count, false);
-  kept_.resize(count);
-  for (std::uint32_t i = 0; i < count; ++i) kept_[i] = i;
+template <class W>
+CoverAnswer CoverSearch<W>::cut(Box<W> box, std::span<const std::uint32_t> candidates,
+                                const BoxList<W>& all, std::uint64_t bound) {
+  isUsed_.assign(candidates.size(), false);
   pieces_.clear();
   pieces_.push(box);
-  stack_.assign(1, {0, count});
-  for (std::uint64_t looked = 0; !stack_.empty(); ++looked) {
-    if (looked == bound) return Answer::unknown;
+  from_.assign(1, 0);
+  for (std::uint64_t looked = 0; !from_.empty(); ++looked) {
+    if (looked == bound) return CoverAnswer::unknown;
     ++boxes_;
-    Piece const piece = stack_.back();
-    stack_.pop_back();
+    std::size_t first = from_.back();
+    from_.pop_back();
     current_.clear();
     current_.push(pieces_.back());
     pieces_.pop();
-    Box const current = current_[0];
-    // What stands behind belonged to pieces that are done.
-    kept_.resize(piece.endCandidate);
-    bool const isKept = kept_.size() < maxKept;
-    bool isCovered = false;
-    std::size_t met = 0;
-    std::uint32_t best = 0;
-    double bestShare = -1;
-    for (std::uint32_t at = piece.firstCandidate; at < piece.endCandidate && !isCovered; ++at) {
-      std::uint32_t const candidate = kept_[at];
-      Box const other = all[candidates[candidate]];
+    Box<W> const current = current_[0];
+    unsigned met = 0;
+    std::size_t best = 0;
+    double bestShare = 0;
+    for (std::size_t at = first; at < candidates.size() && met < compared; ++at) {
+      Box<W> const other = all[candidates[at]];
       if (!space_.overlap(other, current)) continue;
-      isCovered = space_.contains(other, current);
-      if (isCovered) {
-        best = candidate;
-        break;
-      }
-      if (met < compared) {
-        double const share = space_.shareTaken(current, other);
-        if (share > bestShare) {
-          bestShare = share;
-          best = candidate;
-        }
-      }
+      if (met == 0) first = at;
       ++met;
-      if (isKept) kept_.push_back(candidate);
+      double const share = space_.shareTaken(current, other);
+      if (share <= bestShare) continue;
+      best = at;
+      bestShare = share;
+      if (share == 1) break;
     }
-    if (met == 0 && !isCovered) {
+    if (met == 0) {
       witness_.push(current);
-      return Answer::open;
+      return CoverAnswer::open;
     }
     isUsed_[best] = true;
-    if (isCovered) continue;
     std::size_t const before = pieces_.size();
     space_.differenceAppend(current, all[candidates[best]], pieces_);
-    Piece const next =
-        isKept ? Piece{piece.endCandidate, static_cast<std::uint32_t>(kept_.size())} : piece;
-    stack_.insert(stack_.end(), pieces_.size() - before, next);
+    // No piece meets a candidate that the whole did not.
+    from_.insert(from_.end(), pieces_.size() - before, first);
   }
-  return Answer::covered;
+  return CoverAnswer::covered;
 }
 
 /// Leaves out of used_ what the others do without, from the smallest share on: by few searches of
 /// few boxes.
-void CoverSearch::usedMinimize(Box box, const BoxList& all) {
+template <class W>
+void CoverSearch<W>::usedMinimize(Box<W> box, const BoxList<W>& all) {
   constexpr std::size_t most = 32;
   constexpr std::uint64_t bound = 1000;
   if (used_.size() > most) return;
@@ -129,28 +126,34 @@ void CoverSearch::usedMinimize(Box box, const BoxList& all) {
   for (std::size_t i = used_.size(); i-- > 0 && used_.size() > 1;) {
     fewer = used_;
     fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(i));
-    if (cut(box, fewer, all, bound) == Answer::covered) used_ = fewer;
+    if (cut(box, fewer, all, bound) == CoverAnswer::covered) used_ = fewer;
   }
   witness_.clear();
 }
 
 /// Looks for an open packet by trial: the box's lowest, its highest, and others.
-bool CoverSearch::isOpenBySample(Box box, std::span<const std::uint32_t> candidates,
-                                 const BoxList& all, unsigned trials) {
+template <class W>
+bool CoverSearch<W>::isOpenBySample(Box<W> box, std::span<const std::uint32_t> candidates,
+                                    const BoxList<W>& all, unsigned trials) {
   std::uint64_t state = 1;  // the same packets each time: two runs print the same
-  auto const random = [&state] {
+  auto const half = [&state] {
     state += 0x9E3779B97F4A7C15;
     std::uint64_t mixed = (state ^ state >> 30) * 0xBF58476D1CE4E5B9;
     mixed = (mixed ^ mixed >> 27) * 0x94D049BB133111EB;
     return mixed ^ mixed >> 31;
   };
-  packet_.assign(space_.fields(), FieldSet());
+  auto const random = [&half] {
+    if constexpr (sizeof(W) == 16) {
+      return W{half()} << 64 | half();
+    } else {
+      return half();
+    }
+  };
+  packet_.assign(space_.fields(), FieldSetOf<W>());
   for (unsigned trial = 0; trial < trials; ++trial) {
     for (std::size_t i = 0; i < packet_.size(); ++i) {
-      Word const drawn = trial == 0   ? Word{0}
-                         : trial == 1 ? ~Word{0}
-                                      : Word{random()} << 64 | random();
-      packet_[i] = FieldSet::exactly(box[i].picked(drawn));
+      W const drawn = trial == 0 ? W{0} : trial == 1 ? ~W{0} : random();
+      packet_[i] = FieldSetOf<W>::exactly(box[i].picked(drawn));
     }
     bool const isTaken = std::any_of(
         candidates.begin(), candidates.end(),
@@ -163,5 +166,8 @@ bool CoverSearch::isOpenBySample(Box box, std::span<const std::uint32_t> candida
   }
   return false;
 }
+
+template class CoverSearch<Word>;
+template class CoverSearch<std::uint64_t>;
 
 }  // namespace tcamshow

@@ -5,7 +5,8 @@
 
 namespace tcamshow {
 
-OverlapIndex::OverlapIndex(const BoxSpace& space) : space_(space), boxes_(space.fields()) {
+template <class W>
+OverlapIndex<W>::OverlapIndex(const BoxSpace<W>& space) : space_(space), boxes_(space.fields()) {
   constexpr unsigned wordBits = 32;
   unsigned free = 0;  // in the last column
   for (std::size_t i = 0; i < space.fields(); ++i) {
@@ -25,12 +26,13 @@ OverlapIndex::OverlapIndex(const BoxSpace& space) : space_(space), boxes_(space.
   }
 }
 
-OverlapIndex::Ternary OverlapIndex::wordOf(const Column& column, Box box) noexcept {
-  Ternary word{0, 0};
+template <class W>
+TernaryWord OverlapIndex<W>::wordOf(const Column& column, Box<W> box) noexcept {
+  TernaryWord word{0, 0};
   for (const Part& part : column.parts) {
-    const FieldSet& set = box[part.field];
-    auto const cut = [&part](Word bits) {
-      return static_cast<std::uint32_t>(bits >> part.fieldShift & lowOnes(part.bits))
+    const FieldSetOf<W>& set = box[part.field];
+    auto const cut = [&part](W bits) {
+      return static_cast<std::uint32_t>(bits >> part.fieldShift & lowOnes<W>(part.bits))
              << part.wordShift;
     };
     word.value |= cut(set.value());
@@ -40,7 +42,8 @@ OverlapIndex::Ternary OverlapIndex::wordOf(const Column& column, Box box) noexce
 }
 
 /// The fields, one bit each in the space's order, of which the words leave something out.
-std::uint32_t OverlapIndex::rangesOf(Box box) const noexcept {
+template <class W>
+std::uint32_t OverlapIndex<W>::rangesOf(Box<W> box) const noexcept {
   std::uint32_t ranges = 0;
   for (std::size_t i = 0; i < space_.fields(); ++i) {
     if (!box[i].isCube()) ranges |= 1U << i;
@@ -48,12 +51,13 @@ std::uint32_t OverlapIndex::rangesOf(Box box) const noexcept {
   return ranges;
 }
 
-void OverlapIndex::add(Box box) {
+template <class W>
+void OverlapIndex<W>::add(Box<W> box) {
   std::size_t const number = boxes_.size();
   boxes_.push(box);
   ranges_.push_back(rangesOf(box));
   for (Column& column : columns_) {
-    Ternary const word = wordOf(column, box);
+    TernaryWord const word = wordOf(column, box);
     // Whole blocks: a scan reads no further than there is memory.
     if (number % blockSize == 0) {
       column.values.resize(number + blockSize);
@@ -62,17 +66,18 @@ void OverlapIndex::add(Box box) {
     }
     column.values[number] = word.value;
     column.masks[number] = word.mask;
-    Ternary& hull = column.hulls.back();
+    TernaryWord& hull = column.hulls.back();
     hull.mask &= word.mask & ~(hull.value ^ word.value);
     hull.value &= hull.mask;
   }
 }
 
 /// Which boxes of a block may meet the words: bit i for the block's i-th.
-std::uint64_t OverlapIndex::blockHits(const std::vector<Ternary>& words,
-                                      std::size_t block) const noexcept {
+template <class W>
+std::uint64_t OverlapIndex<W>::blockHits(const std::vector<TernaryWord>& words,
+                                         std::size_t block) const noexcept {
   for (std::size_t c = 0; c < words.size(); ++c) {
-    Ternary const hull = columns_[c].hulls[block];
+    TernaryWord const hull = columns_[c].hulls[block];
     if (((hull.value ^ words[c].value) & hull.mask & words[c].mask) != 0) return 0;
   }
   std::array<std::uint32_t, blockSize> differ{};
@@ -93,9 +98,10 @@ std::uint64_t OverlapIndex::blockHits(const std::vector<Ternary>& words,
   return hits;
 }
 
-void OverlapIndex::overlapping(Box box, std::uint32_t from, std::uint32_t to,
-                               std::vector<std::uint32_t>& found) const {
-  std::vector<Ternary> words;
+template <class W>
+void OverlapIndex<W>::overlapping(Box<W> box, std::uint32_t from, std::uint32_t to,
+                                  std::vector<std::uint32_t>& found) const {
+  std::vector<TernaryWord> words;
   words.reserve(columns_.size());
   for (const Column& column : columns_) words.push_back(wordOf(column, box));
   std::uint32_t const ranges = rangesOf(box);
@@ -117,5 +123,8 @@ void OverlapIndex::overlapping(Box box, std::uint32_t from, std::uint32_t to,
     }
   }
 }
+
+template class OverlapIndex<Word>;
+template class OverlapIndex<std::uint64_t>;
 
 }  // namespace tcamshow

@@ -11,6 +11,12 @@
 
 namespace tcamshow {
 
+/// 32 bits of a box: where the mask has a 1, those of its packets are those of the value.
+struct TernaryWord {
+  std::uint32_t value;
+  std::uint32_t mask;
+};
+
 /// Boxes in columns of 32-bit words, value beside mask, so that one step of a scan rules out many.
 ///
 /// A scan over columns beats trees here: matches overlap in too many ways for a tree to part them,
@@ -19,19 +25,20 @@ namespace tcamshow {
 ///     OverlapIndex index(space);
 ///     for (...) index.add(box);
 ///     index.overlapping(box, 0, index.size(), found);
+template <class W>
 class OverlapIndex {
  public:
   /// `space` must outlive the index.
-  explicit OverlapIndex(const BoxSpace& space);
+  explicit OverlapIndex(const BoxSpace<W>& space);
 
   /// Appends a box; its number is size() as it was before.
-  void add(Box box);
+  void add(Box<W> box);
   std::uint32_t size() const noexcept { return static_cast<std::uint32_t>(boxes_.size()); }
-  const BoxList& boxes() const noexcept { return boxes_; }
-  Box operator[](std::uint32_t number) const noexcept { return boxes_[number]; }
+  const BoxList<W>& boxes() const noexcept { return boxes_; }
+  Box<W> operator[](std::uint32_t number) const noexcept { return boxes_[number]; }
 
   /// Appends the numbers in [from, to) of the boxes that meet `box`, ascending.
-  void overlapping(Box box, std::uint32_t from, std::uint32_t to,
+  void overlapping(Box<W> box, std::uint32_t from, std::uint32_t to,
                    std::vector<std::uint32_t>& found) const;
 
  private:
@@ -44,24 +51,23 @@ class OverlapIndex {
     std::uint8_t bits;
     std::uint8_t wordShift;
   };
-  struct Ternary {
-    std::uint32_t value;
-    std::uint32_t mask;
-  };
   struct Column {
     std::vector<Part> parts;
     std::vector<std::uint32_t> values;
     std::vector<std::uint32_t> masks;
-    std::vector<Ternary> hulls;  // of each block: the bits that are the same in all of it
+    std::vector<TernaryWord> hulls;  // of each block: the bits that are the same in all of it
   };
-  static Ternary wordOf(const Column& column, Box box) noexcept;
-  std::uint32_t rangesOf(Box box) const noexcept;
-  std::uint64_t blockHits(const std::vector<Ternary>& words, std::size_t block) const noexcept;
+  static TernaryWord wordOf(const Column& column, Box<W> box) noexcept;
+  std::uint32_t rangesOf(Box<W> box) const noexcept;
+  std::uint64_t blockHits(const std::vector<TernaryWord>& words, std::size_t block) const noexcept;
 
-  const BoxSpace& space_;
-  BoxList boxes_;
+  const BoxSpace<W>& space_;
+  BoxList<W> boxes_;
   std::vector<Column> columns_;
   std::vector<std::uint32_t> ranges_;  // of each box
 };
+
+extern template class OverlapIndex<Word>;
+extern template class OverlapIndex<std::uint64_t>;
 
 }  // namespace tcamshow
