@@ -1,6 +1,7 @@
-// The export mark of libVelmorPlatform.so. Everything else in it is hidden.
+// Marks the classes and functions that libVelmorPlatform.so exports. Everything else in the library
+// is hidden.
 //
-// Threads: nothing here but a mark.
+// Threads: only a macro.
 #pragma once
 
 #define VELMOR_PLATFORM_API __attribute__((visibility("default")))

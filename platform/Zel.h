@@ -1,7 +1,7 @@
-// Zel: the type-model runtime. Formatting, tracing and log handles, collections, enumerations, type
+// Zel: the type-model runtime: formatting, trace and log handles, collections, enumerations, type
 // descriptors and reflection.
 //
-// Threads: each part says for itself.
+// Threads: see each header.
 #pragma once
 
 #include "Zel/Base/Assert.h"

@@ -1,4 +1,4 @@
-// The short name of Zel/Format/Format.h: Zel::_fmt.
+// Short path of Zel/Format/Format.h: Zel::_fmt.
 #pragma once
 
 #include "Zel/Format/Format.h"  // IWYU pragma: export

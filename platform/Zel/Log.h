@@ -1,4 +1,4 @@
-// The short name of Zel/Trace/Log.h: log descriptors and handles.
+// Short path of Zel/Trace/Log.h: log descriptors and handles.
 #pragma once
 
 #include "Zel/Trace/Log.h"  // IWYU pragma: export

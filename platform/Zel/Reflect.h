@@ -1,4 +1,4 @@
-// The short name of Zel/Types/Reflect.h: reflection.
+// Short path of Zel/Types/Reflect.h: reflection.
 #pragma once
 
 #include "Zel/Types/Reflect.h"  // IWYU pragma: export

@@ -1,4 +1,4 @@
-// The short name of Zel/Trace/Trace.h: trace handles and sites.
+// Short path of Zel/Trace/Trace.h: trace handles and trace sites.
 #pragma once
 
 #include "Zel/Trace/Trace.h"  // IWYU pragma: export

@@ -19,7 +19,7 @@ iovec piece(const char* text) { return {const_cast<char*>(text), std::strlen(tex
 void assertionFailed(const AssertionSite& site) noexcept {
   char line[16] = {};
   std::to_chars(line, line + sizeof line - 1, site.line);
-  // One gathered write: lines of two threads that fail at once do not mix.
+  // One writev: two threads that fail at the same time do not mix their lines.
   iovec const pieces[] = {piece("assertion failed: "),
                           piece(site.expression),
                           piece(" at "),

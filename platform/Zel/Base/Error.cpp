@@ -2,8 +2,8 @@
 
 namespace Zel {
 
-// Out of line, so that each class has one home for its type information and a throw in one library
-// is caught in another.
+// Out of line: each class then has its type information in one place only, and an error that one
+// library throws can be caught in another.
 Error::~Error() = default;
 ParseError::~ParseError() = default;
 RangeError::~RangeError() = default;

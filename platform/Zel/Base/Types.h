@@ -1,6 +1,6 @@
 // The fixed-width integer names that every header of the platform uses.
 //
-// Threads: nothing here but names of types.
+// Threads: only names of types.
 #pragma once
 
 #include <cstddef>
