@@ -1,6 +1,6 @@
-// Halvo: the core runtime. Objects, pointers, strings, collections of records, memory tracking.
+// Halvo: the core runtime: objects, pointers, strings, queues, memory tracking.
 //
-// Threads: each part says for itself.
+// Threads: see each header.
 #pragma once
 
 #include "Halvo/Duration.h"

@@ -1,7 +1,7 @@
 // Duration: a length of time.
 //
-// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
-// changes from any.
+// Threads: plain values. Different threads may use different objects at the same time. Several
+// threads may read one object while no thread changes it.
 #pragma once
 
 #include <chrono>
@@ -12,14 +12,14 @@
 
 namespace Halvo {
 
-/// A length of time with nanosecond resolution, about ±292 years. A value; zero by default.
+/// A length of time in nanoseconds, up to about ±292 years. A value, zero by default.
 ///
 ///     Halvo::Duration(1.5).nanoseconds() == 1'500'000'000
 class Duration {
  public:
   constexpr Duration() noexcept = default;
-  /// From seconds, which may be a fraction and negative. What is beyond the range becomes the
-  /// longest time of that sign; not a number becomes 0.
+  /// From seconds, which may be fractional or negative. A time beyond the range becomes the longest
+  /// one of its sign; NaN becomes 0.
   constexpr Duration(double seconds) noexcept : nanoseconds_(fromSeconds(seconds)) {}
   template <class Rep, class Period>
   constexpr Duration(std::chrono::duration<Rep, Period> d) noexcept

@@ -11,16 +11,17 @@
 
 namespace Halvo {
 
-/// Live and total objects and bytes of one type.
+/// Counts the live and the total objects and bytes of one type.
 ///
-/// Define one with static storage and `constinit`: it costs nothing at load. It enters the list of
-/// trackers when it first counts something, and stays there until unlist(); a library that may be
-/// unloaded unlists its trackers as it goes (ModuleInspectData does so for those that it is given).
-/// Bytes are those that were asked for; the allocator may round them up.
+/// Define a tracker with static storage and `constinit`: then it costs nothing at load. It enters
+/// the list of trackers when it first counts an allocation, and stays there until unlist(). A
+/// library that may be unloaded must unlist its trackers when it goes. ModuleInspectData does so
+/// for the trackers of its module. Bytes are the requested bytes; the allocator may round them up.
 ///
-/// Threads: any may count and read. No count is lost from one thread, nor from many while
-/// ThreadControl's switch is on; live counts that are read while other threads allocate are of that
-/// moment, not exact. Walking the list is safe beside trackers that enter it, not beside unlist().
+/// Threads: any thread may count and read. A single thread never loses a count. Several threads at
+/// once lose none while ThreadControl's switch is on. A live count is exact only if no other thread
+/// allocates or releases while it is read. Walking the list is safe while trackers enter it, but
+/// not during unlist().
 ///
 ///     constinit Halvo::MemoryTracker tracker{"Agent::Flow"};
 ///     for (auto* t = Halvo::MemoryTracker::first(); t; t = t->next())
@@ -50,18 +51,18 @@ class VELMOR_PLATFORM_API MemoryTracker {
   U64 liveObjects() const noexcept { return live(allocatedObjects_, releasedObjects_); }
   U64 liveBytes() const noexcept { return live(allocatedBytes_, releasedBytes_); }
 
-  /// The trackers that have counted something, the newest first. Safe beside trackers that enter;
-  /// not beside unlist().
+  /// The list of the trackers that have counted something, newest first. Walking it is safe while
+  /// trackers enter it, but not during unlist().
   static MemoryTracker* first() noexcept;
   MemoryTracker* next() const noexcept { return next_.load(std::memory_order_acquire); }
 
-  /// Takes the tracker off the list; it enters again should it count again.
+  /// Removes the tracker from the list. It enters again when it next counts an allocation.
   void unlist() noexcept;
 
  private:
-  // The released ones first: beside threads that allocate, the difference then errs upwards. An
-  // object that is released between the two readings by a thread that this one does not wait for
-  // could still make it negative, which is told as none.
+  // Reads the released count first: an allocation in between then makes the difference too large,
+  // not too small. A release on another thread may still become visible before its allocation. The
+  // result is then 0, not negative.
   static U64 live(const std::atomic<U64>& allocated, const std::atomic<U64>& released) noexcept {
     U64 const gone = released.load(std::memory_order_acquire);
     U64 const all = allocated.load(std::memory_order_acquire);
@@ -81,6 +82,6 @@ class VELMOR_PLATFORM_API MemoryTracker {
 }  // namespace Halvo
 
 namespace Zel {
-/// The tracker of one class of nodes.
+/// Counts the objects of one class.
 using AllocationTracker = Halvo::MemoryTracker;
 }  // namespace Zel

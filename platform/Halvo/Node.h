@@ -13,54 +13,57 @@ struct TypeDescriptor;
 
 namespace Halvo {
 
-/// An object that lives by reference count.
+/// A reference-counted object.
 ///
-/// Invariant: an object is born with a count of one, which belongs to whoever made it (makePtr
-/// hands that one to the Ptr it returns). When the count falls to zero lastUserGone() runs, once,
-/// and by default deletes the object.
+/// Invariant: a new object has a count of one. That reference belongs to its creator; makePtr
+/// passes it to the Ptr that it returns. When the count falls to zero, lastUserGone() runs once. By
+/// default it deletes the object.
 ///
-/// Threads: references may be taken and given back from any thread while ThreadControl's switch is
-/// on, and what a thread did before it gave its own back is seen by the one that ends the object;
-/// with the switch off all of an object's references are for one thread at a time. The flag word is
+/// Threads: while ThreadControl's switch is on, any thread may take and release references. The
+/// thread that ends the object sees all that other threads did before they released theirs. While
+/// the switch is off, one thread at a time may use the references of an object. The flag word is
 /// not synchronised: it belongs to the thread that builds and destroys the object.
 ///
-/// The virtual operations stand in a fixed slot order: destructor, lastUserGone, publisher,
-/// typeData; those of derived classes follow.
+/// The virtual operations have fixed slots, in this order: destructor, lastUserGone, publisher,
+/// typeData, then the operations of derived classes.
 ///
 /// A node is not copied: two owners would share its children, and a copy of a base class would lose
-/// the rest. A class that is meant to be copied declares a copy constructor, which begins with
-/// Node(): the copy is an object of its own, with a count of one and no flags.
+/// the rest of the object. A class that is meant to be copied declares a copy constructor that
+/// initialises its base with Node(). The copy is then a separate object, with a count of one and no
+/// flags.
 ///
-/// An object on the stack or in a member is allowed; no Ptr to it may outlive it, since its own
-/// count of one is never given back.
+/// A node may live on the stack or in a member. No Ptr to it may outlive it: its first reference is
+/// never released, so the count does not decide when it dies.
 class VELMOR_PLATFORM_API Node {
  public:
-  /// Flag: changes of this object are to be told to observers. A formatter clears it as it goes,
-  /// at each level of its class, so that nobody is told about an object that is half gone.
+  /// Flag: observers are told about changes of this object. The destructor of each formatter class
+  /// clears it, so that observers hear nothing about a half-destroyed object.
   static constexpr U32 flagNotify = 0x20000000;
-  /// Flag: the destructor of the object's own class has begun. Set first thing by the destructors
-  /// of container nodes, so that whatever the emptying of their collections reaches can tell.
+  /// Flag: the destructor of the object's own class has begun. Destructors of container nodes set
+  /// it before they empty their collections, so that code which runs meanwhile can see it.
   static constexpr U32 flagBeingDestroyed = 0x40000000;
 
   Node(const Node&) = delete;
   Node& operator=(const Node&) = delete;
-  /// Destroys the object. Use it directly only on an object that was made in place.
+  /// Destroys the object. Call it directly only on an object that was constructed in place.
   virtual ~Node();
   /// Called when the count falls to zero; the default deletes the object. An override that keeps
-  /// the object alive (a pool, say) must take a reference again before it hands it out.
+  /// the object, as a pool does, must take a reference again before it hands the object out.
   virtual void lastUserGone();
-  /// The object that tells observers of this one's changes: by default nobody, null.
+  /// The object that tells observers about changes of this one. The default is null: nobody tells
+  /// them.
   virtual Node* publisher() const;
-  /// The descriptor of the object's own class; null for a class that is not described.
+  /// The type descriptor of the object's own class; null for a class that has none.
   virtual const Zel::TypeDescriptor* typeData() const;
 
   /// Takes one reference.
   void refNew() const noexcept { counterAdd(useCount_, U32{1}); }
-  /// Gives one reference back; the last one ends the object.
+  /// Releases one reference. When the count falls to zero, lastUserGone() runs.
   void refDelete() const noexcept {
     if (counterDrop(useCount_) == 0) const_cast<Node*>(this)->lastUserGone();
   }
-  /// The references now held. A number to look at, not to decide by while threads run.
+  /// The number of references. Only for display: while other threads run, it may be out of date at
+  /// once.
   U32 useCount() const noexcept { return useCount_.load(std::memory_order_relaxed); }
 
   U32 flags() const noexcept { return flags_; }

@@ -9,21 +9,23 @@
 
 namespace Halvo {
 
-/// A pointer that holds one reference on a Node, or null.
+/// A pointer that holds one reference to a Node, or is null.
 ///
 ///     Halvo::Ptr<VelmorTcamEntryShadow> shadow = Halvo::makePtr<VelmorTcamEntryShadow>(17);
 ///     Halvo::Ptr<const VelmorTcamEntryShadow> reader = shadow;   // count 2
 ///
-/// A plain pointer becomes a Ptr by a name that says what happens to the count. There is no
-/// constructor for it: an object is born with a count of one, so `Ptr<T>(new T)` would count to two
-/// and never end the object.
+/// To make a Ptr from a plain pointer, use adopt() or share(): the name says what happens to the
+/// count. There is no constructor for it. A new object has a count of one: `Ptr<T>(new T)` would
+/// raise it to two, and the object would never be destroyed.
 ///
 ///     auto made = Halvo::Ptr<Group>::adopt(new Group(7));   // count 1: takes over the first one
 ///     auto self = Halvo::Ptr<Group>::share(this);           // count goes up by one
 ///
-/// Following a null Ptr is a fault of the program and stops it on the spot; there is no check.
-/// Threads: one Ptr object is for one thread at a time; distinct Ptrs to one object may be used
-/// from many threads while ThreadControl's switch is on.
+/// Dereferencing a null Ptr is an error of the program. It is not checked: the access stops the
+/// process on the spot.
+///
+/// Threads: one thread at a time may use a Ptr object. Several threads may use different Ptrs to
+/// one object while ThreadControl's switch is on.
 template <class T>
 class Ptr {
  public:
@@ -31,10 +33,10 @@ class Ptr {
 
   constexpr Ptr() noexcept = default;
   constexpr Ptr(std::nullptr_t) noexcept {}
-  /// Say adopt() or share(): see above.
+  /// Use adopt() or share(), as described above.
   explicit Ptr(T* object) = delete;
-  /// Takes over a reference that the caller holds, such as the first one of a new object. `object`
-  /// may be null.
+  /// Takes over a reference that the caller holds, for example the first one of a new object.
+  /// `object` may be null.
   [[nodiscard]] static Ptr adopt(T* object) noexcept {
     Ptr ptr;
     ptr.object_ = object;
@@ -62,14 +64,14 @@ class Ptr {
     if (object_ != nullptr) object_->refDelete();
   }
 
-  // Both assignments put the new value in place before the old object's reference goes: its
-  // destructor may look at this very pointer.
+  // All assignments store the new value before they release the old reference: the old object's
+  // destructor may look at this pointer.
   Ptr& operator=(const Ptr& other) noexcept {
     Ptr(other).swap(*this);
     return *this;
   }
   Ptr& operator=(Ptr&& other) noexcept {
-    // cppcheck-suppress accessMoved  // that is a new object
+    // cppcheck-suppress accessMoved  // swap is called on a new object
     Ptr(std::move(other)).swap(*this);
     return *this;
   }
@@ -79,12 +81,12 @@ class Ptr {
   }
 
   T* operator->() const noexcept { return object_; }
-  // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): the caller's, as a pointer's
+  // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): the caller checks for null
   T& operator*() const noexcept { return *object_; }
   T* get() const noexcept { return object_; }
   explicit operator bool() const noexcept { return object_ != nullptr; }
 
-  /// Gives the reference to the caller and becomes null.
+  /// Passes the reference to the caller and becomes null.
   [[nodiscard]] T* detach() noexcept { return std::exchange(object_, nullptr); }
   void reset() noexcept { Ptr().swap(*this); }
   void swap(Ptr& other) noexcept { std::swap(object_, other.object_); }
@@ -107,18 +109,19 @@ std::strong_ordering operator<=>(const Ptr<T>& a, const Ptr<T>& b) noexcept {
   return std::compare_three_way{}(a.get(), b.get());
 }
 
-// The arguments of makePtr reach the constructor through a template, where a constant such as 17 is
-// an int like any other. Its sign is known at the caller only, so there is nothing to warn of here.
+// A constant such as 17 arrives here as an int: the compiler no longer sees that it is not
+// negative. It would warn wherever a constructor takes an unsigned number, and the caller could do
+// nothing about it.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wsign-conversion"
-/// A new T, held by the pointer that is returned (count one).
+/// Makes a T and returns its only Ptr (count one).
 template <class T, class... Args>
 [[nodiscard]] Ptr<T> makePtr(Args&&... args) {
   return Ptr<T>::adopt(new T(std::forward<Args>(args)...));
 }
 #pragma GCC diagnostic pop
 
-/// The pointer as one to a derived class: null when the object is not of that class.
+/// A Ptr to the same object as a derived class T; null when the object is not a T.
 template <class T, class U>
 [[nodiscard]] Ptr<T> ptrCast(const Ptr<U>& ptr) noexcept {
   return Ptr<T>::share(dynamic_cast<T*>(ptr.get()));

@@ -28,15 +28,15 @@ void String::fromText(const char* text) {
   std::memcpy(appendUninitialized(size), text, size);
 }
 
-// NOLINTNEXTLINE(readability-make-member-function-const): the text is gone after it
+// NOLINTNEXTLINE(readability-make-member-function-const): it frees the text
 void String::heapRelease() noexcept { ::operator delete(heap_.data); }
 
 char* String::appendSlow(std::size_t count) {
   std::size_t const size = this->size();
   if (count > maxSize() - size) throw std::length_error("Halvo::String: too long");
   if (count > capacity() - size) {
-    // Half as much again, so that many small appends cost a constant each; a first heap buffer is
-    // exact, since most strings that leave the object are built in one piece.
+    // Grows by half, so that each of many small appends has a constant cost. The first heap buffer
+    // is exact: most strings that no longer fit inline are built in one piece.
     reserve(isInline() ? size + count : std::max(size + count, size + size / 2));
   }
   sizeIs(size + count);
@@ -73,7 +73,7 @@ String& String::append(const char* text, std::size_t size) {
   if (size == 0) return *this;
   std::size_t const before = this->size();
   char* const old = data();
-  // Growth may move the bytes that `text` points at when it is a part of this string.
+  // If `text` is a part of this string, growing may move it.
   bool const own = !std::less<>{}(text, static_cast<const char*>(old)) &&
                    !std::less<>{}(static_cast<const char*>(old) + before, text);
   std::size_t const offset = own ? static_cast<std::size_t>(text - old) : 0;

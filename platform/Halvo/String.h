@@ -16,23 +16,24 @@ namespace Halvo {
 
 /// A string of bytes with value semantics.
 ///
-/// The size is authoritative: a String may hold NUL bytes, equality and order go by bytes
-/// (unsigned) and size, and only c_str() users see it end at the first NUL. data() is always
-/// followed by a NUL.
+/// A String may hold NUL bytes: only the size says where it ends. Equality and order compare the
+/// bytes (as unsigned), then the size. To a user of c_str() the text ends at its first NUL. A NUL
+/// always follows the text at data().
 ///
-/// The object is 64 bytes, in one of two shapes told apart by its last byte:
+/// The object takes 64 bytes and has one of two layouts. Its last byte tells which:
 ///
 ///     inline   | text, at most 63 bytes, NUL-terminated ........... | 63 - size |
 ///     heap     | char* | size | capacity | unused ................. |   0xFF    |
 ///
-/// A full inline string's last byte is 63 - 63 = 0, which is its terminator. The inline room is
-/// what the widest cell of a table needs, so a row is built with no allocation but its own.
+/// In a full inline string the last byte is 63 - 63 = 0, which is also the terminator. The widest
+/// cell of a table fits inline: only the whole row needs an allocation.
 ///
-/// Throws std::bad_alloc when memory runs out and std::length_error beyond maxSize(), leaving the
-/// string as it was.
+/// Throws std::bad_alloc when memory runs out and std::length_error beyond maxSize(). The string is
+/// then unchanged.
 ///
-/// Threads: distinct strings may be used from distinct threads, copies included, since nothing is
-/// shared; one that nobody changes from any.
+/// Threads: different threads may use different strings at the same time, also copies of one
+/// string, since strings share nothing. Several threads may read one string while no thread changes
+/// it.
 ///
 ///     Halvo::String cell = "Drop";
 ///     cell += '|';
@@ -44,17 +45,17 @@ class VELMOR_PLATFORM_API String {
   using const_iterator = const char*;
 
   static constexpr std::size_t inlineCapacity = 63;
-  /// So many bytes at data() may always be read (a heap text is never smaller), whatever the size;
-  /// what they hold beyond the terminator means nothing.
+  /// At least this many bytes at data() may always be read, whatever the size: a heap buffer is
+  /// never smaller. The bytes behind the terminator mean nothing.
   static constexpr std::size_t readableBytes = 64;
   static constexpr std::size_t npos = static_cast<std::size_t>(-1);
 
   String() noexcept { inlineSizeIs(0); }
-  /// `text` must be NUL-terminated; null stops the process.
+  /// `text` must be NUL-terminated. Null stops the process.
   String(const char* text) {
     if (text != nullptr && __builtin_constant_p(std::strlen(text)) != 0 &&
         std::strlen(text) <= inlineCapacity) {
-      // A literal: the compiler makes these a few stores.
+      // A literal: the compiler turns this into a few stores.
       inlineSizeIs(std::strlen(text));
       std::memcpy(inline_, text, std::strlen(text));
     } else {
@@ -88,9 +89,9 @@ class VELMOR_PLATFORM_API String {
     if (!isInline()) heapRelease();
   }
   String& operator=(const String& other) {
-    // Whether both are inline: as one test, since iterators come here at every step.
+    // One test for "both are inline": an iterator assigns its key here at every step.
     if ((lastByte() | other.lastByte()) != heapMark && this != &other) [[likely]] {
-      // A fixed number of bytes is a few moves; the text alone would be a call of memcpy.
+      // Copying the whole object takes a few moves; copying the text alone would call memcpy.
       bitsFrom(other);
     } else {
       assign(other.view());
@@ -125,7 +126,7 @@ class VELMOR_PLATFORM_API String {
   std::string_view view() const noexcept { return {data(), size()}; }
   operator std::string_view() const noexcept { return view(); }
 
-  /// No bounds check; `index` is below size(), or equal to it for the NUL.
+  /// Not checked: `index` must be at most size(). The byte at size() is the NUL.
   char& operator[](std::size_t index) noexcept { return data()[index]; }
   char operator[](std::size_t index) const noexcept { return data()[index]; }
   char front() const noexcept { return data()[0]; }
@@ -135,17 +136,17 @@ class VELMOR_PLATFORM_API String {
   const_iterator begin() const noexcept { return data(); }
   const_iterator end() const noexcept { return data() + size(); }
 
-  /// Makes room for `capacity` bytes in all; never shrinks.
+  /// Makes room for `capacity` bytes in all. Never shrinks.
   void reserve(std::size_t capacity);
-  /// Frees what the text does not need.
+  /// Frees memory that the text does not need.
   void shrinkToFit();
-  /// Cuts, or lengthens with `fill`.
+  /// Cuts the text to `size` bytes, or extends it to `size` bytes with `fill`.
   void resize(std::size_t size, char fill = '\0');
   void clear() noexcept { sizeIs(0); }
-  /// Cuts the last `count` bytes, at most size().
+  /// Removes the last `count` bytes. `count` must be at most size().
   void shrinkBy(std::size_t count) noexcept { sizeIs(size() - count); }
-  /// Lengthens the string by `count` bytes and returns where they begin. Every way of growing goes
-  /// through here. The caller writes all of them before it looks at the string.
+  /// Extends the string by `count` bytes and returns where they begin. The caller must write all of
+  /// them before it reads the string. Every other way of growing comes through here.
   char* appendUninitialized(std::size_t count) {
     if (isInline()) {
       std::size_t const size = inlineCapacity - lastByte();
@@ -157,7 +158,7 @@ class VELMOR_PLATFORM_API String {
     return appendSlow(count);
   }
 
-  /// `text` may lie within this very string.
+  /// `text` may be a part of this string.
   String& append(const char* text, std::size_t size);
   String& append(std::string_view text) { return append(text.data(), text.size()); }
   String& append(std::size_t count, char fill) {
@@ -173,7 +174,7 @@ class VELMOR_PLATFORM_API String {
   }
   void push_back(char c) { *appendUninitialized(1) = c; }
   void pop_back() noexcept { sizeIs(size() - 1); }
-  /// `text` may lie within this very string.
+  /// `text` may be a part of this string.
   String& assign(std::string_view text);
 
   std::size_t find(std::string_view text, std::size_t from = 0) const noexcept {
@@ -183,7 +184,7 @@ class VELMOR_PLATFORM_API String {
   std::size_t rfind(char c) const noexcept { return view().rfind(c); }
   bool startsWith(std::string_view text) const noexcept { return view().starts_with(text); }
   bool endsWith(std::string_view text) const noexcept { return view().ends_with(text); }
-  /// The bytes from `from` on, at most `count`; throws std::out_of_range when from > size().
+  /// At most `count` bytes from `from` on. Throws std::out_of_range when from > size().
   String substr(std::size_t from, std::size_t count = npos) const {
     return String(view().substr(from, count));
   }

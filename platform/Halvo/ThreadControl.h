@@ -1,4 +1,5 @@
-// The process-wide switch that makes reference counts, trackers and the slab allocator atomic.
+// ThreadControl: the process-wide switch for threads. It makes reference counts, trackers and the
+// slab allocator safe to use from several threads.
 #pragma once
 
 #include <atomic>
@@ -7,28 +8,28 @@
 
 namespace Halvo {
 
-/// The thread-safety switch. Off at start: a single-threaded agent then pays for no atomic
-/// read-modify-write on any reference count.
+/// The thread-safety switch. It is off at start, so that an agent with one thread pays for no
+/// atomic read-modify-write on its reference counts.
 ///
-/// Threads: turn it on before the second thread that touches a Node, a MemoryTracker or the slab
-/// allocator starts, and off only after all but one of those threads have been joined: it is a
-/// plain variable, which starting and joining a thread order. Reading it is safe from any thread.
+/// Threads: turn it on before you start a second thread that uses a Node, a MemoryTracker or the
+/// slab allocator. Turn it off only after all but one of those threads have been joined. The switch
+/// is a plain variable: starting and joining a thread synchronise it. Any thread may read it.
 ///
 ///     Halvo::ThreadControl::threadSafeIs(true);
 ///     std::thread reader(walkShadows);
 class VELMOR_PLATFORM_API ThreadControl {
  public:
-  /// Whether counts are adjusted atomically now.
+  /// Whether counts are now changed atomically.
   static bool threadSafe() noexcept { return threadSafe_; }
   static void threadSafeIs(bool on) noexcept { threadSafe_ = on; }
 
  private:
-  // Not atomic: the compiler may then read it once for several counts.
+  // Not atomic, so that the compiler may read it once for several counts.
   static bool threadSafe_;
 };
 
-/// Adds to a counter: with one atomic instruction while the switch is on, with a load and a store
-/// otherwise. Returns the value before.
+/// Adds to a counter and returns its old value. Uses one atomic instruction while the switch is on,
+/// otherwise a load and a store.
 template <class T>
 T counterAdd(std::atomic<T>& counter, T amount) noexcept {
   if (ThreadControl::threadSafe()) [[unlikely]] {
@@ -39,8 +40,8 @@ T counterAdd(std::atomic<T>& counter, T amount) noexcept {
   return before;
 }
 
-/// Takes one from a counter and returns the value after. What other threads did before they took
-/// theirs is visible to the one that sees zero.
+/// Subtracts one from a counter and returns the new value. The thread that gets zero sees all that
+/// other threads did before they subtracted theirs.
 template <class T>
 T counterDrop(std::atomic<T>& counter) noexcept {
   if (ThreadControl::threadSafe()) [[unlikely]] {
