@@ -1,7 +1,7 @@
-// Sobrel: the slab allocator that all nodes live in.
+// Sobrel: the slab allocator, which gives all nodes their memory.
 //
-// Threads: all of it is for one thread, or for many while Halvo::ThreadControl's switch is on; an
-// object may be given back on another thread than it was taken on.
+// Threads: for one thread, or for several while Halvo::ThreadControl's switch is on. One thread may
+// free what another allocated.
 #pragma once
 
 #include <cstddef>
@@ -13,50 +13,53 @@
 
 namespace Sobrel {
 
-/// The largest size that comes from a slab; larger ones come from the system.
+/// The largest size, in bytes, that comes from a slab. Larger objects come from the system.
 inline constexpr std::size_t largestSlabObject = 1024;
 
-/// Memory for one object of `size` bytes. Sizes up to `largestSlabObject` are rounded up to a
-/// multiple of 8 (16 above 256) and share 64-KiB slabs with others of that size, with no word of
-/// overhead each. The memory is aligned to 16 bytes when the rounded size is a multiple of 16, else
-/// to 8.
+/// Allocates memory for one object of `size` bytes. A size up to `largestSlabObject` is rounded up
+/// to a multiple of 8, above 256 to a multiple of 16. Objects of the same rounded size share slabs
+/// of 64 KiB, with no overhead for each object. The memory is aligned to 16 bytes when the rounded
+/// size is a multiple of 16, otherwise to 8.
 ///
-/// Throws std::bad_alloc when the system has no more.
+/// Throws std::bad_alloc when the system has no more memory.
 [[nodiscard]] VELMOR_PLATFORM_API void* slabAlloc(std::size_t size);
 
-/// Gives back what slabAlloc gave for the same `size`; null is allowed. A slab whose last object
-/// goes returns to the system, but for one a size that is kept against thrashing.
+/// Frees memory that slabAlloc returned for the same `size`. Null is allowed. A slab whose last
+/// object is freed goes back to the system. For each size one empty slab is kept as a spare,
+/// against thrashing.
 VELMOR_PLATFORM_API void slabFree(void* memory, std::size_t size) noexcept;
 
-/// As slabAlloc, for an object that is aligned to more than 16 bytes: memory of the system, aligned
-/// to `alignment`.
+/// As slabAlloc, for an object that needs an alignment of more than 16 bytes. The memory comes from
+/// the system and is aligned to `alignment`.
 [[nodiscard]] VELMOR_PLATFORM_API void* slabAlloc(std::size_t size, std::align_val_t alignment);
-/// Gives back what that gave for the same `size` and `alignment`; null is allowed.
+/// Frees memory that the slabAlloc above returned for the same `size` and `alignment`. Null is
+/// allowed.
 VELMOR_PLATFORM_API void slabFree(void* memory, std::size_t size,
                                   std::align_val_t alignment) noexcept;
 
-/// Memory that came from the slabs or, when no slab could be had, from the system.
+/// Memory from a slab or, when no slab has room and none can be allocated, from the system.
 struct SlabOrSystem {
-  void* memory;     ///< null when both had none
-  bool fromSystem;  ///< whom to give it back to
+  void* memory;     ///< null when the system had none either
+  bool fromSystem;  ///< tells slabFreeOrSystem where to return it
 };
-/// As slabAlloc, but falls back to the system's allocator for this one object, and answers null
-/// when that fails too.
+/// As slabAlloc, but never throws. When no slab can be allocated, it takes this one object from the
+/// system; when that fails too, `memory` is null.
 [[nodiscard]] VELMOR_PLATFORM_API SlabOrSystem slabAllocOrSystem(std::size_t size) noexcept;
 VELMOR_PLATFORM_API void slabFreeOrSystem(SlabOrSystem object, std::size_t size) noexcept;
 
-/// What the allocator holds.
+/// The memory that the allocator holds.
 struct SlabUsage {
-  Halvo::U64 slabs = 0;      ///< slabs taken from the system, spare ones included
-  Halvo::U64 slabBytes = 0;  ///< their bytes
-  Halvo::U64 liveBytes = 0;  ///< bytes of live objects in them, rounded sizes
+  Halvo::U64 slabs = 0;      ///< slabs taken from the system, spares included
+  Halvo::U64 slabBytes = 0;  ///< bytes of these slabs
+  Halvo::U64 liveBytes = 0;  ///< bytes of live objects in the slabs, by their rounded sizes
 };
 VELMOR_PLATFORM_API SlabUsage slabUsage() noexcept;
 
 /// Returns the spare slabs to the system.
 VELMOR_PLATFORM_API void slabTrim() noexcept;
 
-/// slabAlloc and the type's tracker in one: what a node class's operator new does.
+/// Allocates with slabAlloc and counts it in the tracker. The operator new of a node class calls
+/// this.
 inline void* trackedAlloc(Halvo::MemoryTracker& tracker, std::size_t size) {
   void* const memory = slabAlloc(size);
   tracker.allocated(size);
@@ -66,7 +69,7 @@ inline void trackedFree(Halvo::MemoryTracker& tracker, void* memory, std::size_t
   tracker.released(size);
   slabFree(memory, size);
 }
-/// The same for a class that is aligned to more than 16 bytes.
+/// The same for a class that needs an alignment of more than 16 bytes.
 inline void* trackedAlloc(Halvo::MemoryTracker& tracker, std::size_t size,
                           std::align_val_t alignment) {
   void* const memory = slabAlloc(size, alignment);

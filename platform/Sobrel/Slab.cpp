@@ -19,8 +19,8 @@ namespace {
 
 using Halvo::U32;
 
-// Under AddressSanitizer each object is an allocation of its own, so that the tool sees every
-// overrun, use after release and leak of a node.
+// Under AddressSanitizer each object is a separate allocation, so that the sanitizer sees every
+// overrun, use after free and leak of a node.
 #ifdef SOBREL_EVERY_OBJECT_ALONE
 constexpr bool everyObjectAlone = true;
 #else
@@ -28,7 +28,7 @@ constexpr bool everyObjectAlone = false;
 #endif
 
 constexpr std::size_t slabBytes = std::size_t{64} * 1024;
-constexpr std::size_t fineLimit = 256;  // multiples of 8 up to here, of 16 beyond
+constexpr std::size_t fineLimit = 256;  // sizes are multiples of 8 up to here, of 16 above
 constexpr std::size_t fineClasses = fineLimit / 8;
 constexpr std::size_t classCount = fineClasses + (largestSlabObject - fineLimit) / 16;
 
@@ -48,12 +48,12 @@ struct FreeObject {
   FreeObject* next;
 };
 
-// The first bytes of a slab, which is aligned to its own size: an object finds its slab by masking
-// its address. Objects are handed out from the free list first, then from the part that was never
-// used, so that the pages of a slab come into memory one by one.
+// The head of a slab. A slab is aligned to its own size: masking an object's address gives its
+// slab. Objects come from the free list first, then from the part that was never used. So the pages
+// of a slab come into memory one by one.
 struct alignas(64) Slab {
   FreeObject* free;
-  char* fresh;  // where the never-used part begins
+  char* fresh;  // where the part begins that was never used
   char* end;    // where the last whole object ends
   Slab* next;   // in the class's list of slabs with room
   Slab* previous;
@@ -64,7 +64,7 @@ struct alignas(64) Slab {
 bool hasRoom(const Slab& slab) { return slab.free != nullptr || slab.fresh != slab.end; }
 
 struct SizeClass {
-  Slab* withRoom = nullptr;  // the slabs that can give an object, the one in use first
+  Slab* withRoom = nullptr;  // slabs with room for an object, the one in use first
   Slab* spare = nullptr;     // one empty slab, kept off the list
 };
 
@@ -78,7 +78,7 @@ struct Heap {
 // Constant-initialised and never destroyed: nodes may be released while the process exits.
 constinit Heap heap;
 
-// The lock is taken only while more than one thread may be running.
+// Takes the lock only while several threads may be running.
 class HeapGuard {
  public:
   HeapGuard() : locked_(Halvo::ThreadControl::threadSafe()) {
@@ -138,7 +138,7 @@ void releaseSpare(SizeClass& sizeClass) {
   --heap.slabs;
 }
 
-// Null when the system has no slab to give.
+// Returns null when the system has no memory for a slab.
 void* takeObject(std::size_t size) {
   std::size_t const index = classOf(size);
   HeapGuard const guard;
@@ -227,8 +227,9 @@ void slabTrim() noexcept {
 
 namespace {
 
-// The spare slabs do not outlive the library. Not an object's destructor: registering one would be
-// code at load. Objects may still come and go after it.
+// Frees the spare slabs when the library is unloaded or the process exits. This is not an object's
+// destructor: registering one would be code that runs at load. Objects may still be allocated and
+// freed afterwards.
 [[gnu::destructor]] void returnSpareSlabs() { slabTrim(); }
 
 }  // namespace
