@@ -13,17 +13,18 @@ namespace pravo {
 using Halvo::S64;
 using Halvo::U64;
 
-/// What structured output is written to: a host implements it for JSON, say, by overriding all
-/// virtual operations; formatters call the public ones. The printer is the caller's: nobody keeps
-/// it after the call it was given to. What an operation throws passes through the formatter.
+/// A writer of structured output. A host implements it, for example for JSON, by overriding all
+/// virtual operations; formatters call the public ones. The caller owns the printer: nobody keeps
+/// it after the call that it was passed to. An exception that an operation throws passes through
+/// the formatter.
 ///
-/// A document is one object. Calls nest: every begin has its end, attributes and containers stand
-/// in the innermost open container. `name` is the member's name inside an object and is empty for
-/// an element of an array or for the document itself. Names and texts are UTF-8 and are copied, if
-/// need be, before the call returns; escaping is the printer's. Calls that do not nest are faults
-/// of the caller; what they do is the implementation's.
+/// A document is one object. Calls nest: each begin has its end. An attribute or a container
+/// belongs to the innermost container that is open. `name` is the member's name inside an object;
+/// it is empty for an element of an array and for the document itself. Names and texts are UTF-8.
+/// The printer escapes them, and copies them if it needs them after the call. Calls that do not
+/// nest are an error of the caller; the implementation decides what they do.
 ///
-/// Threads: one at a time.
+/// Threads: one thread at a time.
 ///
 ///     printer.objectBegin();
 ///     printer.attribute("shadowId", 17);
@@ -42,7 +43,7 @@ class VELMOR_PLATFORM_API Printer {
 
   void attribute(std::string_view name, std::string_view text) { printText(name, text); }
   void attribute(std::string_view name, const char* text) { printText(name, text); }
-  /// Numbers of every width are exact.
+  /// Integers of every width are passed on exactly.
   template <std::integral Number>
   void attribute(std::string_view name, Number value) {
     if constexpr (std::is_same_v<Number, bool>) {
