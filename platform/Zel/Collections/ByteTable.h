@@ -1,4 +1,4 @@
-// What HashMap2018 keeps its elements in where keys are bytes.
+// The table of HashMap2018 for keys that are bytes.
 #pragma once
 
 #include <algorithm>
@@ -18,25 +18,24 @@ namespace Zel::impl {
 template <class K>
 inline constexpr bool isByte = sizeof(K) == 1 && (std::is_integral_v<K> || std::is_enum_v<K>);
 
-/// Elements with keys of a byte, side by side in no order; see HashMap2018 for what it promises of
-/// them. A single one whose value is no larger than a pointer stands in the map itself, unless a
-/// tag's tracker is to count it. Otherwise there is one block of slab memory: its capacity, the
-/// keys, the values. A search compares 16 keys
-/// at once.
+/// Elements with keys of one byte, side by side in no order; see HashMap2018 for the guarantees.
+/// While there is no block, a single element is in the map object itself, if its value is no larger
+/// than a pointer and no tag's tracker must count it. Otherwise there is one block of slab memory:
+/// its capacity, the keys, the values. A search compares 16 keys at once.
 ///
-/// Elements have indices from 0 on without a gap.
+/// Each element has an index. The indices run from 0 without a gap.
 ///
 /// Threads: as the map.
 template <class K, class V, class Tag>
 class ByteTable : public TableState {
-  static constexpr U32 shortest = 16;  // keys that one step compares
+  static constexpr U32 shortest = 16;  // the number of keys that one step compares
   static constexpr bool mayBeOne = std::is_void_v<Tag> && sizeof(V) <= sizeof(void*);
   struct NoValue {};
   using One = std::conditional_t<mayBeOne, V, NoValue>;
 
  public:
   static constexpr U32 none = 0xFFFFFFFF;
-  static constexpr std::size_t limit = 256;  ///< there are no more keys
+  static constexpr std::size_t limit = 256;  ///< a byte has no more values
 
   ByteTable() noexcept : block_(nullptr) {}
   ByteTable(const ByteTable&) = delete;
@@ -52,7 +51,7 @@ class ByteTable : public TableState {
 
   U32 size() const noexcept { return static_cast<U16>(state_); }
   std::size_t memoryBytes() const noexcept { return hasBlock() ? bytesFor(capacity()) : 0; }
-  /// How many elements there is room for without a larger block.
+  /// How many elements fit without a larger block.
   std::size_t room() const noexcept {
     if (hasBlock()) return capacity();
     return mayBeOne ? 1 : 0;
@@ -60,19 +59,21 @@ class ByteTable : public TableState {
 
   V* find(const K& key) const noexcept {
     U8 const byte = byteOf(key);
-    // Branches, not selections: who asks branches on the answer too, and need not wait for it.
+    // Branches, not conditional moves: the caller branches on the result too, and with branch
+    // prediction need not wait for it.
     if (isOne()) {
       if (byte != oneByte()) [[unlikely]] {
         return nullptr;
       }
       return one();
     }
-    // Of an empty table, more than any index.
+    // In an empty table this is the largest U32.
     U32 const last = size() - 1;
     if (last >= shortest) [[unlikely]] {
       return size() == 0 ? nullptr : farFind(byte);
     }
-    // Behind the elements there may be old keys, and behind the block's room anything.
+    // Behind the last element there may be old keys, and behind the block's room anything: those
+    // hits do not count.
     U32 const hits = bytesEqual16(keys(), byte) | 1U << shortest;
     auto const index = static_cast<std::size_t>(std::countr_zero(hits));
     if (index > last) [[unlikely]] {
@@ -80,8 +81,8 @@ class ByteTable : public TableState {
     }
     return values() + index;
   }
-  /// As find, for few keys one by one: the last of them may have been written just now, and a wide
-  /// load would wait for that store.
+  /// As find(), but compares a few keys one by one. The last key may have been written just now,
+  /// and a wide load would wait for that store.
   V* findBeforeInsert(const K& key) const noexcept {
     if (isOne() || size() > 8) return find(key);
     U8 const byte = byteOf(key);
@@ -94,14 +95,16 @@ class ByteTable : public TableState {
     const V* const value = find(key);
     return value == nullptr ? none : static_cast<U32>(value - valueAt(0));
   }
-  /// The first element with this index or a higher one.
+  /// The index of the first element at `index` or above; none when there is none.
   U32 occupiedFrom(U32 index) const noexcept { return index < size() ? index : none; }
-  /// The same once the element with this index has been removed.
+  /// The index of the next element after the element at `index` was removed; none when there is
+  /// none.
   U32 occupiedAfterRemovalAt(U32 index) const noexcept { return occupiedFrom(index); }
   K keyAt(U32 index) const noexcept { return keyOf(isOne() ? oneByte() : keys()[index]); }
   V* valueAt(U32 index) const noexcept { return isOne() ? one() : values() + index; }
 
-  /// Adds an element whose key is not there; throws std::bad_alloc before anything has changed.
+  /// Adds an element. Its key must not be in the table. If this throws std::bad_alloc, nothing has
+  /// changed.
   V* add(const K& key, V&& value) {
     U32 const index = size();
     if (index >= room()) [[unlikely]] {
@@ -120,8 +123,8 @@ class ByteTable : public TableState {
     ++state_;
     return made;
   }
-  /// Removes the element and gives its value. When the value goes, and its destructor looks at the
-  /// map, the element is gone.
+  /// Removes the element and returns its value. The table no longer has the element when the value
+  /// is destroyed: the value's destructor may look at the map.
   V removeAt(U32 index) noexcept {
     V removed(std::move(*valueAt(index)));
     std::destroy_at(valueAt(index));
@@ -139,17 +142,18 @@ class ByteTable : public TableState {
     generationAdvance();
     return removed;
   }
-  /// Moves all elements to a block with room for `count`, the limit at most.
+  /// Moves all elements to a block with room for `count` elements, at most `limit`.
   [[gnu::noinline]] void grow(std::size_t count) {
     ByteTable larger;
     larger.blockIs(count);
     for (U32 i = 0; i < size(); ++i) {
-      // Byte by byte: a wide load of keys just written one at a time would wait for all the stores.
+      // One byte at a time: a wide load of keys that were just written one at a time would wait for
+      // all those stores.
       larger.keys()[i] = byteOf(keyAt(i));
       relocate(valueAt(i), larger.values() + i);
     }
     larger.state_ += size();
-    // Nothing is left to destroy.
+    // All elements have moved: the old block must not destroy any.
     if (isOne()) {
       block_ = nullptr;
       state_ &= ~lowHalf;
@@ -158,7 +162,8 @@ class ByteTable : public TableState {
     }
     contentsSwap(larger);
   }
-  /// Into an empty table. Throws what copying a value does.
+  /// Copies the elements of `other` into this table, which must be empty. Throws what copying a
+  /// value throws.
   void copyFrom(const ByteTable& other) {
     ByteTable copy;
     if (other.size() > copy.room()) copy.blockIs(other.size());
@@ -175,31 +180,32 @@ class ByteTable : public TableState {
     other.contentsTake(third);
   }
 
-  /// Goes over the elements of a table that does not change. At the end until it stands somewhere.
+  /// Walks the elements of a table that does not change meanwhile. A new cursor is at the end.
   class Cursor {
    public:
-    /// Stands at the element with this index from then on; gives its key.
+    /// Moves to the element at `index` and returns its key.
     K standAt(const ByteTable& table, U32 index) noexcept {
-      // The key of a single element stands in no memory of its own, and is not read again.
+      // The key of a single element is not in an array. It is not read again.
       keys_ = table.isOne() ? nullptr : table.keys();
       values_ = table.valueAt(0);
       index_ = index;
       count_ = table.size();
       return table.keyAt(index);
     }
-    /// To the next element; false when there is none.
+    /// Moves to the next element. Returns false when there is none.
     bool advance(const ByteTable& /*table*/) noexcept {
       if (++index_ >= count_) return false;
-      if (index_ == none) __builtin_unreachable();  // spares a loop its comparison with the end
+      if (index_ == none) __builtin_unreachable();  // saves a loop the comparison with the end
       return true;
     }
     bool isAtEnd() const noexcept { return index_ == none; }
     bool isAt(const Cursor& other) const noexcept { return index_ == other.index_; }
     U32 index() const noexcept { return static_cast<U32>(index_); }
-    /// Once it has advanced.
+    /// Only after advance().
     K key() const noexcept { return keyOf(keys_[index_]); }
     V& value() const noexcept { return values_[index_]; }
-    /// Whether the table, which may have changed, has the element of this key in this place.
+    /// Whether the table still has the element with this key in this place. The table may have
+    /// changed.
     bool isIn(const ByteTable& table, const K& key) const noexcept {
       return index_ < table.size() && table.valueAt(0) == values_ && table.keyAt(index()) == key;
     }
@@ -213,8 +219,9 @@ class ByteTable : public TableState {
 
  private:
   static constexpr std::size_t keysAt = sizeof(U16);
-  // The low half of the state: the offset of the values or, of a single element, the mark and the
-  // key; then the size. A look at an element waits for one load after the map's own at most.
+  // The low half of the state word. Its lower 16 bits are the size. Its upper 16 bits are the
+  // offset of the values or, for a single element, the mark and the key. So a look at an element
+  // needs at most one load besides the loads of the map object.
   static constexpr U64 sizeMask = 0xFFFF;
   static constexpr U32 detailAt = 16;
   static constexpr U32 oneMark = 0x8000;
@@ -222,7 +229,7 @@ class ByteTable : public TableState {
     return roundUp(keysAt + capacity, alignof(V));
   }
   static_assert(valuesAt(limit) < oneMark);
-  // Keys are read 16 at a time: the last ones must not be nearer than that to the end.
+  // A search reads 16 keys at a time: the last 16 must be within the block.
   static constexpr std::size_t bytesFor(std::size_t capacity) noexcept {
     return roundUp(
         larger(valuesAt(capacity) + capacity * sizeof(V), keysAt + roundUp(capacity, 16)),
@@ -237,7 +244,7 @@ class ByteTable : public TableState {
 
   U32 detail() const noexcept { return static_cast<U16>(state_ >> detailAt); }
   bool isOne() const noexcept {
-    // The low half's sign, which takes less to ask for than a bit.
+    // The mark is the sign bit of the low half: a sign is cheaper to test than another bit.
     static_assert(oneMark << detailAt == U32{1} << 31);
     if constexpr (mayBeOne) return static_cast<Halvo::S32>(state_) < 0;
     return false;
@@ -252,11 +259,11 @@ class ByteTable : public TableState {
   void blockIs(std::size_t capacity) {
     block_ = static_cast<U8*>(TableMemory<Tag>::take(bytesFor(capacity)));
     new (block_) U16(static_cast<U16>(capacity));
-    // The keys of free slots are compared too, though nobody looks at what comes of it.
+    // A search also compares the keys of free slots, and ignores the result.
     std::memset(block_ + keysAt, 0, roundUp(capacity, 16));
     state_ |= U64{valuesAt(capacity)} << detailAt;
   }
-  // As find, for more keys than one step compares.
+  // As find(), for more keys than one step compares.
   [[gnu::noinline]] V* farFind(U8 byte) const noexcept {
     for (U32 from = 0; from < size(); from += shortest) {
       U32 const hits = bytesEqual16(keys() + from, byte);
@@ -266,7 +273,7 @@ class ByteTable : public TableState {
     }
     return nullptr;
   }
-  // Into an empty table without a block.
+  // Moves the elements of `from` into this table, which must be empty and without a block.
   void contentsTake(ByteTable& from) noexcept {
     if (from.isOne()) {
       relocate(from.one(), one());

@@ -1,4 +1,4 @@
-// HashMap2018: the unordered map of small memory.
+// HashMap2018: an unordered map that takes little memory.
 #pragma once
 
 #include <cstddef>
@@ -14,46 +14,51 @@
 
 namespace Zel {
 
-/// A map without order from K to V, made for very many maps of very few elements.
+/// An unordered map from K to V, made for very many maps with very few elements each.
 ///
-/// Invariant: each key is in the map once. The map itself takes 16 bytes: room for a pointer, the
-/// number of elements and the generation. Where keys are integers or enumerations of 8 bits, a
-/// single value no larger than a pointer is held in them; all else stands in one block of slab
-/// memory, which a map that never held anything does not have. Ten byte keys to pointers take 96
-/// bytes beside the map.
+/// Invariant: each key is in the map once. The map object takes 16 bytes: room for a pointer, the
+/// number of elements and the generation. The elements are in one block of slab memory. A map that
+/// never held or reserved anything has no block. There is one exception: where keys are integers or
+/// enumerations of 8 bits, a map without a block keeps a single element in the map object itself,
+/// if its value is no larger than a pointer. Ten byte keys to pointers take 96 bytes beside the map
+/// object.
 ///
-/// Order of iteration is the table's: it may change with every insertion and removal.
+/// The order of iteration is arbitrary: it may change with every insertion and removal.
 ///
-/// What stays valid:
-/// - A pointer or reference to a value or key: until the next insertion or removal, or until the
-///   map is moved from, swapped or destroyed.
-/// - An iterator: for everything, until a removal that was not its own, clear(), an assignment, a
-///   move, a swap, or an insertion or reserve() that makes the table grow. Then it is stale. A
-///   stale iterator still has key(), the key that it last held, and `del(iterator)` goes by that
-///   key; `++` goes on behind that key in today's table or, when the key is gone, somewhere in it;
-///   either way elements may be met twice or not at all, since a removal may move the last element
-///   into the hole. value() and `*` must not be used.
-/// - The end iterator: always. `++` leaves it there.
-/// An iterator must not be used once its map is gone.
+/// How long things stay valid:
+/// - A pointer or reference to a value or key: until the next insertion, removal, clear(),
+///   assignment, move or swap, until a reserve() that makes the table grow, or until the map is
+///   destroyed.
+/// - An iterator: until a removal, clear(), an assignment, a move, a swap, or an insertion or
+///   reserve() that makes the table grow. Then it is stale. del(iterator) returns a fresh one.
+/// - A stale iterator: key() still returns the key that it last held, and `del(iterator)` removes
+///   the element of that key. `++` goes on behind that key in the present table or, when the key is
+///   gone, at some place in the table. The walk may then meet elements twice or not at all, since a
+///   removal may move the last element into the hole. value() and `*` must not be used.
+/// - The end iterator: always. `++` leaves it at the end.
 ///
-/// generation() starts at 1 and goes up by 2 with each removal of an element, each clear() (of an
-/// empty map also), assignment, move from and swap, and when elements move though none was added:
-/// by reserve(), or by an insertion that threw. Insertions leave it alone.
+/// No iterator may be used after its map was destroyed.
 ///
-/// Both K and V must be movable without throwing; neither may be aligned to more than 16 bytes.
-/// `Hash` and the keys' `==` must not throw. `Hash` may be poor: its result is mixed here. It is
-/// not used where keys are bytes. A function that throws (std::bad_alloc, what copying a key or
-/// value does, std::length_error beyond 13 * 2^27 elements) leaves the elements as they were.
+/// generation() starts at 1. It goes up by 2 with each removal of an element, each clear() (also of
+/// an empty map), each assignment to the map, move from it and swap of it. It also goes up by 2
+/// when elements move and none is added: by reserve(), or by an insertion that throws. Other
+/// insertions do not change it.
 ///
-/// `Tag` names the map for memory accounting: it has a static
-/// `Halvo::MemoryTracker memAllocationTracker_`, which counts the blocks and their bytes. A map
-/// with a tag holds also a single value in a block, so that the tracker sees every map that is not
-/// empty. void: nothing is counted.
+/// K and V must be movable without throwing, and must not need an alignment of more than 16 bytes.
+/// The keys' `==` and `Hash` must not throw. `Hash` may be poor: the map mixes its result. Where
+/// keys are bytes, `Hash` is not used. A function may throw std::bad_alloc, what copying a key or
+/// value throws, and std::length_error beyond 13 * 2^27 elements; the elements are then unchanged.
 ///
-/// Threads: one at a time; any number may read a map that nobody changes. Maps of distinct threads
-/// that share a Tag share its tracker: Halvo::ThreadControl's switch must be on then.
+/// `Tag` names the map for memory accounting: it has a static `Halvo::MemoryTracker
+/// memAllocationTracker_`, which counts the blocks and their bytes. A map with a tag keeps even a
+/// single element in a block, so that the tracker sees every map that is not empty. With `void`
+/// nothing is counted.
 ///
-/// Operations through a null pointer to a map fault at their first read of it: there is no check.
+/// Threads: one thread at a time. Several threads may read one map while no thread changes it. Maps
+/// of different threads that have the same Tag share its tracker: Halvo::ThreadControl's switch
+/// must then be on.
+///
+/// A call through a null pointer to a map is not checked: it faults at its first read of the map.
 ///
 ///     Zel::HashMap2018<StageType, Halvo::Ptr<StageInfo>> stages;
 ///     stages.insert(stage, Halvo::makePtr<StageInfo>(stage));
@@ -111,10 +116,11 @@ class HashMap2018 {
   U32 size() const noexcept { return table_.size(); }
   bool empty() const noexcept { return size() == 0; }
   U32 generation() const noexcept { return table_.generation(); }
-  /// Bytes of the block, as asked for of the allocator; the map's own 16 come on top.
+  /// The bytes of the block, as requested from the allocator. The 16 bytes of the map object are
+  /// not included.
   std::size_t memoryBytes() const noexcept { return table_.memoryBytes(); }
 
-  /// The value of `key`, null when the map has none.
+  /// A pointer to the value of `key`; null when the map has none.
   V* find(const K& key) noexcept { return table_.find(key); }
   const V* find(const K& key) const noexcept { return table_.find(key); }
   /// A copy of the value of `key`; V{} when the map has none.
@@ -125,8 +131,9 @@ class HashMap2018 {
   }
   bool has(const K& key) const noexcept { return find(key) != nullptr; }
 
-  /// Adds the element unless the key is there; then the present value stays and `value` is dropped.
-  /// Gives the value that the map now holds and whether it is the new one.
+  /// Adds the element if the key is not in the map. Otherwise the present value stays, and `value`
+  /// is dropped. Returns a pointer to the value that is now in the map, and whether it is the new
+  /// one.
   std::pair<V*, bool> insert(const K& key, V value) {
     if (V* const present = table_.findBeforeInsert(key)) return {present, false};
     return {table_.add(key, std::move(value)), true};
@@ -135,22 +142,23 @@ class HashMap2018 {
     if (V* const present = table_.findBeforeInsert(key)) return {present, false};
     return {table_.add(std::move(key), std::move(value)), true};
   }
-  /// The value of `key`, which is added with a default value when it is not there.
+  /// The value of `key`. Adds the key with a default value if it is not in the map.
   V& getOrCreate(const K& key) {
     if (V* const present = table_.findBeforeInsert(key)) return *present;
     return *table_.add(key, V{});
   }
 
-  /// Removes the element; false when there is none.
+  /// Removes the element. Returns false when there is none.
   bool del(const K& key) {
     U32 const index = table_.indexOf(key);
     if (index == none) return false;
     table_.removeAt(index);
     return true;
   }
-  /// Removes the element under the iterator or, by a stale one, that of the key it last held, and
-  /// gives the iterator of the next. At the end, or when that key is gone: changes nothing, end().
-  /// Where debugging is on, another map's iterator stops the process (assertion "at.map == this").
+  /// Removes the element at the iterator and returns an iterator at the next one. A stale iterator
+  /// removes the element of the key that it last held. At the end, or when that key is gone,
+  /// nothing is changed and end() is returned. Where debugging is on, an iterator of another map
+  /// stops the process (assertion "at.map == this").
   iterator del(const const_iterator& at) {
     assertWhenDebugging(at.map_ == this, {"at.map == this", "platform/Zel/HashMap2018", 0,
                                           "Zel::HashMap2018::iterator Zel::HashMap2018::del("
@@ -160,20 +168,21 @@ class HashMap2018 {
     table_.removeAt(index);
     return iterator(this, table_.occupiedAfterRemovalAt(index));
   }
-  /// Removes the element and gives its value; V{} when there is none.
+  /// Removes the element and returns its value; V{} when there is none.
   V take(const K& key) {
     U32 const index = table_.indexOf(key);
     if (index == none) return V{};
     return table_.removeAt(index);
   }
-  /// Removes all and frees the block.
+  /// Removes all elements and frees the block.
   void clear() noexcept {
     table_.generationAdvance();
-    // The map is empty before the first value goes: a destructor may look at it.
+    // Empties the map before it destroys the first value: a destructor may look at the map.
     Table old;
     old.contentsSwap(table_);
   }
-  /// Makes room for `count` elements in all, or for as many as there are keys; never shrinks.
+  /// Makes room for `count` elements in all, or for as many as there can be keys if that is less.
+  /// Never shrinks.
   void reserve(std::size_t count) {
     if (count > Table::limit) count = Table::limit;
     if (count <= table_.room()) return;
@@ -186,7 +195,7 @@ class HashMap2018 {
   const_iterator begin() const { return const_iterator(this, table_.occupiedFrom(0)); }
   const_iterator end() const noexcept { return const_iterator(this); }
 
-  /// An iterator at the key; end() when it is not there.
+  /// An iterator at the element of the key; end() when there is none.
   iterator at(const K& key) { return iterator(this, table_.indexOf(key)); }
   const_iterator at(const K& key) const { return const_iterator(this, table_.indexOf(key)); }
 
@@ -194,7 +203,7 @@ class HashMap2018 {
   Table table_;
 };
 
-/// Stands at an element, or at the end. See the map for what makes it stale.
+/// Stands at an element or at the end. HashMap2018 says when it becomes stale.
 template <class K, class V, class Hash, class Tag>
 template <bool isConst>
 class HashMap2018<K, V, Hash, Tag>::BasicIterator {
@@ -203,7 +212,8 @@ class HashMap2018<K, V, Hash, Tag>::BasicIterator {
   using Cursor = typename Table::Cursor;
 
  public:
-  /// An element as range-for sees it: references into the table, but for a key that is a byte.
+  /// An element, as a range-for loop gets it: references into the table, but a copy of a key that
+  /// is a byte.
   struct Item {
     std::conditional_t<byteKeys, K, const K&> key;
     MapValue& value;
@@ -214,7 +224,7 @@ class HashMap2018<K, V, Hash, Tag>::BasicIterator {
   using reference = Item;
   using pointer = void;
 
-  /// Stands nowhere: to be assigned to and destroyed only.
+  /// Stands nowhere. It may only be assigned to and destroyed.
   BasicIterator() = default;
   BasicIterator(const BasicIterator&) = default;
   BasicIterator(BasicIterator&&) noexcept = default;
@@ -225,7 +235,7 @@ class HashMap2018<K, V, Hash, Tag>::BasicIterator {
   requires(isConst && !otherIsConst) BasicIterator(const BasicIterator<otherIsConst>& other)
       : map_(other.map_), state_(other.state_), cursor_(other.cursor_), key_(other.key_) {}
 
-  /// The key that the iterator holds, a copy of its own; the default key at the end.
+  /// The key of the element, in a copy that the iterator owns. At the end, the default key.
   const K& key() const noexcept { return key_; }
   MapValue& value() const noexcept { return cursor_.value(); }
   Item operator*() const noexcept {
@@ -239,18 +249,18 @@ class HashMap2018<K, V, Hash, Tag>::BasicIterator {
   /// Whether the iterator is not stale.
   bool isFresh() const noexcept {
     if (cursor_.isAtEnd() || state_ == map_->table_.state()) return true;
-    // Insertions alone: did the table stay where it was?
+    // There were only insertions. Did the table stay where it was?
     return generation() == map_->generation() && cursor_.isIn(map_->table_, key_);
   }
 
-  /// A step that throws, as a key's copy may, leaves the iterator where it is; provided that a copy
-  /// assignment of a key which throws leaves the key.
+  /// Copying the key may throw. The iterator then stays where it is, provided that a copy
+  /// assignment which throws leaves the key as it was.
   BasicIterator& operator++() {
     if (state_ != map_->table_.state()) [[unlikely]] {
       resume();
       return *this;
     }
-    // The key first: only its copy can throw.
+    // Copies the key first: only that can throw.
     Cursor next = cursor_;
     if (next.advance(map_->table_)) {
       key_ = next.key();
@@ -276,7 +286,7 @@ class HashMap2018<K, V, Hash, Tag>::BasicIterator {
 
   struct Place {
     U32 index;
-    U64 state;  // the table's for which the index holds
+    U64 state;  // the table's state for which the index is valid
   };
 
   explicit BasicIterator(Map* map) noexcept : map_(map) {}
@@ -297,16 +307,16 @@ class HashMap2018<K, V, Hash, Tag>::BasicIterator {
   // `++` after the map has changed.
   void resume() {
     if (cursor_.isAtEnd()) return;
-    // Through a copy: the iterator itself stays in registers.
+    // Passes a copy of the key, so that the iterator itself can stay in registers.
     K const held(key_);
     standAt(placeBehind(map_->table_, held, cursor_.index()));
   }
-  // Where an iterator goes on that held this key and stood at this index.
+  // The place where an iterator goes on that held `key` and stood at `index`.
   [[gnu::noinline]] static Place placeBehind(const Table& table, const K& key, U32 index) {
     U32 const today = table.indexOf(key);
     return {table.occupiedFrom(today == none ? index : today + 1), table.state()};
   }
-  // Where its element now is, none at the end and when the key is gone.
+  // The present index of its element; none at the end and when the key is gone.
   U32 indexToday() const {
     if (cursor_.isAtEnd()) return none;
     return state_ == map_->table_.state() ? cursor_.index() : map_->table_.indexOf(key_);

@@ -1,4 +1,4 @@
-// What HashMap2018 keeps its elements in where keys are larger than a byte.
+// The table of HashMap2018 for keys that are not bytes.
 #pragma once
 
 #include <bit>
@@ -15,23 +15,24 @@
 
 namespace Zel::impl {
 
-/// Spreads a hash, which may be the key itself, over all 64 bits: both halves of a wide product, so
-/// that keys which differ in their high bits alone part as well as those which differ in the low.
+/// Spreads a hash over all 64 bits. The hash may be the key itself. Both halves of a 128-bit
+/// product are used, so that keys which differ only in their high bits are spread as well as keys
+/// which differ in their low bits.
 inline U64 hashMix(U64 hash) noexcept {
   __extension__ using Wide = unsigned __int128;
   Wide const product = static_cast<Wide>(hash ^ 0x9AE16A3B2F90404FU) * 0x9E3779B97F4A7C15U;
   return static_cast<U64>(product) ^ static_cast<U64>(product >> 64);
 }
 
-/// The first word of a HashTable's block. A short one tells how many elements it has room for; one
-/// of groups has a capacity of zero there and tells the logarithm of the number of its groups.
+/// The first word of a HashTable's block. In a short table, `capacity` is the number of elements
+/// that it has room for. In a table of groups, `capacity` is zero.
 struct TableHead {
   U16 capacity;
-  U16 detail;  ///< short: the offset of the values; groups: the logarithm of their number
+  U16 detail;  ///< short: offset of the values; groups: log2 of their number
 };
 
-/// Where things lie in a short table, one whose elements stand side by side from the front: head,
-/// one tag byte a slot, keys, values.
+/// The layout of a short table: head, one tag byte for each slot, keys, values. The elements stand
+/// side by side from the front.
 template <class K, class V>
 struct ShortLayout {
   static constexpr std::size_t tagsAt = sizeof(TableHead);
@@ -41,55 +42,57 @@ struct ShortLayout {
   static constexpr std::size_t valuesAt(std::size_t capacity) noexcept {
     return roundUp(keysAt(capacity) + capacity * sizeof(K), alignof(V));
   }
-  // Tags are read 16 at a time, whatever their number.
+  // A search reads 16 tags at a time, even when there are fewer.
   static constexpr std::size_t bytes(std::size_t capacity) noexcept {
     return roundUp(larger(valuesAt(capacity) + capacity * sizeof(V), tagsAt + 16),
                    larger(8, larger(alignof(K), alignof(V))));
   }
 };
 
-/// Where things lie in a table of groups. A group has 15 slots: 15 tags, the overflow count, keys,
-/// values. A tag is zero for an empty slot, else 7 bits of the hash and the mark 0x80. The overflow
-/// count tells how many elements had this group on their way and found it full; while it is zero a
-/// search ends here. At 255 it sticks.
+/// The layout of a table of groups. A group has 15 slots: 15 tags, the overflow count, keys,
+/// values. The tag of an empty slot is zero. The tag of a used slot is 7 bits of the hash and the
+/// mark 0x80. The overflow count is the number of elements that found this group full and went on
+/// to another one. While it is zero, a search ends here. Once it is 255, it stays there.
 template <class K, class V>
 struct GroupLayout {
   static constexpr U32 slots = 15;
   static constexpr U32 slotMask = (1U << slots) - 1;
-  static constexpr U32 fill = 13;  // elements a group, on average, before the table grows
+  static constexpr U32 fill = 13;  // average elements for each group before the table grows
   static constexpr std::size_t groupsAt = 16;
   static constexpr std::size_t overflowAt = 15;
   static constexpr std::size_t keysAt = roundUp(16, alignof(K));
   static constexpr std::size_t valuesAt = roundUp(keysAt + slots * sizeof(K), alignof(V));
   static constexpr std::size_t stride =
       roundUp(valuesAt + slots * sizeof(V), larger(alignof(K), alignof(V)));
-  static constexpr U32 maxLogGroups = 27;  // a slot's number fits 32 bits
+  static constexpr U32 maxLogGroups = 27;  // the number of a slot fits 32 bits
   static constexpr std::size_t bytes(U32 logGroups) noexcept {
     return groupsAt + (stride << logGroups);
   }
 };
 
-/// Elements of any keys; see HashMap2018 for what it promises of them. The table is one block of
+/// Elements with keys of any type; see HashMap2018 for the guarantees. The table is one block of
 /// slab memory:
 ///
-/// - short, up to 16 elements: they stand side by side in no order, and a search compares a byte of
-///   all their hashes at once;
-/// - beyond that, a power of two of groups of 15 slots, searched from the group that the hash
-///   names. There are no tombstones: a group counts the elements that it was too full to take.
+/// - With room for up to 16 elements the table is short. The elements stand side by side in no
+///   order, and a search compares one byte of all their hashes at once.
+/// - With more room it consists of groups of 15 slots; the number of groups is a power of two. A
+///   search begins with the group that the hash names. There are no tombstones: each group counts
+///   the elements that it was too full to take.
 ///
-/// Elements have indices: from 0 on without a gap in a short table, else the group's number and,
-/// in the four lowest bits, the slot's.
+/// Each element has an index. In a short table the indices run from 0 without a gap. In a table of
+/// groups the four lowest bits are the number of the slot, and the bits above are the number of the
+/// group.
 ///
 /// Threads: as the map.
 template <class K, class V, class Hash, class Tag>
 class HashTable : public TableState {
   using Short = ShortLayout<K, V>;
   using Groups = GroupLayout<K, V>;
-  static constexpr U32 shortLimit = 16;  // tags that one step compares
+  static constexpr U32 shortLimit = 16;  // the number of tags that one step compares
 
  public:
   static constexpr U32 none = 0xFFFFFFFF;
-  static constexpr std::size_t limit = ~std::size_t{0};  ///< grow() has one of its own
+  static constexpr std::size_t limit = ~std::size_t{0};  ///< no limit here: grow() has its own
 
   HashTable() noexcept = default;
   HashTable(const HashTable&) = delete;
@@ -114,7 +117,7 @@ class HashTable : public TableState {
     if (block_ == nullptr) return 0;
     return isShort() ? Short::bytes(head().capacity) : Groups::bytes(head().detail);
   }
-  /// How many elements there is room for without a larger block.
+  /// How many elements fit without a larger block.
   std::size_t room() const noexcept {
     if (block_ == nullptr) return 0;
     return isShort() ? head().capacity : std::size_t{Groups::fill} << head().detail;
@@ -129,13 +132,14 @@ class HashTable : public TableState {
     if (block_ == nullptr) return none;
     return isShort() ? shortIndexOf(key) : groupIndexOf(key);
   }
-  /// The first element with this index or a higher one.
+  /// The index of the first element at `index` or above; none when there is none.
   U32 occupiedFrom(U32 index) const noexcept {
     if (block_ == nullptr) return none;
     if (isShort()) return index < size() ? index : none;
     return groupOccupiedFrom(index);
   }
-  /// The same once the element with this index has been removed.
+  /// The index of the next element after the element at `index` was removed; none when there is
+  /// none.
   U32 occupiedAfterRemovalAt(U32 index) const noexcept {
     return occupiedFrom(isShort() ? index : index + 1);
   }
@@ -145,8 +149,8 @@ class HashTable : public TableState {
     return partAt<V>(group(index >> 4), Groups::valuesAt) + (index & 15);
   }
 
-  /// Adds an element whose key is not there. Throws (memory, what copying the key does) with all
-  /// elements as they were.
+  /// Adds an element. Its key must not be in the table. If this throws (memory, copying the key),
+  /// all elements are as before.
   template <class KeyArg>
   V* add(KeyArg&& key, V&& value) {
     if (size() < room()) [[likely]] {
@@ -156,13 +160,13 @@ class HashTable : public TableState {
     try {
       return place(std::forward<KeyArg>(key), std::move(value));
     } catch (...) {
-      // The elements are the same, and have moved: that must show in the word of state.
+      // The elements are the same but have moved: the state word must change.
       generationAdvance();
       throw;
     }
   }
-  /// Removes the element and gives its value. When the value goes, and its destructor looks at the
-  /// map, the element is gone.
+  /// Removes the element and returns its value. The table no longer has the element when the value
+  /// is destroyed: the value's destructor may look at the map.
   V removeAt(U32 index) {
     if (isShort()) return shortRemoveAt(index);
     U32 const number = index >> 4;
@@ -177,7 +181,7 @@ class HashTable : public TableState {
     if ((homeGroup(hash) & lastGroup()) != number) overflowAdd(hash, number, -1);
     return removed;
   }
-  /// Moves all elements to a block with room for `count`.
+  /// Moves all elements to a block with room for `count` elements.
   [[gnu::noinline]] void grow(std::size_t count) {
     HashTable larger;
     larger.block_ = blockFor(count);
@@ -192,7 +196,8 @@ class HashTable : public TableState {
     }
     contentsSwap(larger);
   }
-  /// Into an empty table. Throws what copying a key or a value does.
+  /// Copies the elements of `other` into this table, which must be empty. Throws what copying a key
+  /// or a value throws.
   void copyFrom(const HashTable& other) {
     if (other.size() == 0) return;
     HashTable copy;
@@ -210,10 +215,10 @@ class HashTable : public TableState {
     other.state_ ^= differing;
   }
 
-  /// Goes over the elements of a table that does not change. At the end until it stands somewhere.
+  /// Walks the elements of a table that does not change meanwhile. A new cursor is at the end.
   class Cursor {
    public:
-    /// Stands at the element with this index from then on; gives its key.
+    /// Moves to the element at `index` and returns its key.
     const K& standAt(const HashTable& table, U32 index) noexcept {
       U32 slots;
       if (table.isShort()) {
@@ -229,7 +234,7 @@ class HashTable : public TableState {
       rest_ = slots & (none << 1 << (index & 15));
       return key();
     }
-    /// To the next element; false when there is none.
+    /// Moves to the next element. Returns false when there is none.
     bool advance(const HashTable& table) noexcept {
       while (rest_ == 0) {
         if (groupsLeft_ == 0) return false;
@@ -246,14 +251,15 @@ class HashTable : public TableState {
     U32 index() const noexcept { return index_; }
     const K& key() const noexcept { return keys_[index_ & 15]; }
     V& value() const noexcept { return values_[index_ & 15]; }
-    /// Whether the table, which may have changed, has the element of this key in this place.
+    /// Whether the table still has the element with this key in this place. The table may have
+    /// changed.
     bool isIn(const HashTable& table, const K& key) const noexcept {
       return table.isOccupied(index_) && table.placeOfKey(index_) == keys_ + (index_ & 15) &&
              table.valueAt(index_) == values_ + (index_ & 15) && this->key() == key;
     }
 
    private:
-    // Goes to a group; gives its occupied slots.
+    // Moves to a group and returns a bit mask of its occupied slots.
     U32 groupIs(const HashTable& table, U32 number) noexcept {
       U8* const here = table.group(number);
       keys_ = partAt<K>(here, Groups::keysAt);
@@ -261,11 +267,11 @@ class HashTable : public TableState {
       return occupied(here);
     }
 
-    // Those of a short table, or of the group that it stands in.
+    // The keys and values of a short table, or of the group where the cursor is.
     const K* keys_ = nullptr;
     V* values_ = nullptr;
     U32 index_ = none;
-    U32 rest_ = 0;        // the slots that are still to come there
+    U32 rest_ = 0;        // bit mask of the slots that still follow there
     U32 groupsLeft_ = 0;  // how many groups follow
   };
 
@@ -341,12 +347,12 @@ class HashTable : public TableState {
     return number << 4 | static_cast<U32>(std::countr_zero(found));
   }
 
-  // A block with room for `count` elements, without any.
+  // Makes an empty block with room for `count` elements.
   static U8* blockFor(std::size_t count) {
     if (count <= shortLimit) {
       auto* const block = static_cast<U8*>(TableMemory<Tag>::take(Short::bytes(count)));
       new (block) TableHead{static_cast<U16>(count), static_cast<U16>(Short::valuesAt(count))};
-      // The tags of free slots are compared too, though nobody looks at what comes of it.
+      // A search also compares the tags of free slots, and ignores the result.
       std::memset(block + Short::tagsAt, 0, 16);
       return block;
     }
@@ -366,7 +372,7 @@ class HashTable : public TableState {
     return block;
   }
 
-  // As add, where there is room. Throws what copying the key does, before anything has changed.
+  // As add(), when there is room. If copying the key throws, nothing has changed.
   template <class KeyArg>
   V* place(KeyArg&& key, V&& value) {
     U64 const hash = hashOf(key);
@@ -393,7 +399,8 @@ class HashTable : public TableState {
     }
     return made;
   }
-  // Counts an element in or out of the groups that it did not fit in, on its way to group `to`.
+  // Adds `amount` to the overflow counts of the groups that were full when an element was on its
+  // way to group `to`.
   void overflowAdd(U64 hash, U32 to, int amount) noexcept {
     U32 const last = lastGroup();
     U32 step = 0;
@@ -420,7 +427,8 @@ class HashTable : public TableState {
   }
   void shortRelocate(HashTable& to) noexcept {
     U32 const count = size();
-    // Byte by byte: a wide load of tags just written one at a time would wait for all the stores.
+    // One byte at a time: a wide load of tags that were just written one at a time would wait for
+    // all those stores.
     for (U32 i = 0; i < count; ++i) {
       to.block_[Short::tagsAt + i] = block_[Short::tagsAt + i];
       relocate(shortKeys() + i, to.shortKeys() + i);

@@ -17,8 +17,8 @@ bool isPowerOfTwo(U32 i) { return std::has_single_bit(i); }
 
 }  // namespace
 
-// Constexpr, for g++ would otherwise register its end, which does nothing, and clang does so unless
-// told.
+// constexpr, so that g++ does not register the destructor, which does nothing. clang needs
+// no_destroy for that.
 #if defined(__clang__)
 [[clang::no_destroy]]
 #endif
@@ -40,7 +40,7 @@ void RQueueBlock::destroyedLinked() const noexcept {
 U32 RQueueBase::nextCapacity() const noexcept {
   U32 const count = size();
   if (count >= RQueueBlock::largest) return RQueueBlock::largest;
-  // Copies: a reference to the header's constants would make each library export them.
+  // Copies: with references to these constants of the header, each library would export them.
   return std::clamp(std::bit_ceil(count + 1), U32{RQueueBlock::smallest},
                     U32{RQueueBlock::largest});
 }

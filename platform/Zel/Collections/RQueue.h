@@ -1,4 +1,4 @@
-// RQueue: the first-in, first-out queue of records.
+// RQueue: a first-in, first-out queue.
 #pragma once
 
 #include <algorithm>
@@ -15,18 +15,19 @@
 
 namespace Halvo {
 
-/// The header of one array block of a queue: 16 bytes. The block's slots follow it in memory.
+/// The header of one array block of a queue: 16 bytes. The slots of the block follow it in memory.
 ///
-/// Invariant: the capacity is a power of two, at most 8192. It is zero in the one block that stands
-/// in for a missing head. Slots [firstIndex, capacity) are live; in the tail block, those up to the
-/// queue's last element. Slot i holds the element with the sequence number sequence() + i.
+/// Invariant: the capacity is a power of two, at most 8192. Only noBlock_, which stands in for a
+/// missing head, has capacity zero. The slots [firstIndex, capacity) are live; in the tail block,
+/// only up to the queue's last element. Slot i holds the element with the sequence number
+/// sequence() + i.
 ///
-/// First index and capacity have 14 bits each and share a word, the index in its lowest bits:
-/// taking an element reads this word and writes it back, one higher.
+/// First index and capacity have 14 bits each and share a word. The index is in the lowest bits: to
+/// take an element, the queue adds one to this word.
 class VELMOR_PLATFORM_API RQueueBlock {
  public:
   static constexpr U32 smallest = 4;    ///< slots of a queue's first block
-  static constexpr U32 largest = 8192;  ///< slots; 14 bits hold the index behind the last one too
+  static constexpr U32 largest = 8192;  ///< slots; 14 bits also hold the index behind the last
 
   /// Stops the process unless `capacity` is a power of two.
   RQueueBlock(U32 capacity, U32 sequence, bool fromSystem) noexcept;
@@ -43,7 +44,7 @@ class VELMOR_PLATFORM_API RQueueBlock {
   U32 sequence() const noexcept { return sequence_; }
   bool fromSystem() const noexcept { return (state_ & fromSystemBit) != 0; }
   constexpr bool linked() const noexcept { return next_ != nullptr; }
-  /// The block behind this one; behind the tail stands the head.
+  /// The next block. Behind the tail comes the head.
   const RQueueBlock* next() const noexcept { return next_; }
 
  private:
@@ -65,23 +66,23 @@ class VELMOR_PLATFORM_API RQueueBlock {
 };
 static_assert(sizeof(RQueueBlock) == 16);
 
-/// Walks a queue from front to back, knowing nothing of the elements.
+/// Walks a queue from front to back: the part that does not depend on the type of the elements.
 ///
-/// It meets the elements that were in the queue when it was made. It stays valid as long as the
-/// element it stands at, and those that are still to come, stay in the queue; what is added later
-/// does not harm it, and is not met.
+/// It meets the elements that were in the queue when it was made. It stays valid as long as its
+/// current element, and those still to come, stay in the queue. Elements that are added later do it
+/// no harm; it does not meet them.
 class RQueueBaseConstIter {
  public:
   /// Both must be iterators of one queue.
   friend bool operator==(const RQueueBaseConstIter& a, const RQueueBaseConstIter& b) noexcept {
-    // The slots alone would tell, but the block changes at the end of a run only: a compiler then
-    // looks for the end there, and not at each element.
+    // Comparing the slots would be enough. But the block changes only at the end of a run: with
+    // this order, compilers test for the end there, not at each element.
     return a.block_ == b.block_ && a.slot_ == b.slot_;
   }
 
  protected:
   RQueueBaseConstIter() noexcept = default;
-  // `slotSize` is the same wherever it is asked for: a constant to the caller.
+  // `slotSize` is the same in all calls, and a constant of the caller.
   RQueueBaseConstIter(const RQueueBlock* head, U32 count, U32 slotSize) noexcept : behind_(count) {
     if (count != 0) runBegin(head, head->firstIndex(), slotSize);
   }
@@ -113,20 +114,20 @@ class RQueueBaseConstIter {
   }
 
   const char* slot_ = nullptr;
-  const char* end_ = nullptr;  // behind the last slot of this block that is to be met
+  const char* end_ = nullptr;  // behind the last slot of this block that it will meet
   const RQueueBlock* block_ = nullptr;
-  U32 behind_ = 0;  // elements in the blocks that follow
+  U32 behind_ = 0;  // elements that it will meet in the following blocks
 };
 
-/// The part of a queue that knows nothing of its elements: the ring of blocks.
+/// The part of a queue that does not depend on the type of the elements: the ring of blocks.
 ///
-/// Invariant: head_ and tail_ are blocks of a ring in which the head follows the tail, or there is
-/// no block, tail_ is null, and head_ is a block without slots that all queues share and none
-/// writes to. All slots of a block that is not the tail have been filled, and the tail has at least
-/// one filled slot. Sequence numbers run on from block to block, modulo 2^32.
+/// Invariant: head_ and tail_ are blocks of a ring in which the head follows the tail. If there is
+/// no block, tail_ is null and head_ is noBlock_, a block without slots that all queues share and
+/// none changes. In a block that is not the tail all slots have been filled; in the tail at least
+/// one has. Sequence numbers run on from block to block, modulo 2^32.
 ///
-/// Adding looks at the queue alone, and taking at the head's state: each is a comparison, the
-/// element, and a new index.
+/// Adding reads only the queue object; taking reads the head's state too. Each takes one
+/// comparison, the element, and a new index.
 class VELMOR_PLATFORM_API RQueueBase {
  public:
   RQueueBase(const RQueueBase&) = delete;
@@ -138,18 +139,18 @@ class VELMOR_PLATFORM_API RQueueBase {
   bool empty() const noexcept {
     return blockless() || (head_ == tail_ && head_->firstIndex() == backIndex_);
   }
-  /// The head block, null while there is none: for those who account for memory.
+  /// The head block, for memory accounting; null when there is no block.
   const RQueueBlock* firstBlock() const noexcept { return blockless() ? nullptr : head_; }
 
-  /// Counts the blocks of all queues, with the bytes of their heads.
+  /// Counts the blocks of all queues, with the bytes of their headers.
   static MemoryTracker blockTracker_;
 
  protected:
-  /// What a queue that cannot take its front element at once has there.
+  /// The front of a queue when isFrontAtHand() is false.
   enum class Front {
     none,    ///< no element
-    inside,  ///< an element behind which the head has another slot
-    last     ///< the element in the head's last slot: the block goes with it
+    inside,  ///< an element, and the head has a slot behind it
+    last     ///< the element in the last slot of the head: the block goes with it
   };
 
   constexpr explicit RQueueBase(U32 firstSequence) noexcept
@@ -157,27 +158,28 @@ class VELMOR_PLATFORM_API RQueueBase {
   ~RQueueBase() = default;
 
   bool blockless() const noexcept { return tail_ == nullptr; }
-  /// The sequence number of the element that will be added next.
+  /// The sequence number of the next element to be added.
   U32 nextSequence() const noexcept {
     return blockless() ? backIndex_ : tail_->sequence_ + backIndex_;
   }
-  /// The capacity of the block that follows when the tail is full: the smallest power of two
-  /// greater than the number of elements, within the limits.
+  /// The capacity of the next block, which follows when the tail is full: the smallest power of two
+  /// greater than the number of elements, from `smallest` to `largest`.
   U32 nextCapacity() const noexcept;
-  /// An unlinked block; counts it, and its slots under `slots`. Stops the process when there is no
-  /// memory.
+  /// Makes an unlinked block, and counts it and its slots, the slots in `slots`. Stops the process
+  /// when there is no memory.
   RQueueBlock* blockNew(U32 capacity, std::size_t slotSize, MemoryTracker& slots) const noexcept;
   static void blockDelete(RQueueBlock* block, std::size_t slotSize, MemoryTracker& slots) noexcept;
-  /// Links the block behind the tail; it is the new tail, with no filled slot yet.
+  /// Links the block behind the tail. It becomes the tail, with no slot filled yet.
   void blockPush(RQueueBlock* block) noexcept;
   /// Unlinks the head block. Stops the process when there is no block.
   RQueueBlock* blockPop() noexcept;
-  /// Looks what is at the front once the head's state has come to frontStop_, and moves that on.
+  /// Tells what is at the front when the head's state has reached frontStop_. If that is
+  /// Front::inside, moves frontStop_ on.
   Front frontAtStop() noexcept;
 
-  /// Whether the front element can be taken without a look at anything but the head.
+  /// Whether the front element can be taken with a look at the head alone.
   bool isFrontAtHand() const noexcept { return head_->state_ != frontStop_; }
-  /// Moves the first index behind the front element; gives that element's index.
+  /// Moves the first index past the front element and returns the index of that element.
   U32 firstIndexAdvance() noexcept {
     U32 const state = head_->state_;
     head_->state_ = state + 1;
@@ -191,37 +193,39 @@ class VELMOR_PLATFORM_API RQueueBase {
     std::swap(backCapacity_, other.backCapacity_);
   }
 
-  // What head_ is while there is no block: taking asks for its state alone, which is frontStop_,
-  // and need not ask first whether there is a head.
+  // head_ points here while there is no block. The state of this block equals frontStop_: deq()
+  // need not test first whether there is a head.
   static const RQueueBlock noBlock_;
 
   RQueueBlock* head_ = const_cast<RQueueBlock*>(&noBlock_);
   RQueueBlock* tail_ = nullptr;
-  // A state of the head, with the same capacity. The elements before its first index are in the
-  // head block and none of them in its last slot: they can be taken without a look at anything
-  // else. 0 while there is no block.
+  // The state of the head at which deq() must look closer. All elements before its first index are
+  // in the head block, and none of them is in the last slot: they can be taken without a look at
+  // anything else. 0 while there is no block.
   U32 frontStop_ = 0;
-  // The tail's slot behind the last element, and the tail's capacity; while there is no block, both
-  // are the sequence number of the next element.
+  // The index of the tail's first slot that was never filled, and the tail's capacity. While there
+  // is no block, both are the sequence number of the next element.
   U32 backIndex_;
   U32 backCapacity_;
 };
 
-/// A queue of T: added at the back, taken from the front, in blocks that never move.
+/// A queue of T. Elements are added at the back and taken from the front. They are in blocks that
+/// never move.
 ///
-/// A queue that never held anything has no memory but its 32 bytes. Its first block has 4 slots;
-/// each further one has room for about as many elements as there are, up to 8192. A block is given
-/// back when the last of its slots has been taken.
+/// A queue that never held an element has no memory beside its own 32 bytes. The first block has 4
+/// slots. Each further block has about as many slots as the queue has elements, at most 8192. A
+/// block is freed when its last slot has been taken.
 ///
-/// `Tag` names the queue's elements for memory accounting: it has a static
-/// `Halvo::MemoryTracker memAllocationTracker_`, which counts the runs of slots and their bytes.
+/// `Tag` names the elements for memory accounting: it has a static `Halvo::MemoryTracker
+/// memAllocationTracker_`. The tracker counts the slots of each block as one object, and their
+/// bytes.
 ///
-/// References stay valid until their element is taken. T must move without throwing; enq throws
-/// what copying the element does, and leaves the queue as it was. The process stops when there is
-/// no memory.
+/// A reference to an element stays valid until the element is taken. T must be movable without
+/// throwing. If copying an element throws, enq() passes the exception on, and the queue is
+/// unchanged. When there is no memory for a block, the process stops.
 ///
-/// Threads: one at a time; any number may read a queue that nobody changes. Queues of distinct
-/// threads share the block tracker: ThreadControl's switch must be on then.
+/// Threads: one thread at a time. Several threads may read one queue while no thread changes it.
+/// Queues of different threads share the block tracker: ThreadControl's switch must then be on.
 ///
 ///     Halvo::RQueue<Halvo::String, QE_Name> names;
 ///     names.enq("acl-1");
@@ -244,7 +248,7 @@ class RQueue : public RQueueBase {
     using pointer = const T*;
 
     const_iterator() noexcept = default;
-    /// Elements still to come, the one it stands at included.
+    /// The number of elements still to come, the current one included.
     U32 left() const noexcept { return RQueueBaseConstIter::left(sizeof(T)); }
     reference operator*() const noexcept { return *static_cast<pointer>(slot()); }
     pointer operator->() const noexcept { return static_cast<pointer>(slot()); }
@@ -278,11 +282,11 @@ class RQueue : public RQueueBase {
   void swap(RQueue& other) noexcept { RQueueBase::swap(other); }
   friend void swap(RQueue& a, RQueue& b) noexcept { a.swap(b); }
 
-  /// Adds an element at the back. It may be a reference to one in this queue.
+  /// Adds an element at the back. `element` may be one of this queue.
   void enq(const T& element) { add(element); }
   void enq(T&& element) { add(std::move(element)); }
 
-  /// Takes the element at the front; T{} when there is none.
+  /// Removes the element at the front and returns it; T{} when there is none.
   T deq() {
     if (isFrontAtHand()) [[likely]] {
       return take();
@@ -298,21 +302,21 @@ class RQueue : public RQueueBase {
     return takeLast();
   }
 
-  /// The element at the front, in place; null when there is none.
+  /// A pointer to the element at the front; null when there is none.
   const T* frontPeek() const noexcept {
     return empty() ? nullptr : slots(head_) + head_->firstIndex();
   }
-  /// The element at the back, in place; null when there is none.
+  /// A pointer to the element at the back; null when there is none.
   const T* backPeek() const noexcept { return empty() ? nullptr : slots(tail_) + backIndex_ - 1; }
   /// A copy of the element at the front; T{} when there is none.
   T front() const { return copyOf(frontPeek()); }
   /// A copy of the element at the back; T{} when there is none.
   T back() const { return copyOf(backPeek()); }
 
-  /// Removes all and frees the blocks.
+  /// Removes all elements and frees the blocks.
   void delAll() noexcept {
     if (blockless()) return;
-    // The queue is empty before the first element goes: a destructor may look at it.
+    // Empties the queue before it destroys the first element: a destructor may look at the queue.
     RQueue old(nextSequence());
     swap(old);
     while (!old.blockless()) {
@@ -335,14 +339,14 @@ class RQueue : public RQueueBase {
     blockDelete(block, sizeof(T), Tag::memAllocationTracker_);
   }
 
-  // The element at the front.
+  // Moves the front element out of its slot.
   T take() noexcept {
     T* const slot = slots(head_) + firstIndexAdvance();
     T element(std::move(*slot));
     std::destroy_at(slot);
     if constexpr (sizeof(T) <= sizeof(void*)) {
-      // Moved on from a local object, which a register holds: the compiler sees then that the slot
-      // has been left empty, and nothing remains to destroy there.
+      // Moves once more, from a local object that a register holds. The compiler then sees that the
+      // slot is empty, and that its destructor has nothing to do.
       return T(std::move(element));
     }
     return element;
@@ -358,7 +362,7 @@ class RQueue : public RQueueBase {
     if (backIndex_ == backCapacity_) [[unlikely]] {
       return addInNewBlock(std::forward<Arg>(element));
     }
-    // Constructed first, counted after: a copy that throws leaves nothing behind.
+    // Constructs first and counts afterwards: a copy that throws leaves nothing behind.
     U32 const next = backIndex_ + 1;
     new (slots(tail_) + next - 1) T(std::forward<Arg>(element));
     backIndex_ = next;

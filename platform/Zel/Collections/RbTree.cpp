@@ -1,4 +1,4 @@
-// How a tree is searched and walked.
+// Searches and walks a tree.
 #include "Zel/Collections/RbTree.h"
 
 #include <algorithm>
@@ -105,7 +105,7 @@ RbTree::Position RbTree::upperBound(const RbTreeProbe& probe) const noexcept {
   return index < leaf->count ? Position{leaf, index} : Position{leaf->next, 0};
 }
 
-// Fills in the inner blocks on the way to the key, and the leaf.
+// Fills in the inner blocks on the path to the key, and the leaf.
 void RbTree::descendAlong(const RbTreeProbe& probe, Path& path) const noexcept {
   void* block = root_;
   for (U32 level = 0; level < height_; ++level) {
@@ -124,8 +124,8 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
   path.isKnown = true;
   if (size_ == 0) return nullptr;
   if (recent_ != nullptr && keysRun_) {
-    // Keys in order stay in a leaf for long. Where hints are not exact, the key may stand in a
-    // neighbour when its hint is that of the leaf's first or last element.
+    // Keys that come in order often need the same leaf. Where hints are not exact, a key with the
+    // hint of the leaf's first or last element may be in a neighbour.
     Leaf& leaf = *recent_;
     U64* const hints = leaf.hints();
     U32 const last = leaf.count - 1U;
@@ -154,7 +154,7 @@ void* RbTree::locate(const RbTreeProbe& probe, Path& path) noexcept {
   }
   descendAlong(probe, path);
   Leaf& leaf = *path.at.leaf;
-  // Scattered keys would pay for the look at a leaf that is never theirs.
+  // Scattered keys are rarely in the leaf of the last one: for them, stop looking there first.
   keysRun_ =
       recent_ == nullptr || &leaf == recent_ || leaf.previous == recent_ || leaf.next == recent_;
   recent_ = &leaf;

@@ -1,6 +1,6 @@
-// RbTree: the part of the ordered maps and sets that knows nothing of their elements.
+// RbTree: the part of the ordered maps and sets that does not depend on the type of the elements.
 //
-// Threads: one at a time; any number may read a tree that nobody changes.
+// Threads: one thread at a time. Several threads may read one tree while no thread changes it.
 #pragma once
 
 #include <cstddef>
@@ -16,12 +16,13 @@
 
 namespace Zel {
 
-/// How a tree orders its keys by a number first.
+/// Gives each key a hint, a 64-bit number that a tree compares first.
 ///
-/// `hint(key)` must agree with `Less`: hint(a) < hint(b) only if a is less than b. Where `exact`,
-/// keys of equal hints are equal also, and the tree never calls `Less`; elsewhere `Less` decides
-/// among keys of equal hints. The tree keeps the hints side by side, so a good hint spares it most
-/// looks at elements. Specialise it for a type of your own before its first tree:
+/// `hint(key)` must agree with `Less`: hint(a) < hint(b) only if a is less than b. If `exact` is
+/// true, keys with equal hints are equal, and the tree never calls `Less`. Otherwise `Less` decides
+/// between keys with equal hints. The tree keeps the hints side by side: a good hint saves most
+/// looks at elements. To give a type of your own a hint, specialise this template before the first
+/// tree of that type:
 ///
 ///     template <>
 ///     struct Zel::RbTreeOrder<Entry, std::less<Entry>> {
@@ -41,7 +42,7 @@ struct RbTreeOrder {
       return static_cast<U64>(key);
     }
   }
-  /// The number that has this hint.
+  /// The key that has this hint.
   static K keyOf(U64 hint) noexcept requires exact {
     if constexpr (std::is_signed_v<K>) {
       return static_cast<K>(hint ^ U64{1} << 63);
@@ -50,9 +51,10 @@ struct RbTreeOrder {
     }
   }
 };
-/// Strings: eight of their bytes, the first ones or, in a tree whose keys all begin alike, the
-/// first behind that beginning. An order whose hints are not exact, and which goes by the bytes
-/// from the first on, can have this if it has hintSize, hintBehind, commonSize and orderBehind.
+/// Strings: the hint is eight of their bytes. If all keys of a tree begin with the same bytes, the
+/// hint is the first eight bytes behind that common beginning; otherwise it is the first eight
+/// bytes. Another order gets the same if its hints are not exact, it compares bytes from the first
+/// one on, and it has hintSize, hintBehind, commonSize and orderBehind.
 template <>
 struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
   static constexpr bool exact = false;
@@ -62,11 +64,11 @@ struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
     std::memcpy(&bytes, text.data(), text.size() < 8 ? text.size() : 8);
     return __builtin_bswap64(bytes);
   }
-  /// The hint of what stands behind the first `skip` bytes, which the text has.
+  /// The hint of the text behind its first `skip` bytes. The text must have that many.
   static U64 hintBehind(std::string_view text, U32 skip) noexcept {
     return hint({text.data() + skip, text.size() - skip});
   }
-  /// How many bytes both begin with, at most `limit`.
+  /// How many bytes are the same at the beginning of both, at most `limit`.
   static U32 commonSize(std::string_view a, std::string_view b, U32 limit) noexcept {
     std::size_t const shorter = a.size() < b.size() ? a.size() : b.size();
     U32 const end = shorter < limit ? static_cast<U32>(shorter) : limit;
@@ -75,8 +77,8 @@ struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
     while (same < end && a[same] == b[same]) ++same;
     return same;
   }
-  /// Below, at or above zero as a is less than b, equal or greater. Their first `told` bytes, with
-  /// zeros behind a shorter text, are known to be the same.
+  /// Negative when a is less than b, zero when both are equal, positive when a is greater. Their
+  /// first `told` bytes are known to be the same; a shorter text counts as if zeros followed it.
   static int orderBehind(std::string_view a, std::string_view b, U32 told) noexcept {
     std::size_t const shorter = a.size() < b.size() ? a.size() : b.size();
     std::size_t known = told;
@@ -90,7 +92,8 @@ struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
       int const order = std::memcmp(a.data() + known, b.data() + known, shorter - known);
       if (order != 0) return order;
     }
-    // What one has behind the other's end is zeros, or not known yet.
+    // All bytes of the shorter text are equal to those of the longer one: the longer text is
+    // greater.
     return static_cast<int>(a.size() > b.size()) - static_cast<int>(a.size() < b.size());
   }
 
@@ -104,14 +107,14 @@ struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
 
 namespace impl {
 
-/// A run of elements in order, side by side: behind this head stand places for `capacity` hints,
-/// then for as many pointers to elements. Those in use begin at place `begin`, so that a run which
+/// A leaf block: a run of elements in order. Behind this head there is room for `capacity` hints,
+/// then for as many pointers to elements. The places in use begin at `begin`, so that a run which
 /// grows or shrinks at either end moves nothing.
 struct RbTreeLeaf {
   U16 count;
   U16 capacity;
   U16 begin;
-  U16 recent;            ///< a guess: where locate() found an element; maybe behind the last one
+  U16 recent;            ///< a guess for locate(): its last place; may be behind the last element
   RbTreeLeaf* previous;  ///< null at the first
   RbTreeLeaf* next;      ///< null at the last
 
@@ -119,7 +122,7 @@ struct RbTreeLeaf {
   void** elements() noexcept {
     return static_cast<void**>(static_cast<void*>(places() + capacity)) + begin;
   }
-  /// The hint of the element whose pointer stands there.
+  /// The hint of the element whose pointer is at `place`.
   U64 hintAt(void** place) const noexcept {
     return *static_cast<U64*>(static_cast<void*>(place - capacity));
   }
@@ -128,33 +131,34 @@ struct RbTreeLeaf {
   U64* places() noexcept { return static_cast<U64*>(static_cast<void*>(this + 1)); }
 };
 
-/// What a search looks for.
+/// The key that a search looks for.
 struct RbTreeProbe {
   U64 hint;
   const void* key;
-  /// Below, at or above zero as the element of that hint is less than the key, equal or greater.
-  /// Null where hints are exact.
+  /// Compares an element with the key when their hints are equal. Negative when the element is
+  /// less, zero when it is equal, positive when it is greater. Null where hints are exact.
   int (*order)(const void* element, const RbTreeProbe& probe);
-  /// How many first bytes, as of a text, equal hints show to be the same. Zero, where hints leave
-  /// out what all keys begin with, tells that this key begins otherwise.
+  /// Texts: how many bytes at the beginning are known to be the same when hints are equal. Where
+  /// hints leave out the common beginning of all keys, zero means that this key begins differently.
   U32 told;
 };
 
-/// Ordered pointers to elements: a tree whose leaves are runs of up to 62 elements, and whose inner
+/// Pointers to elements in order: a tree whose leaves hold up to 62 elements each, and whose inner
 /// blocks have up to 42 children each.
 ///
-/// Invariant: all leaves are equally deep and linked in order; none is empty. Each entry of an
-/// inner block names the first element of the child it leads to; where hints are exact it may also
-/// hold a hint that is lower, of an element now gone, but not below the elements before. Blocks but
-/// those on the tree's edges are filled to a third or more. A tree of up to 62 elements is a single
-/// leaf, which grows with them; an empty one has no block.
+/// Invariant: all leaves have the same depth and are linked in order; none is empty. Each entry of
+/// an inner block holds the hint and the pointer of the first element of one child. Where hints are
+/// exact, the entry may still be of an element that was removed. Its hint is then lower than those
+/// in the child, but never as low as those before the child. Every block is at least a third full,
+/// except at the edges of the tree. A tree that never had more than 62 elements is a single leaf,
+/// which grows with them. An empty tree has no block.
 ///
-/// Elements never move; the places of their pointers do, with each insertion and removal, and
-/// version() changes with each.
+/// Elements never move. Their pointers move with each insertion and removal; version() changes each
+/// time.
 class VELMOR_PLATFORM_API RbTree {
  public:
-  static constexpr U32 leafCapacity = 62;   // with the head, what the largest slab object holds
-  static constexpr U32 innerCapacity = 42;  // likewise
+  static constexpr U32 leafCapacity = 62;   // with the head, this fills the largest slab object
+  static constexpr U32 innerCapacity = 42;  // this fits the largest slab object
   static constexpr U32 maxHeight = 12;      // levels of inner blocks; eight hold 2^32 elements
 
   struct Position {
@@ -162,12 +166,12 @@ class VELMOR_PLATFORM_API RbTree {
     U32 index = 0;
   };
   struct Inner;
-  /// The way from the root to a place in a leaf.
+  /// The path from the root to a place in a leaf.
   struct Path {
     Inner* inner[maxHeight];
     U32 child[maxHeight];
     Position at;
-    bool isKnown;  ///< false where the leaf was found at hand, without a descent
+    bool isKnown;  ///< false when only `at` is set: locate() found the leaf without a descent
   };
 
   constexpr RbTree() noexcept = default;
@@ -178,48 +182,49 @@ class VELMOR_PLATFORM_API RbTree {
   U32 generation() const noexcept { return generation_; }
   U32 version() const noexcept { return version_; }
   void generationAdvance() noexcept { generation_ += 2; }
-  /// How much of the beginning of every key the hints leave out.
+  /// How many bytes at the beginning of every key the hints leave out.
   U32 skip() const noexcept { return skip_; }
-  /// Any one of the elements, of which there is at least one.
+  /// Any one of the elements. The tree must not be empty.
   void* anyElement() const noexcept;
-  /// Gives every element its hint anew.
+  /// Computes the hint of every element anew.
   void rehint(U32 skip, U64 (*hintOf)(const void*, U32)) noexcept;
-  /// Whether, after an insertion, the keys may be worth a look for a longer common beginning. At
-  /// few sizes alone, and only as long as that has not happened too often.
+  /// Whether to look, after an insertion, for a longer common beginning of the keys. True only at
+  /// few sizes, and never again once the hints have changed too often.
   bool mayGrowSkip() const noexcept {
     return size_ >= 8 && (size_ & (size_ - 1)) == 0 && skipGrowths_ != 0xFF;
   }
   static constexpr U32 maxSkip = 0xF8;
-  /// Bytes of all blocks, elements not counted.
+  /// The bytes of all blocks. Elements are not counted.
   std::size_t blockBytes() const noexcept;
 
-  /// The element of the key, null when there is none.
+  /// The element of the key; null when there is none.
   void* find(const RbTreeProbe& probe) const noexcept;
-  /// The same, where hints are exact.
+  /// The same for trees with exact hints.
   void* find(U64 hint) const noexcept;
   Position first() const noexcept;
   Position last() const noexcept;
-  /// Where the element of the key stands; nowhere when there is none.
+  /// The position of the element of the key; a null leaf when there is none.
   Position positionOf(const RbTreeProbe& probe) const noexcept;
   /// The first element that is not less than the key.
   Position lowerBound(const RbTreeProbe& probe) const noexcept;
   /// The first element that is greater than the key.
   Position upperBound(const RbTreeProbe& probe) const noexcept;
 
-  /// The element of the key; where there is none, null and the place for it.
+  /// The element of the key, or null. Sets `path` to its place, or to the place where an element of
+  /// this key belongs.
   void* locate(const RbTreeProbe& probe, Path& path) noexcept;
-  /// Adds an element at the place that locate() found. Throws std::bad_alloc before it changes
-  /// anything.
+  /// Adds an element at the place that locate() found. If this throws std::bad_alloc, nothing has
+  /// changed.
   void insertAt(Path& path, U64 hint, void* element);
-  /// Removes the pointer that locate() found. Leaves the generation to the caller.
+  /// Removes the pointer that locate() found. The caller must advance the generation.
   void removeAt(Path& path, bool hintsAreExact) noexcept;
 
   /// Exchanges the elements, not the generations.
   void contentsSwap(RbTree& other) noexcept;
-  /// Frees all blocks; the elements are the caller's.
+  /// Frees all blocks, but no elements.
   void blocksFree() noexcept;
 
-  /// Whether every invariant holds: for tests. Looks at hints only.
+  /// For tests: whether every invariant holds. Looks only at hints.
   bool isSound(bool hintsAreExact) const noexcept;
 
   /// Counts the blocks of all trees.
@@ -238,14 +243,14 @@ class VELMOR_PLATFORM_API RbTree {
   ZEL_RB_TREE_OWN void underflow(Path& path) noexcept;
 #undef ZEL_RB_TREE_OWN
 
-  // The leaf of the last look for a place, or of what was then done there. Null or valid.
+  // The leaf that locate() or a change after it last used. Null or valid.
   RbTreeLeaf* recent_ = nullptr;
-  void* root_ = nullptr;  // an Inner, or the only leaf where the height is zero
+  void* root_ = nullptr;  // an Inner, or the only leaf when the height is zero
   U32 size_ = 0;
   U32 generation_ = 1;
   U32 version_ = 0;
   U8 height_ = 0;        // levels of inner blocks
-  bool keysRun_ = true;  // whether the last places stood in one leaf or in neighbours
+  bool keysRun_ = true;  // whether the last two places were in one leaf or in neighbours
   U8 skipGrowths_ = 0;
   U8 skip_ = 0;
 };

@@ -1,5 +1,4 @@
-// Internal: the blocks that an RbTree is made of, and what is done within one block or between two
-// neighbours.
+// Internal: the blocks of an RbTree, and the operations on one block or on two neighbours.
 //
 // Threads: as RbTree.
 #pragma once
@@ -26,10 +25,11 @@ struct RbTree::Inner {
 };
 static_assert(sizeof(RbTree::Inner) <= Sobrel::largestSlabObject);
 
-// The room of the only leaf as it grows: most trees have very few elements.
+// The capacities of the only leaf as it grows. They start small: most trees have very few elements.
 constexpr U16 leafRooms[] = {1, 4, 12, 30, RbTree::leafCapacity};
-// Below these a block takes from a neighbour, or the two become one when they fill no more than
-// three quarters: neither is then near to the next such step.
+// A block that has fewer entries than its minimum takes some from a neighbour. If both together
+// have no more than the merge limit, three quarters of a block, the two become one instead. Either
+// way the result is not close to the next such step.
 constexpr U32 leafMinimum = 22;
 constexpr U32 leafMergeLimit = 46;
 constexpr U32 innerMinimum = 14;
@@ -55,7 +55,7 @@ inline void innerDelete(Inner* inner) noexcept {
   Sobrel::trackedFree(RbTree::blockTracker_, inner, sizeof(Inner));
 }
 
-// How many of the ordered numbers are below the limit. No branch depends on them.
+// How many of the ordered numbers are below the limit. No branch depends on the numbers.
 [[gnu::always_inline]] inline U32 countBelow(const U64* hints, U32 count, U64 limit) noexcept {
   const U64* from = hints;
   while (count > 1) {
@@ -70,8 +70,8 @@ inline void innerDelete(Inner* inner) noexcept {
   return limit == ~U64{0} ? count : countBelow(hints, count, limit + 1);
 }
 
-// The entries that may be the sought one where hints are not exact: those of its hint, most often
-// one or none. Keys with a long common beginning have one hint; then the hints are not searched.
+// The entries with the hint that is looked for, where hints are not exact: most often one or none.
+// Keys with a long common beginning may all have one hint; then the hints are not searched.
 struct Range {
   U32 low;
   U32 high;
@@ -106,9 +106,9 @@ struct Range {
 
 struct Place {
   U32 index;
-  bool isTaken;  // by the element of the key
+  bool isTaken;  // whether the element of the key is there
 };
-// Where the key stands in the leaf, or would stand.
+// The place of the key in the leaf, or the place where it belongs.
 [[gnu::always_inline]] inline Place placeIn(Leaf& leaf, const RbTreeProbe& probe) noexcept {
   const U64* const hints = leaf.hints();
   if (probe.order == nullptr) {
@@ -129,8 +129,8 @@ struct Place {
   return {range.low, false};
 }
 
-// Finds the hint, which lies between the leaf's first and last, where the last one was found or
-// beside it: keys in order, and a key again and again, need no search.
+// Looks for the hint in the place of the last one and beside it. The hint must lie between the
+// leaf's first and last hints. Keys that come in order, or the same key again, then need no search.
 [[gnu::always_inline]] inline bool findNearRecent(Leaf& leaf, U64 hint, U32& index) noexcept {
   const U64* const hints = leaf.hints();
   U32 at = std::min<U32>(leaf.recent, leaf.count - 1U);
@@ -147,7 +147,7 @@ struct Place {
 
 template <class T>
 inline void shift(T* array, U32 from, U32 to, U32 end) noexcept {
-  // Nothing moves where keys come in order.
+  // Keys that come in order move nothing.
   if (from != end) std::memmove(array + to, array + from, (end - from) * sizeof(T));
 }
 template <class T>
@@ -204,7 +204,7 @@ inline void erase(Inner& inner, U32 index) noexcept {
   --inner.count;
 }
 
-// Moves entries between neighbours so that the left one has `leftCount`.
+// Moves entries between two neighbours so that the left one has `leftCount`.
 template <class Block, class Arrays>
 inline void balance(Block& left, Block& right, U32 leftCount, Arrays arrays) noexcept {
   U32 const total = left.count + U32{right.count};

@@ -1,4 +1,4 @@
-// How a tree changes: blocks split as elements come, and are balanced or joined as they go.
+// Changes a tree: splits full blocks on insertion, balances or joins blocks on removal.
 #include <algorithm>
 #include <utility>
 
@@ -9,7 +9,8 @@ namespace Zel::impl {
 
 namespace {
 
-// Blocks at hand before a split begins: what it does not use goes back.
+// The blocks that a split needs, allocated before it changes anything. If one cannot be allocated,
+// the others are freed.
 class Spare {
  public:
   explicit Spare(U32 inners) {
@@ -36,7 +37,7 @@ class Spare {
 
 }  // namespace
 
-// The tree has a new first element.
+// Updates the entries above the first element of the tree, which is new.
 void RbTree::firstIs(U64 hint, void* element) noexcept {
   void* block = root_;
   for (U32 level = height_; level != 0; --level) {
@@ -47,7 +48,7 @@ void RbTree::firstIs(U64 hint, void* element) noexcept {
   }
 }
 
-// The block below `level` that the path leads through has a new first element.
+// Updates the entries above the block at depth `level` of the path, which has a new first element.
 void RbTree::minimumChanged(const Path& path, U32 level, U64 hint, void* element) noexcept {
   while (level-- > 0) {
     U32 const child = path.child[level];
@@ -95,7 +96,8 @@ void RbTree::leafSplit(Path& path, U64 hint, void* element) {
   while (full < height_ && path.inner[height_ - 1 - full]->count == innerCapacity) ++full;
   Spare spare(full + (full == height_ ? 1 : 0));
 
-  // Input in order, from either side, leaves full blocks behind; other input leaves halves.
+  // Keys that come in order, ascending or descending, leave full blocks behind. Other keys leave
+  // half-full blocks.
   Leaf* const leaf = path.at.leaf;
   Leaf* const fresh = spare.leaf;
   U32 const index = path.at.index;
@@ -109,7 +111,8 @@ void RbTree::leafSplit(Path& path, U64 hint, void* element) {
     fresh->elements()[0] = element;
     fresh->count = 1;
     freshIsLeft = true;
-    // The leaf's entries above may hold a hint as low as that of the element that goes before it.
+    // The entries above may still hold a lower hint for the old leaf, perhaps as low as the hint of
+    // the new element, which now stands before it.
     minimumChanged(path, height_, leaf->hints()[0], leaf->elements()[0]);
   } else {
     constexpr U32 half = leafCapacity / 2;
@@ -138,7 +141,8 @@ void RbTree::leafSplit(Path& path, U64 hint, void* element) {
       if (at == 0) minimumChanged(path, level, addedHint, addedElement);
       return;
     }
-    // No inner block has less than two children, or an empty leaf could find itself alone.
+    // No inner block may have fewer than two children: otherwise a leaf that runs empty could leave
+    // its parent without a child.
     Inner& freshInner = *spare.takeInner();
     if (at == 0) {
       balance(freshInner, inner, 1);
@@ -177,7 +181,7 @@ void RbTree::leafSplit(Path& path, U64 hint, void* element) {
 
 void RbTree::removeAt(Path& path, bool hintsAreExact) noexcept {
   Leaf& leaf = *path.at.leaf;
-  // The leaves at the edges may drain, as a queue does, without a look at their neighbours.
+  // The first and the last leaf may run empty without a look at their neighbours, as in a queue.
   bool const isAtEdge = leaf.previous == nullptr || leaf.next == nullptr;
   bool const goesUnder = !isAtEdge && leaf.count <= leafMinimum;
   if (!path.isKnown && (goesUnder || leaf.count == 1)) {
@@ -191,14 +195,14 @@ void RbTree::removeAt(Path& path, bool hintsAreExact) noexcept {
   recent_ = &leaf;
   if (leaf.count == 0) return leafRemove(path);
   if (height_ == 0) return;
-  // A hint that is too low does no harm; a pointer to an element that is gone would.
+  // A hint that is too low does no harm; a pointer to a removed element would.
   if (path.at.index == 0 && !hintsAreExact) {
     minimumChanged(path, height_, leaf.hints()[0], leaf.elements()[0]);
   }
   if (goesUnder) leafUnderflow(path);
 }
 
-// The leaf at the end of the path has lost its last element.
+// Removes the leaf at the end of the path, which has become empty.
 void RbTree::leafRemove(Path& path) noexcept {
   Leaf* const leaf = path.at.leaf;
   recent_ = nullptr;
@@ -240,7 +244,7 @@ void RbTree::leafUnderflow(Path& path) noexcept {
   underflow(path);
 }
 
-// After a child of the lowest inner block on the path has gone.
+// Joins or balances inner blocks after the lowest one on the path has lost a child.
 void RbTree::underflow(Path& path) noexcept {
   for (U32 level = height_ - 1; level > 0; --level) {
     if (path.inner[level]->count >= innerMinimum) return;

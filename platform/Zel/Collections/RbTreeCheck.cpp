@@ -1,4 +1,4 @@
-// Whether a tree is as it should be: for tests.
+// Checks the invariants of a tree, for tests.
 #include "Zel/Collections/RbTree.h"
 #include "Zel/Collections/RbTreeBlocks.h"
 
@@ -11,12 +11,12 @@ class Inspection {
  public:
   explicit Inspection(bool hintsAreExact) noexcept : hintsAreExact_(hintsAreExact) {}
 
-  /// The elements, and the last leaf, that it has met.
+  /// The number of elements that were checked, and the last leaf.
   U32 size() const noexcept { return size_; }
   const Leaf* last() const noexcept { return previous_; }
 
-  /// Whether one block, and what is below it, is sound; `hint` and `element` are what the block
-  /// above says of it. Only the root is at both edges.
+  /// Whether one block, and all below it, is sound. `hint` and `element` are its entry in the block
+  /// above. Only the root is at both edges.
   bool isSound(void* block, U32 height, bool isAtFront, bool isAtBack, U64 hint,
                void* element) noexcept {
     bool const isAtEdge = isAtFront || isAtBack;

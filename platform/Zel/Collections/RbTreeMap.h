@@ -20,7 +20,7 @@ namespace impl {
 template <class K>
 inline constexpr bool isNumberKey = std::is_integral_v<K> || std::is_enum_v<K>;
 
-/// What map and set share. `Element` holds the key as `key`.
+/// The common part of map and set. `Element` holds the key in its member `key`.
 template <class K, class Element, class Tag, class Less>
 class RbTreeOf {
   using Order = RbTreeOrder<K, Less>;
@@ -38,36 +38,41 @@ class RbTreeOf {
 
   U32 size() const noexcept { return tree_.size(); }
   bool empty() const noexcept { return size() == 0; }
-  /// Starts at 1; goes up by 2 with each removal of an element and each clear(), that of an empty
-  /// collection also. Insertions leave it alone.
+  /// Starts at 1. Goes up by 2 with each removal of an element and each clear(), also of an empty
+  /// collection. Insertions do not change it.
   U32 generation() const noexcept { return tree_.generation(); }
   bool has(const K& key) const noexcept { return found(key) != nullptr; }
-  /// Bytes of all memory but the collection's own 32 and what the elements own, as asked for of
-  /// the allocator.
+  /// The bytes of all blocks and elements, as requested from the allocator. The 32 bytes of the
+  /// collection object, and memory that the elements own, are not included.
   std::size_t memoryBytes() const noexcept { return tree_.blockBytes() + size() * sizeof(Element); }
 
-  /// Removes the element of the key; false when there is none.
+  /// Removes the element of the key. Returns false when there is none.
   bool del(const K& key) {
     Holder const gone(unlinked(probeFor(key)));
     return gone.element != nullptr;
   }
-  /// Removes what the iterator means. If an element was removed since the iterator was made
-  /// (generation() differs from the collection's), that is the key it last held, be that removed
-  /// and added anew, or passed on the way to the end; else the element under it, and nothing at the
-  /// end. False when nothing was removed. The iterator's `++` then goes to the element behind.
+  /// Removes an element through an iterator. Returns false when it removed nothing.
   ///
-  /// The iterator must be this collection's: where debugging is on, another's stops the process
-  /// (assertion "at.owner == this").
+  /// - If no element was removed since the iterator was made (both have the same generation()),
+  ///   this removes the element at the iterator. At the end it removes nothing.
+  /// - Otherwise it removes the element of the key that the iterator last held. This holds even if
+  ///   that element was removed and added again, or if the iterator has since gone to the end.
+  ///
+  /// After that, `++` takes the iterator to the element behind.
+  ///
+  /// The iterator must belong to this collection. Where debugging is on, an iterator of another
+  /// collection stops the process (assertion "at.owner == this").
   bool del(const iterator& at) {
     ownIteratorExpected(at, "bool Zel::RbTreeOf::del(const iterator&)");
     if (!at.isHeld_ || (at.element_ == nullptr && at.generation_ == generation())) return false;
     Holder const gone(unlinked(at.heldProbe()));
     return gone.element != nullptr;
   }
-  /// Removes all.
+  /// Removes all elements.
   void clear() noexcept {
     tree_.generationAdvance();
-    // Empty before the first element goes: a destructor may look at the collection.
+    // Empties the collection before it destroys the first element: a destructor may look at the
+    // collection.
     RbTree old;
     old.contentsSwap(tree_);
     elementsDelete(old);
@@ -77,24 +82,24 @@ class RbTreeOf {
   iterator end() noexcept { return iterator(this); }
   const_iterator begin() const { return const_iterator(this, tree_.first()); }
   const_iterator end() const noexcept { return const_iterator(this); }
-  /// At the last element; end() where there is none.
+  /// An iterator at the last element; end() when there is none.
   iterator last() { return iterator(this, tree_.last()); }
   const_iterator last() const { return const_iterator(this, tree_.last()); }
-  /// At the key; end() when it is not there.
+  /// An iterator at the element of the key; end() when there is none.
   iterator at(const K& key) { return iterator(this, positionOf(key)); }
   const_iterator at(const K& key) const { return const_iterator(this, positionOf(key)); }
-  /// At the first element that is not less than the key.
+  /// An iterator at the first element that is not less than the key.
   iterator lowerBound(const K& key) { return iterator(this, tree_.lowerBound(probeFor(key))); }
   const_iterator lowerBound(const K& key) const {
     return const_iterator(this, tree_.lowerBound(probeFor(key)));
   }
-  /// At the first element that is greater than the key.
+  /// An iterator at the first element that is greater than the key.
   iterator upperBound(const K& key) { return iterator(this, tree_.upperBound(probeFor(key))); }
   const_iterator upperBound(const K& key) const {
     return const_iterator(this, tree_.upperBound(probeFor(key)));
   }
 
-  /// Whether the structure below is as it should be: for tests.
+  /// For tests: whether every invariant of the tree holds.
   bool isSound() const noexcept { return tree_.isSound(Order::exact); }
 
  protected:
@@ -118,7 +123,8 @@ class RbTreeOf {
     other.tree_.generationAdvance();
   }
 
-  // Deletes an element at the end of its scope: when it goes the tree is whole, and without it.
+  // Deletes an element at the end of its scope. By then the tree is valid and no longer has the
+  // element.
   struct Holder {
     explicit Holder(Element* held) noexcept : element(held) {}
     Holder(const Holder&) = delete;
@@ -135,7 +141,7 @@ class RbTreeOf {
     } else if constexpr (skips) {
       U32 const skip = tree_.skip();
       if (skip == 0) return {Order::hint(key), &key, order, Order::hintSize};
-      // A key that begins otherwise than the elements do is below all of them or above all.
+      // A key that begins differently is below all elements or above all of them.
       const K& some = keyOf(tree_.anyElement());
       if (Order::commonSize(key, some, skip) == skip) [[likely]] {
         return {Order::hintBehind(key, skip), &key, order, skip + Order::hintSize};
@@ -152,7 +158,8 @@ class RbTreeOf {
       return static_cast<Element*>(tree_.find(probeFor(key)));
     }
   }
-  // The element of the key and false; where there was none, a new one made by `make`, and true.
+  // Returns the element of the key and false. If there is none, adds an element that `make` makes,
+  // and returns it and true.
   template <class Make>
   std::pair<Element*, bool> elementFor(const K& key, Make make) {
     RbTree::Path path;
@@ -193,21 +200,21 @@ class RbTreeOf {
     tree_.generationAdvance();
     return static_cast<Element*>(element);
   }
-  // The element under the iterator, or that of the key it holds should it be stale; null at the
-  // end.
+  // Takes the element at the iterator out of the tree; for a stale iterator, the element of the key
+  // that it holds. Returns null at the end and when that key is gone.
   Element* unlinked(const iterator& at) noexcept {
     ownIteratorExpected(at, "V Zel::RbTreeMap::take(const iterator&)");
     return at.element_ == nullptr ? nullptr : unlinked(at.heldProbe());
   }
 
  private:
-  // A default-constructed iterator is nobody's, and means nothing anywhere.
+  // A default-constructed iterator belongs to no collection and removes nothing.
   void ownIteratorExpected(const iterator& at, const char* function) const noexcept {
     assertWhenDebugging(at.owner_ == this || at.owner_ == nullptr,
                         {"at.owner == this", "platform/Zel/RbTreeMap", 0, function});
   }
 
-  // Whether hints may leave out what all keys begin with.
+  // Whether hints may leave out the common beginning of all keys.
   static constexpr bool skips = !Order::exact && requires(const K& key) {
     Order::hintBehind(key, U32{});
   };
@@ -218,12 +225,12 @@ class RbTreeOf {
   static U64 hintOf(const void* element, U32 skip) noexcept {
     return Order::hintBehind(keyOf(element), skip);
   }
-  // Before a key is added that begins otherwise than the others: the hints leave out no more than
-  // it has in common with them.
+  // Call this before a key is added that begins differently: afterwards the hints leave out no more
+  // than what all keys have in common.
   void skipLimit(const K& key) noexcept {
     U32 const skip = tree_.skip();
     U32 const common = Order::commonSize(key, keyOf(tree_.anyElement()), skip);
-    // At most half: few such steps lead to nothing left out.
+    // At most half as much: after few such steps the hints leave out nothing.
     tree_.rehint((common < skip / 2 ? common : skip / 2) & ~7U, hintOf);
   }
   void skipGrow() noexcept {
@@ -234,7 +241,7 @@ class RbTreeOf {
         ~7U;
     if (common > tree_.skip()) tree_.rehint(common, hintOf);
   }
-  // Called for keys of equal hints alone.
+  // Called only for keys with equal hints.
   static int order(const void* element, const RbTreeProbe& probe) {
     const K& a = keyOf(element);
     const K& b = *static_cast<const K*>(probe.key);
@@ -262,13 +269,13 @@ class RbTreeOf {
   RbTree tree_;
 };
 
-/// Stands at an element, or at the end. See the collections for what it withstands.
+/// Stands at an element or at the end. RbTreeMap says which changes it survives.
 template <class K, class Element, class Tag, class Less>
 template <bool isConst>
 class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   using Owner = std::conditional_t<isConst, const RbTreeOf, RbTreeOf>;
-  // What an iterator that outlives its element goes by: the hint where that is the whole key, else
-  // a copy of the key. One that cannot remove keeps no copy.
+  // An iterator may outlive its element. It then goes on from the hint, where hints are exact, and
+  // otherwise from its copy of the key. A constant iterator cannot remove, and keeps no copy.
   static constexpr bool copiesKey = !Order::exact && !isConst;
   static constexpr bool isNumber = Order::exact && isNumberKey<K>;
   struct Nothing {};
@@ -296,9 +303,11 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
     if constexpr (Order::exact) held_ = other.held_;
   }
 
-  /// The key that the iterator last held, also when its element is gone: a number by value, another
-  /// key by reference to the iterator's own copy. But a constant iterator has no copy of a key that
-  /// is no number, nor has one whose order is all in the hint: theirs is the element's, in place.
+  /// The key that the iterator last held. A number comes by value. Another key comes by reference
+  /// to the iterator's own copy, if it has one. Both are valid even when the element is gone. Two
+  /// kinds of iterators have no copy of a key that is not a number: constant iterators, and
+  /// iterators of a tree with exact hints. They refer to the key in the element, which must still
+  /// be there.
   decltype(auto) key() const noexcept {
     if constexpr (isNumber) {
       return Order::keyOf(held_);
@@ -308,7 +317,7 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
       return static_cast<const K&>(element_->key);
     }
   }
-  /// Maps only: the value of the element, in place.
+  /// Maps only: the value in the element.
   auto& value() const noexcept requires requires(Element& e) { e.value; }
   {
     if constexpr (isConst) {
@@ -318,11 +327,12 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
     }
   }
   reference operator*() const noexcept { return element_->template item<isConst>(); }
-  /// The generation at which the iterator was made; a copy has its original's.
+  /// The generation of the collection when the iterator was made. A copy has the same one as its
+  /// original.
   U32 generation() const noexcept { return generation_; }
 
-  /// A step that throws, as a key's copy may, leaves the iterator where it is; provided that a copy
-  /// assignment of a key which throws leaves the key.
+  /// Copying the key may throw. The iterator then stays where it is, provided that a copy
+  /// assignment which throws leaves the key as it was.
   BasicIterator& operator++() {
     if (place_ != last_ && isFresh()) [[likely]] {
       void** const next = place_ + 1;
@@ -342,7 +352,8 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
     ++*this;
     return before;
   }
-  /// Both must be iterators of one collection; at the end, or at one element.
+  /// Whether both stand at the same element, or both at the end. Both must be iterators of one
+  /// collection.
   friend bool operator==(const BasicIterator& a, const BasicIterator& b) noexcept {
     return a.element_ == b.element_;
   }
@@ -365,11 +376,11 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   }
 
   bool isFresh() const noexcept { return version_ == owner_->tree_.version(); }
-  // The element at a place of a leaf, from now on the one that the iterator goes by. May throw, as
-  // a key's copy may; all else that a step changes is therefore changed after it.
+  // Takes the key of the element at `place`, and returns the element. Copying the key may throw: a
+  // step changes everything else after this call.
   Element* held(RbTreeLeaf* leaf, void** place, void** last) {
     auto* const element = static_cast<Element*>(*place);
-    // Elements lie anywhere in memory.
+    // Elements are scattered in memory: fetch one in advance.
     if (last - place >= ahead) __builtin_prefetch(place[ahead]);
     if constexpr (Order::exact) held_ = leaf->hintAt(place);
     if constexpr (copiesKey) held_ = element->key;
@@ -401,7 +412,7 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   // `++` after the tree has changed.
   [[gnu::always_inline]] void resume() {
     RbTree::Position at;
-    // Without a key of its own the iterator needs its element, which may be gone.
+    // An iterator without a key of its own needs its element, which may be gone.
     if (Order::exact || copiesKey || removalsSeen_ == owner_->generation()) {
       at = owner_->tree_.upperBound(heldProbe());
     }
@@ -413,22 +424,22 @@ class RbTreeOf<K, Element, Tag, Less>::BasicIterator {
   static constexpr std::ptrdiff_t ahead = 6;
 
   Owner* owner_ = nullptr;
-  // Where the element stands and its leaf ends, good while the tree stays as it is. All null at the
-  // end.
+  // The place of the element and the last place of its leaf. Valid while the tree does not change.
+  // All null at the end.
   RbTreeLeaf* leaf_ = nullptr;
   void** place_ = nullptr;
   void** last_ = nullptr;
   Element* element_ = nullptr;
-  U32 version_ = 0;       // the tree's when the place was found
+  U32 version_ = 0;       // the tree's version when the place was found
   U32 removalsSeen_ = 0;  // the collection's generation then
-  U32 generation_ = 0;    // the collection's when the iterator was made
+  U32 generation_ = 0;    // the collection's generation when the iterator was made
   bool isHeld_ = false;   // whether it ever stood at an element
   [[no_unique_address]] Held held_{};
 };
 
 template <class K, class V>
 struct RbTreeMapElement {
-  /// A number comes by value, so that it outlives the element.
+  /// A number is copied, so that it outlives the element.
   template <bool isConst>
   struct Item {
     std::conditional_t<isNumberKey<K>, K, const K&> key;
@@ -459,20 +470,22 @@ struct RbTreeSetElement {
 ///
 /// Invariant: each key is in the map once. Elements never move: a pointer or reference to a key or
 /// value stays valid until its element is removed, whatever else is added or removed. The map
-/// itself takes 32 bytes, and allocates nothing while it is empty.
+/// object takes 32 bytes. An empty map allocates nothing.
 ///
-/// An iterator withstands every change. It gives key() and value() as long as its own element is in
-/// the map; `++` always goes to the first element behind the key that it last held; del() says what
-/// it removes. (Two limits: a const_iterator whose keys are not wholly told by RbTreeOrder's hint
-/// ends its walk once an element was removed; and an iterator must not be used once its map has
-/// been moved from, swapped or destroyed.)
+/// An iterator survives every change of the map. key() and value() work as long as its own element
+/// is in the map; key() often longer, see there. `++` always goes to the first element behind the
+/// key that the iterator last held. del() says which element it removes. There are two limits:
+/// - A const_iterator in a map whose hints are not exact (see RbTreeOrder) goes to the end at the
+///   first `++` after an element was removed.
+/// - No iterator may be used after its map was moved from, swapped or destroyed.
 ///
-/// `Tag` names the elements for memory accounting: its static
-/// `Zel::AllocationTracker memAllocationTracker_` counts them. What an insertion throws (memory, a
-/// copy that throws) leaves the map as it was.
+/// `Tag` names the elements for memory accounting: its static `Zel::AllocationTracker
+/// memAllocationTracker_` counts them. If an insertion throws (no memory, or a copy that throws),
+/// the map is unchanged.
 ///
-/// Threads: one at a time; any number may read a map that nobody changes. Trees of distinct threads
-/// that share a Tag share its tracker: Halvo::ThreadControl's switch must be on then.
+/// Threads: one thread at a time. Several threads may read one map while no thread changes it.
+/// Trees of different threads that have the same Tag share its tracker: Halvo::ThreadControl's
+/// switch must then be on.
 ///
 ///     Zel::RbTreeMap<U32, Halvo::Ptr<Group>, HN_Group> groups;
 ///     groups.insert(7, Halvo::makePtr<Group>(7));
@@ -492,7 +505,7 @@ class RbTreeMap : public impl::RbTreeOf<K, impl::RbTreeMapElement<K, V>, Tag, Le
   RbTreeMap& operator=(RbTreeMap&&) noexcept = default;
   void swap(RbTreeMap& other) noexcept { Base::swap(other); }
 
-  /// The value of `key`, null when the map has none.
+  /// A pointer to the value of `key`; null when the map has none.
   V* find(const K& key) noexcept { return valueOf(this->found(key)); }
   const V* find(const K& key) const noexcept { return valueOf(this->found(key)); }
   /// A copy of the value of `key`; V{} when the map has none.
@@ -502,15 +515,16 @@ class RbTreeMap : public impl::RbTreeOf<K, impl::RbTreeMapElement<K, V>, Tag, Le
     return element->value;
   }
 
-  /// Adds the element unless the key is there; then the present value stays and `value` is dropped.
-  /// Gives the value that the map now holds and whether it is the new one.
+  /// Adds the element if the key is not in the map. Otherwise the present value stays, and `value`
+  /// is dropped. Returns a pointer to the value that is now in the map, and whether it is the new
+  /// one.
   std::pair<V*, bool> insert(const K& key, V value) {
     auto const [element, isNew] = this->elementFor(key, [&](void* memory) {
       return new (memory) Element{key, std::move(value)};
     });
     return {&element->value, isNew};
   }
-  /// The value of `key`, which is added with a default value when it is not there.
+  /// The value of `key`. Adds the key with a default value if it is not in the map.
   V& getOrCreate(const K& key) {
     return this->elementFor(key,
                             [&](void* memory) {
@@ -518,8 +532,8 @@ class RbTreeMap : public impl::RbTreeOf<K, impl::RbTreeMapElement<K, V>, Tag, Le
                             })
         .first->value;
   }
-  /// The value of `key`, which is added with what `make()` returns when it is not there. `make`
-  /// must not change the map.
+  /// The value of `key`. If the key is not in the map, adds it with the value that `make()`
+  /// returns. `make` must not change the map.
   template <class Make>
   V& getOrMake(const K& key, Make make) {
     return this->elementFor(key,
@@ -529,10 +543,11 @@ class RbTreeMap : public impl::RbTreeOf<K, impl::RbTreeMapElement<K, V>, Tag, Le
         .first->value;
   }
 
-  /// Removes the element of the key and gives its value; V{} when there is none.
+  /// Removes the element of the key and returns its value; V{} when there is none.
   V take(const K& key) { return valueTaken(this->unlinked(this->probeFor(key))); }
-  /// Removes the element under the iterator, or that of the key it last held should an element
-  /// have been removed since, and gives its value; V{} when there is none, and at the end.
+  /// Removes the element at the iterator and returns its value. If an element was removed since the
+  /// iterator was made, this removes the element of the key that the iterator last held. Returns
+  /// V{} when there is none, and at the end.
   V take(const iterator& at) { return valueTaken(this->unlinked(at)); }
 
  private:
@@ -546,7 +561,7 @@ class RbTreeMap : public impl::RbTreeOf<K, impl::RbTreeMapElement<K, V>, Tag, Le
   }
 };
 
-/// A set of K in ascending order. All that RbTreeMap says holds for it too, of elements that are
+/// A set of K in ascending order. All that RbTreeMap promises holds for it too; its elements are
 /// their own keys.
 template <class K, class Tag, class Less = std::less<K>>
 class RbTreeSet : public impl::RbTreeOf<K, impl::RbTreeSetElement<K>, Tag, Less> {
@@ -559,13 +574,14 @@ class RbTreeSet : public impl::RbTreeOf<K, impl::RbTreeSetElement<K>, Tag, Less>
   RbTreeSet& operator=(RbTreeSet&&) noexcept = default;
   void swap(RbTreeSet& other) noexcept { Base::swap(other); }
 
-  /// The element that is equal to `key`, null when the set has none.
+  /// A pointer to the element that equals `key`; null when the set has none.
   const K* find(const K& key) const noexcept {
     Element* const element = this->found(key);
     return element == nullptr ? nullptr : &element->key;
   }
-  /// Adds a copy of the element unless an equal one is there, which then stays as it is. Gives the
-  /// one that the set now holds and whether it is the new one.
+  /// Adds a copy of `key` if the set has no element that equals it. Otherwise the present element
+  /// stays as it is. Returns a pointer to the element that is now in the set, and whether it is the
+  /// new one.
   std::pair<const K*, bool> insert(const K& key) {
     auto const [element, isNew] =
         this->elementFor(key, [&](void* memory) { return new (memory) Element{key}; });

@@ -1,6 +1,6 @@
-// What the tables of HashMap2018 have in common.
+// The parts that the tables of HashMap2018 share.
 //
-// Threads: functions of their arguments alone; safe from any thread.
+// Threads: as the map.
 #pragma once
 
 #include <cstddef>
@@ -18,7 +18,7 @@
 
 namespace Zel::impl {
 
-/// Which of the 16 bytes from `bytes` on equal `value`: bit i stands for byte i.
+/// Tells which of the 16 bytes at `bytes` equal `value`: bit i of the result stands for byte i.
 inline U32 bytesEqual16(const U8* bytes, U8 value) noexcept {
 #if defined(__SSE2__)
   __m128i const all = _mm_loadu_si128(static_cast<const __m128i*>(static_cast<const void*>(bytes)));
@@ -31,7 +31,8 @@ inline U32 bytesEqual16(const U8* bytes, U8 value) noexcept {
 #endif
 }
 
-/// Which of the 16 bytes from `bytes` on have their highest bit set.
+/// Tells which of the 16 bytes at `bytes` have their highest bit set: bit i of the result stands
+/// for byte i.
 inline U32 bytesMarked16(const U8* bytes) noexcept {
 #if defined(__SSE2__)
   __m128i const all = _mm_loadu_si128(static_cast<const __m128i*>(static_cast<const void*>(bytes)));
@@ -48,14 +49,14 @@ constexpr std::size_t roundUp(std::size_t size, std::size_t multiple) noexcept {
 }
 constexpr std::size_t larger(std::size_t a, std::size_t b) noexcept { return a < b ? b : a; }
 
-/// The sizes that a table of up to 16 elements goes through as it grows: few, since every step
-/// moves all elements.
+/// The next capacity of a table of up to 16 elements as it grows: 1, 4, 10, 16. There are few
+/// steps, since each one moves all elements.
 constexpr std::size_t nextShortRoom(std::size_t room) noexcept {
   if (room < 4) return room == 0 ? 1 : 4;
   return room < 10 ? 10 : 16;
 }
 
-/// The memory of tables: slab memory, which is counted by the tag's tracker, where there is a tag.
+/// The memory of tables: slab memory. If there is a tag, its tracker counts it.
 template <class Tag>
 struct TableMemory {
   static void* take(std::size_t bytes) {
@@ -80,9 +81,9 @@ void relocate(T* from, T* to) noexcept {
   std::destroy_at(from);
 }
 
-/// One word that tells a table's changes: the generation in the high half; in the low one what the
-/// table keeps there, the number of elements included. Of one value of this word there is one
-/// table, unmoved: a step of an iterator compares this alone.
+/// One word that changes whenever the table changes. Its high half is the generation. Its low half
+/// belongs to the table, and includes the number of elements. As long as the word is the same, so
+/// are the elements and their places: a step of an iterator compares only this word.
 class TableState {
  public:
   /// Changes with every insertion and removal, and when elements move.
