@@ -17,7 +17,7 @@ constexpr AssertionSite wrongAppendFormat{
     "the format's conversions fit its arguments", "platform/Zel/Format", 0,
     "void Zel::_fmtAppend(Halvo::String&, RuntimeFormat, const Args&...)"};
 
-/// Where the next byte goes and where the room for it ends. By value, so that both stay in
+/// The place of the next byte, and the end of the room. Passed by value, so that both stay in
 /// registers.
 struct Cursor {
   char* at;
@@ -26,9 +26,8 @@ struct Cursor {
   std::size_t room() const { return static_cast<std::size_t>(limit - at); }
 };
 
-/// What happens when the room in the string does not do: the text moves on into a buffer of its
-/// own, so that the string can then be sized in one step; when that does not do either, the rest is
-/// only counted.
+/// Takes over when the room in the string is too small. The text goes on in a buffer, so that the
+/// string can then be resized once. When the buffer is too small as well, the rest is only counted.
 class Overflow {
  public:
   // cppcheck-suppress uninitMemberVar  // most texts never need the buffer
@@ -37,14 +36,14 @@ class Overflow {
   Overflow& operator=(const Overflow&) = delete;
 
   bool happened() const noexcept { return happened_; }
-  /// The size of the text so far, whether it was kept or only counted.
+  /// The size of the text so far, stored or only counted.
   std::size_t size(Cursor cursor) const noexcept {
     return counted_ != 0 ? counted_ : static_cast<std::size_t>(cursor.at - begin_);
   }
-  /// The text, or null when it was only counted.
+  /// The text; null when it was only counted.
   const char* text() const noexcept { return counted_ != 0 ? nullptr : buffer_; }
 
-  /// Makes room for `count` bytes, or counts them and leaves no room.
+  /// Makes room for `count` bytes. If there is none, counts them and returns a cursor without room.
   [[gnu::noinline, gnu::cold]] Cursor moreRoom(Cursor cursor, std::size_t count) noexcept {
     std::size_t const size = this->size(cursor);
     if (!happened_) {
@@ -55,7 +54,7 @@ class Overflow {
         return {buffer_ + size, buffer_ + sizeof buffer_};
       }
     }
-    // Never wraps: beyond the largest string it no longer matters by how much.
+    // Never wraps: for a text above the largest string the exact size no longer matters.
     counted_ = count > Halvo::String::maxSize() || size > Halvo::String::maxSize()
                    ? Halvo::String::maxSize() + 1
                    : size + count;
@@ -69,7 +68,7 @@ class Overflow {
   char buffer_[512];
 };
 
-/// Whether `count` bytes may be written at the cursor.
+/// Whether `count` bytes may be written at the cursor. Asks `overflow` for room if need be.
 [[gnu::always_inline]] inline bool claim(Cursor& cursor, Overflow& overflow, std::size_t count) {
   if (count <= cursor.room()) [[likely]] {
     return true;
@@ -78,8 +77,8 @@ class Overflow {
   return count <= cursor.room();
 }
 
-/// Fills at least `count` bytes at `at`, in steps of 16 while the room allows: what is written too
-/// far is written over by what follows.
+/// Fills at least `count` bytes at `at`, in steps of 16 if there is room. Later text overwrites the
+/// bytes that were filled too far.
 [[gnu::always_inline]] inline void fill(char* at, const char* limit, char byte, std::size_t count) {
   std::size_t const rounded = (count + 15) & ~std::size_t{15};
   if (count <= 64 && rounded <= static_cast<std::size_t>(limit - at)) [[likely]] {
@@ -89,7 +88,7 @@ class Overflow {
   }
 }
 
-/// Copies `count` bytes; short texts by two overlapping moves, without a call.
+/// Copies `count` bytes. A short text takes two overlapping moves and no call.
 [[gnu::always_inline]] inline void copy(char* to, const char* from, std::size_t count) {
   if (count >= 8) {
     if (count <= 16) {
@@ -118,7 +117,7 @@ class Overflow {
   }
 }
 
-/// The flags, width and precision of one conversion, with those that came from arguments.
+/// The flags, width and precision of one conversion, including those given by arguments.
 struct Field {
   U32 width;
   S32 precision;
@@ -127,7 +126,7 @@ struct Field {
   bool has(Flag flag) const { return (flags & flag) != 0; }
 };
 
-/// Signs and base marks before a number: at most three bytes, the first lowest.
+/// The sign and the base mark before a number: at most three bytes, the first one lowest.
 struct Prefix {
   U32 bytes = 0;
   U32 size = 0;
@@ -135,7 +134,8 @@ struct Prefix {
   void add(char byte) { bytes |= static_cast<U32>(byte) << (8 * size++); }
 };
 
-/// Lays out a number of `digits` digits. Where they go, or null when the number is only counted.
+/// Lays out a number of `digits` digits. Returns where the digits go; null when the number is only
+/// counted.
 [[gnu::always_inline]] inline char* placeNumber(Cursor& cursor, Overflow& overflow,
                                                 const Field& field, const Prefix& prefix,
                                                 U32 digits) {
@@ -160,7 +160,7 @@ struct Prefix {
   }
   for (U32 bytes = prefix.bytes; bytes != 0; bytes >>= 8) *at++ = static_cast<char>(bytes);
   if (zeros != 0) {
-    // A field to the left has its blanks already: no byte too far here.
+    // A left-aligned field already has its blanks: write no byte too far here.
     if (field.has(left)) {
       std::memset(at, '0', zeros);
     } else {
@@ -173,7 +173,7 @@ struct Prefix {
 [[gnu::always_inline]] inline void putText(Cursor& cursor, Overflow& overflow, const Field& field,
                                            const char* text, std::size_t size) {
   std::size_t const blanks = field.width > size ? field.width - size : 0;
-  // Apart, so that the sum below cannot wrap.
+  // A separate test, so that the sum below cannot wrap.
   if (size > Halvo::String::maxSize()) [[unlikely]] {
     cursor = overflow.moreRoom(cursor, size);
     return;
@@ -199,7 +199,7 @@ struct Prefix {
   cursor.at += size;
 }
 
-/// Literal text in which each sign of percent stands twice.
+/// Writes literal text in which each percent sign stands twice.
 [[gnu::noinline, gnu::cold]] Cursor putEscaped(Cursor cursor, Overflow& overflow, const char* text,
                                                std::size_t size) {
   for (std::size_t i = 0; i < size; ++i) {
@@ -209,7 +209,7 @@ struct Prefix {
   return cursor;
 }
 
-/// Writes the lowest `digits` digits of base 2^bits so that they end at `end`.
+/// Writes the lowest `digits` digits, in base 2^bits, so that they end at `end`.
 [[gnu::always_inline]] inline void writeBits(char* end, U64 value, U32 digits, U32 bits,
                                              const char* alphabet) {
   for (char* const begin = end - digits; end != begin; value >>= bits) {
@@ -220,7 +220,7 @@ struct Prefix {
 [[gnu::always_inline]] inline void putNumber(Cursor& cursor, Overflow& overflow, Field& field,
                                              const Directive& directive, U64 value) {
   Conversion const conversion = directive.conversion;
-  // What the length modifier keeps, by the conversion's sign.
+  // Keeps the bits that the length modifier asks for, with the sign of the conversion.
   value <<= directive.shift;
   if (conversion == Conversion::signedDecimal) {
     value = static_cast<U64>(static_cast<S64>(value) >> directive.shift);
@@ -264,7 +264,7 @@ struct Prefix {
       break;
   }
   if (field.precision == 0 && value == 0) digits = 0;
-  // The mark of base 8 is a first digit 0, which a precision may have given already.
+  // The mark of base 8 is a leading 0, which the precision may already have produced.
   if (conversion == Conversion::octal && field.has(alternate) && (value != 0 || digits == 0)) {
     field.precision = std::max(field.precision, static_cast<S32>(digits) + 1);
   }
@@ -287,7 +287,8 @@ struct Prefix {
   }
 }
 
-/// putNumber for what most tables hold: a decimal number with no flag but "-" and no precision.
+/// As putNumber, for the most frequent case: a decimal number without a precision, and with no flag
+/// other than "-".
 [[gnu::always_inline]] inline void putPlainDecimal(Cursor& cursor, Overflow& overflow,
                                                    const Field& field, U64 value, bool negative) {
   if (negative) value = 0 - value;
@@ -316,7 +317,7 @@ struct Prefix {
   return nul == nullptr ? bound : static_cast<std::size_t>(static_cast<const char*>(nul) - text);
 }
 
-/// Writes one conversion and steps `arg` over its arguments, which were checked to fit.
+/// Writes one conversion and moves `arg` past its arguments. They were checked to fit.
 [[gnu::always_inline]] inline void putConversion(Cursor& cursor, Overflow& overflow,
                                                  const Directive& directive, const Arg*& arg) {
   Field field{static_cast<U32>(directive.width), directive.precision, directive.flags};
@@ -390,7 +391,7 @@ struct Prefix {
   }
 }
 
-/// A format that the compiler has read and checked.
+/// A format that was parsed and checked at compile time.
 struct ReadFormat {
   const Head& head;
   const Directive* directives;
@@ -420,7 +421,7 @@ struct ReadFormat {
   }
 };
 
-/// A format that is read as it is written.
+/// A format that is parsed while it is written.
 struct UnreadFormat {
   std::string_view text;
   const Arg* args;
@@ -455,13 +456,13 @@ struct UnreadFormat {
   }
 };
 
-/// The engine but for the one place that is worth a copy of its own.
+/// Writes a format, in one shared copy of the code. Only format() has a copy of its own.
 template <class Format>
 [[gnu::noinline]] Cursor putApart(const Format& format, Cursor cursor, Overflow& overflow) {
   return format.put(cursor, overflow);
 }
 
-/// Ends what did not fit into the string, which is back at its first size.
+/// Completes a text that did not fit into the string. The string is back at its first size.
 template <class Format>
 [[gnu::noinline, gnu::cold]] void appendOverflowed(Halvo::String& out, const Format& format,
                                                    Overflow& overflow, Cursor cursor) {
@@ -472,7 +473,7 @@ template <class Format>
   } else {
     Overflow exact(to);
     Cursor const end = putApart(format, {to, to + size}, exact);
-    // A text that another thread has changed since it was measured.
+    // Another thread may have changed a text since it was measured.
     out.shrinkBy(end.room());
   }
 }
@@ -496,7 +497,7 @@ void appendTo(Halvo::String& out, const Format& format, std::size_t room) {
   finish(out, format, cursor, overflow, room);
 }
 
-/// Whether `pointer` lies in the text of `out` or at its end.
+/// Whether `pointer` points into the text of `out` or to its end.
 bool liesIn(const Halvo::String& out, const char* pointer) {
   return reinterpret_cast<std::uintptr_t>(pointer) - reinterpret_cast<std::uintptr_t>(out.data()) <=
          out.size();
@@ -504,8 +505,9 @@ bool liesIn(const Halvo::String& out, const char* pointer) {
 
 template <class Format>
 void appendBeside(Halvo::String& out, const Format& format, const char* text, std::size_t count) {
-  // Writing ends the NUL of `out`, and growing it moves its text: neither may happen while the
-  // arguments are read. An integer that looks like such a pointer costs a copy.
+  // Writing overwrites the NUL of `out`, and growing moves its text. Neither may happen while
+  // arguments that point into `out` are read: then the text is built apart. An integer that looks
+  // like such a pointer only costs that copy.
   bool within = liesIn(out, text);
   for (std::size_t i = 0; i < count; ++i) within |= liesIn(out, format.args[i].text);
   if (within) [[unlikely]] {
@@ -537,7 +539,8 @@ void formatAppend(Halvo::String& out, const Head& head, const Directive* directi
 
 namespace {
 
-/// Reads `text` as one cell of text with nothing before it, "%13s|" say; false when it is not that.
+/// Reads `text` as one cell of text with nothing before it, for example "%13s|". Returns false when
+/// it has another form.
 bool readTextCell(Cell& cell, std::string_view text) {
   const char* at = text.data();
   const char* const end = at + text.size();

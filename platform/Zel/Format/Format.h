@@ -1,4 +1,4 @@
-// Formatting: printf into a String, checked when it is compiled.
+// Formatting: printf into a String. Formats are checked when they are compiled.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 #include "Zel/Format/FormatCell.h"
 #include "Zel/Format/FormatGrammar.h"
 
-// The formats are those of C's printf, in the "C" locale:
+// The formats are the printf formats of C, in the "C" locale:
 //
 //     format     ::= { text | "%%" | conversion }
 //     conversion ::= "%" { flag } [ width ] [ "." [ precision ] ] [ length ] letter
@@ -31,44 +31,45 @@
 //     s                none         const char*, array of char, Halvo::String, std::string,
 //                                   std::string_view
 //     p                none         pointer to data, nullptr, array
-//     the "*" of any                as d; a negative width means "-" and its magnitude, a negative
-//                                   precision means none
+//     the "*" of any                as d; a negative width means "-" and its absolute value, a
+//                                   negative precision means none
 //
 // Exactly as in C:
 // - The conversion decides on the sign: an unsigned 4294967295 prints "-1" by %d, an int -1 prints
 //   "4294967295" by %u. h and hh cut the value: 300 prints "44" by %hhd.
-// - "0" gives way to "-" and, for integers, to a precision. A flag that says nothing for its letter
-//   is ignored ("+" for u, "#" for d, "0" for s).
-// - Precision 0 prints no digit of the value 0, but for %#o.
-// - %p prints "0x..." in lower case, "(nil)" for null. A null const char* prints "(null)", or
+// - "0" is ignored when there is a "-" or, for integers, a precision. A flag that has no meaning
+//   for its letter is ignored too ("+" for u, "#" for d, "0" for s).
+// - With precision 0, the value 0 prints no digit, except by %#o.
+// - %p prints "0x..." in lower case, and "(nil)" for null. A null const char* prints "(null)", or
 //   nothing when the precision is below 6.
-// - A const char* is read up to its NUL or its precision, whichever is first.
+// - A const char* is read up to its NUL or its precision, whichever comes first.
 //
-// Where C says nothing, or differs:
-// - A text that knows its size prints all its bytes, NUL bytes too. An array of char prints up to
-//   its first NUL, or whole when it has none.
-// - There is no n, no floating point, no wide text, no "%1$d", and "%%" takes nothing between its
-//   two signs.
-// - A length modifier before c, s or p, and a NUL byte in a literal format, are refused.
+// Where C leaves it open, or is different:
+// - A text that knows its size prints all its bytes, also NUL bytes. An array of char prints up to
+//   its first NUL; without a NUL it prints whole.
+// - Not supported: %n, floating point, wide text, "%1$d", and anything between the two signs of
+//   "%%".
+// - Refused: a length modifier before c, s or p, and a NUL byte in a literal format.
 
 namespace Zel {
 
 namespace FormatDetail {
 
-/// An argument without its type.
+/// An argument. Its type is stored elsewhere.
 struct Arg {
   union {
-    U64 number;  ///< integers, by their own sign to 64 bits; the address of a pointer
+    U64 number;  ///< integers, extended to 64 bits by their own sign; the address of a pointer
     const char* text;
   };
-  std::size_t size;  ///< of sized text
+  std::size_t size;  ///< size of a text that knows its size
 };
 static_assert(sizeof(Arg) == 16);
 
 template <std::size_t count>
 using ArgArray = Arg[count == 0 ? 1 : count];
 
-/// The part of a read format that does not depend on its arguments. Its conversions lie beside it.
+/// The part of a parsed format that does not depend on the number of its arguments. Its conversions
+/// are stored beside it.
 struct Head {
   const char* text = nullptr;
   U16 conversions = 0;
@@ -86,7 +87,7 @@ template <class T>
 inline constexpr bool isInteger = std::is_integral_v<T> ||
                                   (std::is_enum_v<T> && std::is_convertible_v<T, U64>);
 
-/// The kind of an argument of type T, without const.
+/// The kind of an argument of type T. T has no const.
 template <class T>
 consteval ArgKind kindOf() {
   using Decayed = std::decay_t<T>;
@@ -109,8 +110,8 @@ consteval ArgKind kindOf() {
 template <std::size_t count>
 using KindArray = ArgKind[count == 0 ? 1 : count];
 
-/// The bytes before the first NUL of an array of `size` chars. A literal's are counted by the
-/// compiler.
+/// The number of bytes before the first NUL in an array of `size` chars. The compiler counts them
+/// for a literal.
 inline std::size_t arraySize(const char* text, std::size_t size) noexcept {
   if (__builtin_constant_p(std::strlen(text)) != 0 && std::strlen(text) < size) {
     return std::strlen(text);
@@ -152,7 +153,7 @@ inline constexpr bool areTexts = ((kindOf<Args>() == ArgKind::text ||
                                    kindOf<Args>() == ArgKind::cString) &&
                                   ...);
 
-/// What %s prints of an argument.
+/// The text that %s prints for an argument.
 template <class T>
 inline std::string_view textOf(const T& value) noexcept {
   if constexpr (kindOf<T>() == ArgKind::cString) {
@@ -164,8 +165,8 @@ inline std::string_view textOf(const T& value) noexcept {
   }
 }
 
-/// Whether the cell of this text is made in place: not for an array whose text's end is only known
-/// at run time, since compilers then complain about the moves that its size forbids.
+/// Whether the cell of this text is built inline. Not for an array whose end is only known at run
+/// time: compilers would warn about moves that its size cannot have.
 template <class T>
 [[gnu::always_inline]] inline bool isInPlace(std::string_view text) noexcept {
   return kindOf<T>() != ArgKind::array || __builtin_constant_p(text.size());
@@ -199,18 +200,19 @@ VELMOR_PLATFORM_API void formatAppendRuntime(Halvo::String& out, std::string_vie
 
 }  // namespace FormatDetail
 
-/// A format whose conversions fit arguments of the types Args, read and checked when it is
-/// compiled. What does not fit does not compile: the message names a function that says what is
-/// wrong, such as theFormatHasMoreConversionsThanArguments. At most 65535 bytes.
+/// A format, parsed and checked at compile time: its conversions fit arguments of the types Args. A
+/// format that does not fit does not compile. The compiler's message names a function that says
+/// what is wrong, such as theFormatHasMoreConversionsThanArguments. A format has at most 65535
+/// bytes.
 template <class... Args>
 class FormatString {
  public:
-  /// `literal` is a string literal, or another constant text.
+  /// `literal` is a string literal or another constant text.
   template <class T>
   requires std::is_convertible_v<const T&, std::string_view>
   consteval FormatString(const T& literal) {
     std::string_view text = literal;
-    // An array is taken whole, so that a NUL within a literal cannot silently end the format.
+    // An array is read to its end, so that a NUL in a literal cannot silently end the format.
     // cppcheck-suppress compareBoolExpressionWithInt  // nothing is compared
     if constexpr (std::is_array_v<T>) text = {literal, std::extent_v<T> - 1};
     read(text);
@@ -218,7 +220,7 @@ class FormatString {
 
   const FormatDetail::Head& head() const noexcept { return head_; }
   const FormatDetail::Directive* directives() const noexcept { return directives_; }
-  /// Whether the format is one or two cells, and those.
+  /// Whether the format consists of one or two cells, which cells() then returns.
   bool isCells() const noexcept { return isCells_; }
   const FormatDetail::Cell* cells() const noexcept { return cells_; }
 
@@ -275,7 +277,8 @@ class FormatString {
   bool isCells_ = false;
 };
 
-/// A format that is known only at run time. Refers to its text; for use as an argument at once.
+/// A format that is known only at run time. It refers to its text: pass it on at once, as an
+/// argument.
 class RuntimeFormat {
  public:
   std::string_view text() const noexcept { return text_; }
@@ -287,16 +290,16 @@ class RuntimeFormat {
   std::string_view text_;
 };
 
-/// Marks a text as a format that the compiler cannot check. Its size is authoritative: a NUL byte
-/// in it is literal text.
+/// Marks a text as a format that the compiler cannot check. The size of the text says where it
+/// ends: a NUL byte in it is literal text.
 inline RuntimeFormat runtimeFormat(std::string_view text) noexcept { return RuntimeFormat(text); }
 
-/// The text of `format` with its conversions replaced by the arguments, as C's printf has it; the
-/// table above says which arguments fit.
+/// Returns the text of `format` with its conversions replaced by the arguments, as C's printf does.
+/// The table above says which arguments fit.
 ///
-/// A result of at most 63 bytes allocates nothing, a longer one once. Throws std::bad_alloc when
-/// memory runs out and std::length_error beyond Halvo::String::maxSize(). Stops nothing: what
-/// could be wrong does not compile.
+/// A result of at most 63 bytes allocates nothing; a longer one allocates once. Throws
+/// std::bad_alloc when memory runs out and std::length_error beyond Halvo::String::maxSize(). Never
+/// stops the process: a format that does not fit does not compile.
 ///
 /// Threads: pure; safe from any thread.
 ///
@@ -307,7 +310,7 @@ template <class... Args>
 [[gnu::always_inline]] inline Halvo::String _fmt(FormatString<std::type_identity_t<Args>...> format,
                                                  const Args&... args) {
   FormatDetail::ArgArray<sizeof...(Args)> const erased = {FormatDetail::argOf(args)...};
-  // The compiler knows which of these it is: the others leave nothing behind.
+  // The compiler knows which branch applies; the others generate no code.
   if constexpr (sizeof...(Args) == 1 && FormatDetail::areNumbers<Args...>) {
     if (format.isCells()) {
       return FormatDetail::numberCellOf(
@@ -327,8 +330,8 @@ template <class... Args>
   return FormatDetail::format(format.head(), format.directives(), erased);
 }
 
-/// Appends to `out` what _fmt would return, with no string between. Leaves `out` as it was when it
-/// throws. The arguments may refer to `out`.
+/// Appends the text that _fmt would return to `out`, without a string in between. If it throws,
+/// `out` is unchanged. The arguments may refer to `out`.
 template <class... Args>
 [[gnu::always_inline]] inline void _fmtAppend(Halvo::String& out,
                                               FormatString<std::type_identity_t<Args>...> format,
@@ -337,10 +340,10 @@ template <class... Args>
   FormatDetail::formatAppend(out, format.head(), format.directives(), erased, sizeof...(Args));
 }
 
-/// As the other _fmt, for a format known only at run time. Stops the process, by the assertion "the
-/// format's conversions fit its arguments", when the conversions do not fit the arguments in kind,
-/// size or count, when a conversion is unknown and when the format ends within one; what is not
-/// there is never read.
+/// As the other _fmt, for a format known only at run time. Stops the process (assertion "the
+/// format's conversions fit its arguments") when the conversions do not fit the arguments in kind,
+/// size or number, when a conversion is unknown, or when the format ends within one. It never reads
+/// an argument that is not there.
 ///
 ///     Zel::_fmt(Zel::runtimeFormat(format), text)
 template <class... Args>
@@ -351,7 +354,7 @@ Halvo::String _fmt(RuntimeFormat format, const Args&... args) {
   return FormatDetail::formatRuntime(format.text(), erased, kinds, sizeof...(Args));
 }
 
-/// As the other _fmtAppend, for a format known only at run time; `format` may refer to `out`.
+/// As the other _fmtAppend, for a format known only at run time. `format` may refer to `out`.
 template <class... Args>
 // cppcheck-suppress passedByValue  // two registers
 void _fmtAppend(Halvo::String& out, RuntimeFormat format, const Args&... args) {

@@ -12,7 +12,7 @@ namespace {
 
 using Halvo::String;
 
-/// A decimal number whose digits are counted.
+/// A decimal number with the count of its digits.
 class Decimal {
  public:
   Decimal(U64 magnitude, bool negative)
@@ -24,12 +24,12 @@ class Decimal {
 
   std::size_t size() const { return digits_ + (negative_ ? 1U : 0U); }
 
-  /// Writes size() bytes; up to 3 behind them may turn to blanks.
+  /// Writes size() bytes. Up to 3 bytes behind them may become blanks.
   void write(char* to) const {
     *to = '-';
     to += negative_ ? 1 : 0;
     if (magnitude_ < 10'000) [[likely]] {
-      // Four digits and then blanks, less the zeros at the front.
+      // Four digits, then blanks. Leading zeros are shifted out.
       char text[8] = {' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
       if constexpr (std::endian::native == std::endian::little) {
         U32 const value = static_cast<U32>(magnitude_);
@@ -59,7 +59,7 @@ class Decimal {
   bool negative_;
 };
 
-/// A number of base 16 whose digits are counted.
+/// A number in base 16 with the count of its digits.
 class Hex {
  public:
   explicit Hex(Number number)
@@ -79,8 +79,8 @@ class Hex {
   U32 digits_;
 };
 
-/// Writes a cell into a room of blanks; where it ends. A body may blank what is behind it, so the
-/// side comes after it.
+/// Writes a cell into memory that is filled with blanks. Returns where the cell ends. The body may
+/// blank the bytes behind it: write the text after it last.
 template <class Body>
 [[gnu::always_inline]] inline char* putNumber(char* at, Cell cell, const Body& body) {
   std::size_t const size = body.size();
@@ -127,7 +127,7 @@ template <class First, class Second>
   return out;
 }
 
-// A number has at most 21 bytes, sign included: a cell of one always fits into a string.
+// A number has at most 20 bytes, with its sign: a cell of one number always fits into a string.
 constexpr std::size_t widestCell = sizeof(Cell::before) + Cell::maxWidth + sizeof(Cell::after);
 static_assert(widestCell <= String::inlineCapacity && Cell::maxWidth >= 20);
 

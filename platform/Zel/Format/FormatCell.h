@@ -1,7 +1,7 @@
-// The short way of formatting: fields of text or decimal numbers with a little literal text between
-// them, which is what the cells of a table are. For Zel/Format/Format.h only.
+// The fast way of formatting, for the cells of tables: a format of one or two fields of text or
+// integers, with a little literal text around them. For Zel/Format/Format.h only.
 //
-// Threads: functions of their arguments alone; safe from any thread.
+// Threads: pure functions; safe from any thread.
 #pragma once
 
 #include <bit>
@@ -16,9 +16,9 @@
 
 namespace Zel::FormatDetail {
 
-/// Up to `sizeof(Word)` bytes of text, filled up with blanks, in a word that is moved whole: its
-/// first byte in memory is the text's. A word, not an array, so that it becomes a constant in the
-/// code.
+/// Packs up to `sizeof(Word)` bytes of text into one word, padded with blanks. The first byte of
+/// the text comes first in memory. A word, unlike an array, becomes a constant in the code. Returns
+/// false when the text is too long.
 template <class Word>
 constexpr bool packText(Word& word, U8& size, std::string_view text) {
   if (text.size() > sizeof(Word)) return false;
@@ -33,8 +33,8 @@ constexpr bool packText(Word& word, U8& size, std::string_view text) {
   return true;
 }
 
-/// One field, "%-7s" say, and the literal text on its two sides. 16 bytes, which a call passes in
-/// two registers.
+/// One field, for example "%-7s", and the literal text before and after it. 16 bytes: a call passes
+/// it in two registers.
 struct Cell {
   static constexpr std::size_t maxWidth = 44;
 
@@ -52,8 +52,8 @@ constexpr bool isHex(const Directive& directive) {
          directive.conversion == Conversion::hexUpper;
 }
 
-/// Whether a field written so can be a cell: its width is short and known, it has no precision and
-/// no flag but "-" or, for base 16, "0".
+/// Whether the field of this conversion can be a cell. Its width must be short and known. It must
+/// have no precision, and no flag other than "-" or, for base 16, "0".
 constexpr bool isCell(const Directive& directive) {
   bool const number = directive.conversion == Conversion::signedDecimal ||
                       directive.conversion == Conversion::unsignedDecimal || isHex(directive);
@@ -66,14 +66,15 @@ constexpr bool isCell(const Directive& directive) {
              ((directive.flags & zero) != 0 ? 16 : Cell::maxWidth);
 }
 
-/// Reads the format of one or two conversions as that many cells; false when it is not made so.
+/// Reads a format of one or two conversions as that many cells. Returns false when it does not have
+/// the form of cells.
 constexpr bool readCells(Cell* cells, std::string_view text, const Directive* directives,
                          std::size_t count, std::size_t tailBegin) {
   if (count == 0 || count > 2) return false;
   for (std::size_t i = 0; i < count; ++i) {
     const Directive& directive = directives[i];
     if (!isCell(directive)) return false;
-    // Leading zeros are the number's own.
+    // Leading zeros belong to the number, not to the cell.
     cells[i].width = (directive.flags & zero) != 0 ? U8{0} : static_cast<U8>(directive.width);
     cells[i].left = (directive.flags & left) != 0;
     // The text between two cells belongs to the first.
@@ -89,15 +90,15 @@ constexpr bool readCells(Cell* cells, std::string_view text, const Directive* di
 
 enum class Base : U8 { decimal, hexLower, hexUpper };
 
-/// A number as its conversion takes it. 16 bytes, as Cell.
+/// A number as its conversion reads it. 16 bytes, like Cell.
 struct Number {
   U64 magnitude;
   bool negative;
   Base base;
-  U8 zeros;  ///< at least so many digits; not for decimal
+  U8 zeros;  ///< the least number of digits, for base 16
 };
 
-/// The number that a conversion makes of an argument's 64 bits.
+/// The number that a conversion reads from the 64 bits of an argument.
 constexpr Number numberOf(const Directive& directive, U64 bits) {
   if (directive.conversion != Conversion::signedDecimal) {
     U64 const magnitude = directive.shift == 0 ? bits : U64{static_cast<U32>(bits)};
@@ -112,7 +113,7 @@ constexpr Number numberOf(const Directive& directive, U64 bits) {
           Base::decimal, 0};
 }
 
-/// Copies at most 63 bytes; short texts by two overlapping moves.
+/// Copies at most 63 bytes. A short text takes two overlapping moves.
 [[gnu::always_inline]] inline void copyBody(char* to, const char* from, std::size_t size) {
   if (size >= 8) {
     if (size > 16) [[unlikely]] {
@@ -144,16 +145,16 @@ constexpr Number numberOf(const Directive& directive, U64 bits) {
 /// Appends a cell of any size.
 VELMOR_PLATFORM_API void appendCell(Halvo::String& out, Cell cell, std::string_view text);
 
-/// The sides are moved whole, so a cell may touch so many bytes behind its own. They must end
-/// before the last byte of a string, which holds its state.
+/// The text on a side is moved as a whole word: a cell may overwrite this many bytes behind its
+/// own. They must end before the last byte of a string, which holds the string's state.
 inline constexpr std::size_t cellSlack = sizeof(Cell::after);
 
-/// The bytes between the sides of a cell whose body has `size` bytes.
+/// The number of bytes between the sides of a cell, for a body of `size` bytes.
 constexpr std::size_t fieldSize(Cell cell, std::size_t size) {
   return size > cell.width ? size : cell.width;
 }
 
-/// Writes a cell into a room of blanks; where it ends.
+/// Writes a cell into memory that is filled with blanks. Returns where the cell ends.
 [[gnu::always_inline]] inline char* putTextCell(char* at, Cell cell, std::string_view text) {
   std::size_t const field = fieldSize(cell, text.size());
   if (cell.beforeSize != 0) std::memcpy(at, &cell.before, sizeof cell.before);
@@ -163,8 +164,8 @@ constexpr std::size_t fieldSize(Cell cell, std::size_t size) {
   return at + field + cell.afterSize;
 }
 
-/// "%11s|", say. In the header so that the cell's constants are the code's; an ordinary text comes
-/// out of it without a call.
+/// One cell of text, for example "%11s|". In the header, so that the cell's values become constants
+/// in the code. A text of ordinary size needs no call.
 [[gnu::always_inline]] inline Halvo::String inlineTextCell(Cell cell, std::string_view text) {
   Halvo::String out;
   if (text.size() > Halvo::String::inlineCapacity - cellSlack - cell.beforeSize) [[unlikely]] {
@@ -173,14 +174,14 @@ constexpr std::size_t fieldSize(Cell cell, std::size_t size) {
   }
   char* const at =
       out.appendUninitialized(cell.beforeSize + fieldSize(cell, text.size()) + cell.afterSize);
-  // Of fixed size: three moves.
+  // A fixed size: three moves.
   static_assert(Cell::maxWidth + sizeof(Cell::before) == 48);
   std::memset(at, ' ', 48);
   *putTextCell(at, cell, text) = '\0';
   return out;
 }
 
-/// "%15s|%15s|", say.
+/// Two cells of text, for example "%15s|%15s|".
 [[gnu::always_inline]] inline Halvo::String inlineTextCells(Cell first, std::string_view firstText,
                                                             Cell second,
                                                             std::string_view secondText) {
@@ -199,7 +200,7 @@ constexpr std::size_t fieldSize(Cell cell, std::size_t size) {
   return out;
 }
 
-// The same, called.
+// The same as functions that are not inlined.
 VELMOR_PLATFORM_API Halvo::String textCell(Cell cell, std::string_view text);
 VELMOR_PLATFORM_API Halvo::String textCells(Cell first, std::string_view firstText, Cell second,
                                             std::string_view secondText);
@@ -207,13 +208,13 @@ VELMOR_PLATFORM_API Halvo::String textCells(Cell first, std::string_view firstTe
 VELMOR_PLATFORM_API Halvo::String numberCell(Cell cell, Number number);
 VELMOR_PLATFORM_API Halvo::String numberCells(Cell first, Number firstNumber, Cell second,
                                               Number secondNumber);
-// The same, of decimal numbers.
+// The same for decimal numbers.
 VELMOR_PLATFORM_API Halvo::String decimalCell(Cell cell, U64 magnitude, bool negative);
 VELMOR_PLATFORM_API Halvo::String decimalCells(Cell first, U64 firstMagnitude, bool firstNegative,
                                                Cell second, U64 secondMagnitude,
                                                bool secondNegative);
 
-/// Chooses between the two; the compiler knows the bases.
+/// Chooses between the two. The bases are known at compile time.
 [[gnu::always_inline]] inline Halvo::String numberCellOf(Cell cell, Number number) {
   return number.base == Base::decimal ? decimalCell(cell, number.magnitude, number.negative)
                                       : numberCell(cell, number);

@@ -1,6 +1,6 @@
-// Decimal digits. For the formatter's source files only.
+// Writes decimal digits. For the formatter's source files only.
 //
-// Threads: functions of their arguments alone; safe from any thread.
+// Threads: pure functions; safe from any thread.
 #pragma once
 
 #include <array>
@@ -31,9 +31,9 @@ inline constexpr std::array<U64, 20> powersOfTen = [] {
   return powers;
 }();
 
-/// How many decimal digits `value` has; 1 for 0.
+/// The number of decimal digits of `value`; 1 for 0.
 inline U32 decimalDigits(U64 value) {
-  // 1233 / 4096 is just above the logarithm of 2 to base 10: one too few at most.
+  // 1233 / 4096 is just above log10(2): `fewest` is the number of digits, or one too low.
   value |= 1;
   U32 const fewest = static_cast<U32>(std::bit_width(value)) * 1233 >> 12;
   return fewest + (value >= powersOfTen[fewest] ? 1 : 0);
@@ -43,14 +43,14 @@ inline void writePair(char* at, U32 pair) {
   std::memcpy(at, &decimalPairs[std::size_t{pair} * 2], 2);
 }
 
-/// Writes four digits, zeros at the front included.
+/// Writes four digits, including leading zeros.
 inline void writeFour(char* at, U32 four) {
   writePair(at, four / 100);
   writePair(at + 2, four % 100);
 }
 
-/// Writes all digits of `value` so that they end at `end`. Four at a time: one division waits for
-/// the one before.
+/// Writes all digits of `value` so that they end at `end`. It writes four at a time, since each
+/// division must wait for the one before.
 [[gnu::always_inline]] inline void writeDecimal(char* end, U64 value) {
   while (value > 0xFFFFFFFF) {
     U32 const eight = static_cast<U32>(value % 100'000'000);

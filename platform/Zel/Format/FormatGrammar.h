@@ -1,7 +1,7 @@
-// The grammar of formats: how a conversion is read and which arguments it takes. One reader serves
-// the compiler and the run-time door. For Zel/Format/Format.h only.
+// The grammar of formats: how a conversion is read, and which arguments it takes. Formats at
+// compile time and at run time go through the same reader. For Zel/Format/Format.h only.
 //
-// Threads: functions of their arguments alone; safe from any thread.
+// Threads: pure functions; safe from any thread.
 #pragma once
 
 #include <cstddef>
@@ -10,14 +10,14 @@
 
 namespace Zel::FormatDetail {
 
-/// What an argument is to the conversions.
+/// The kinds of arguments that conversions tell apart.
 enum class ArgKind : U8 {
   unsupported,
-  int4,     ///< an integer of 4 bytes once promoted
+  int4,     ///< an integer of 4 bytes after promotion
   int8,     ///< an integer of 8 bytes
   cString,  ///< a pointer to text that ends at a NUL or at the precision
   text,     ///< text of a known size
-  array,    ///< an array of char: text up to its NUL or its end; its place for %p
+  array,    ///< an array of char: for %s its text up to a NUL or its end, for %p its address
   pointer,
 };
 
@@ -44,7 +44,7 @@ enum Flag : U8 {
   escapes = 128,  ///< the literal text before the conversion holds "%%"
 };
 
-/// One conversion, read. 16 bytes, so that a call site stores it with one instruction.
+/// One parsed conversion. 16 bytes, so that a call site stores it with one instruction.
 struct Directive {
   U16 literalBegin = 0;  ///< the literal text before the conversion, as the format spells it
   U16 literalSize = 0;
@@ -52,7 +52,7 @@ struct Directive {
   S32 precision = -1;  ///< -1: none
   Conversion conversion = Conversion::text;
   U8 flags = 0;
-  U8 shift = 0;       ///< 64 less the bits of the value that the length modifier keeps
+  U8 shift = 0;       ///< 64 minus the number of bits that the length modifier keeps
   bool wide = false;  ///< the length modifier asks for 8 bytes
 };
 static_assert(sizeof(Directive) == 16);
@@ -72,7 +72,7 @@ enum class Fault : U8 {
   notAPointer,
 };
 
-/// Reads digits from `at` on into `number`.
+/// Reads the digits at `at` into `number`, and moves `at` behind them.
 constexpr Fault readNumber(const char*& at, const char* end, S32& number) {
   constexpr U64 largest = 0x7FFFFFFF;
   U64 value = 0;
@@ -86,7 +86,8 @@ constexpr Fault readNumber(const char*& at, const char* end, S32& number) {
   return Fault::none;
 }
 
-/// Reads hh, h, l, ll, j, z or t. Whether there was one: the modifiers belong to integers alone.
+/// Reads hh, h, l, ll, j, z or t, and returns whether there was one. Length modifiers are for
+/// integers only.
 constexpr bool readLengthModifier(const char*& at, const char* end, Directive& directive) {
   directive.shift = 32;
   if (at == end) return false;
@@ -114,10 +115,10 @@ constexpr bool readLengthModifier(const char*& at, const char* end, Directive& d
   return true;
 }
 
-/// Reads one conversion; `at` is after its '%' and is left after its letter.
+/// Reads one conversion. `at` must be behind its '%'; it is left behind its letter.
 constexpr Fault readConversion(const char*& at, const char* end, Directive& directive) {
   U32 flags = 0;
-  // All flags lie below the digits.
+  // No flag character is above '0'.
   for (; at != end && *at <= '0'; ++at) {
     if (*at == '-') {
       flags |= left;
@@ -198,7 +199,8 @@ constexpr Fault readConversion(const char*& at, const char* end, Directive& dire
   return Fault::none;
 }
 
-/// Checks the conversion against the arguments from `next` on and steps `next` over its own.
+/// Checks the conversion against the arguments from number `next` on, and moves `next` past those
+/// it takes.
 constexpr Fault bindConversion(Directive& directive, const ArgKind* kinds, std::size_t count,
                                std::size_t& next) {
   U32 const stars = ((directive.flags & widthFromArg) != 0 ? 1U : 0U) +
@@ -228,7 +230,7 @@ constexpr Fault bindConversion(Directive& directive, const ArgKind* kinds, std::
   }
 }
 
-// Never defined: the compiler names the one that a wrong format made it meet.
+// Never defined: when a format is wrong, the compiler's message names one of these.
 void theFormatEndsWithinAConversion();
 void theConversionIsUnknown();
 void theWidthOrPrecisionIsTooLarge();
@@ -243,7 +245,7 @@ void theArgumentIsNotAPointer();
 void theFormatHoldsANulByte();
 void theFormatIsTooLong();
 
-/// Does not compile when there is a fault, in a message that names it.
+/// Does not compile if there is a fault. The compiler's message then names it.
 consteval void compileFault(Fault fault) {
   switch (fault) {
     case Fault::none:

@@ -10,7 +10,7 @@
 namespace Zel {
 
 void appendOneLine(Halvo::String& out, std::string_view text) {
-  std::size_t clean = 0;  // where the bytes begin that are not yet in `out`
+  std::size_t clean = 0;  // where the bytes begin that were not yet appended
   for (std::size_t i = 0; i < text.size(); ++i) {
     auto const c = static_cast<unsigned char>(text[i]);
     if (c >= 0x20 && c != 0x7F) [[likely]] {

@@ -1,6 +1,6 @@
-// Internal: text from outside made fit for one line of a message.
+// Internal: makes text from outside fit for one line of a message.
 //
-// Threads: functions of their arguments alone; safe from any thread.
+// Threads: pure functions; safe from any thread.
 #pragma once
 
 #include <cstddef>
@@ -12,23 +12,24 @@
 
 namespace Zel {
 
-/// Appends `text` with every control character (and DEL) written as \n, \r, \t or \xNN, so that it
-/// stays on its line. All other bytes stay as they are, the backslash among them.
+/// Appends `text` and writes each control character (also DEL) as \n, \r, \t or \xNN, so that the
+/// text stays on one line. All other bytes stay as they are, also the backslash.
 void appendOneLine(Halvo::String& out, std::string_view text);
 
-/// The room that writeDecimal needs at most.
+/// The most bytes that writeDecimal writes.
 inline constexpr std::size_t maxDecimalSize = 20;
-/// Writes `number` in decimal, without a NUL, and returns its end. In place of std::to_chars, whose
-/// tables are unique symbols, and those keep a library from being unloaded.
+/// Writes `number` in decimal, without a NUL, and returns its end. Used instead of std::to_chars:
+/// the tables of std::to_chars are unique symbols, and a library that has those cannot be unloaded.
 char* writeDecimal(char* out, U64 number) noexcept;
-/// Appends `number` in decimal, with zeros before it up to `width` digits.
+/// Appends `number` in decimal, with leading zeros up to `width` digits.
 void appendDecimal(Halvo::String& out, U64 number, std::size_t width = 1);
 
-/// `text` between single quotes, fit for one line, cut after 64 bytes with "..." after it.
+/// `text` in single quotes, fit for one line. A text over 64 bytes is cut there, and "..." is put
+/// behind the closing quote.
 std::string quotedForMessage(std::string_view text);
 
-/// Writes `line` to standard error with one write(2), more only when the system takes less at a
-/// time. Failure is ignored: there is nowhere to report it.
+/// Writes `line` to standard error with one write(2), or more if the system takes only a part of
+/// it. An error is ignored: there is nowhere to report it.
 void writeToStandardError(std::string_view line) noexcept;
 
 }  // namespace Zel
