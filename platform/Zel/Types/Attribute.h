@@ -1,4 +1,4 @@
-// Attribute: what the runtime knows about one attribute of a type.
+// Attribute: the descriptor of one attribute of a type.
 //
 // Threads: descriptors are constant data; safe from any thread.
 #pragma once
@@ -15,45 +15,45 @@ class Value;
 struct Attribute;
 struct TypeDescriptor;
 
-/// A type by the function that gives its descriptor: the address of a function, unlike that of
-/// data, is a constant also where the type is another library's.
+/// Names a type by the function that returns its descriptor. The address of a function is a
+/// constant even when the type belongs to another library; the address of data is not.
 using TypeRef = const TypeDescriptor& (*)() noexcept;
 
-/// What can be asked of an attribute, with its arguments and its result. Counts are U32; "nothing"
-/// is the empty Value.
+/// The operations on an attribute, with (arguments) -> result. A count is a U32; "nothing" is the
+/// empty Value.
 enum class Op : U8 {
   read,         ///< () -> the value
   write,        ///< (value) -> nothing
-  createOrGet,  ///< (key) -> the child, made when there was none
+  createOrGet,  ///< (key) -> the child; made if there is none
   lookup,       ///< (key) -> the child; null when there is none
   has,          ///< (element) -> bool
   insert,       ///< (element, true) -> nothing; SetFalseValueError when the flag is false
-  del,          ///< map: (key) -> the child that is gone, or null; set: (element) -> bool
+  del,          ///< map: (key) -> the removed child, or null; set: (element) -> bool
   delAll,       ///< () -> nothing
   count,        ///< () -> U32
-  iterate,      ///< () -> a cursor that walks the elements in the collection's order
+  iterate,      ///< () -> a cursor over the elements in the order of the collection
   enqueue,      ///< (element) -> nothing
-  dequeue,      ///< () -> the front element, which is gone; empty queue: null, or an empty string
+  dequeue,      ///< () -> the removed front element; empty queue: null, or an empty string
   front,        ///< () -> the front element; empty queue: as dequeue
   back,         ///< () -> the back element; empty queue: as dequeue
-  invoke,       ///< (as the operation takes) -> what it returns
+  invoke,       ///< (its own parameters) -> its own result
 };
 inline constexpr U32 opCount = 15;
 
 enum class AttributeKind : U8 {
-  key,         ///< the value under which the object is known: read-only
-  readOnly,    ///< a scalar
-  readWrite,   ///< a scalar
+  key,         ///< the value that identifies the object: read-only
+  readOnly,    ///< a scalar that can be read
+  readWrite,   ///< a scalar that can be read and written
   orderedMap,  ///< children by key, ascending
   hashMap,     ///< children by key, in no order
   entrySet,    ///< values in their own order
   queue,       ///< values, or references, first in first out
-  operation,   ///< something that the object does
+  operation,   ///< an operation of the object
 };
 
-/// "createOrGet", say: the name of the enumerator.
+/// The name of the enumerator, for example "createOrGet".
 VELMOR_PLATFORM_API const char* opName(Op op) noexcept;
-/// "ordered map", say: in words.
+/// The kind in words, for example "ordered map".
 VELMOR_PLATFORM_API const char* attributeKindName(AttributeKind kind) noexcept;
 
 /// A set of operations, one bit each.
@@ -64,25 +64,26 @@ constexpr OpSet opSet(Ops... ops) noexcept {
   return (OpSet{0} | ... | opBit(ops));
 }
 
-/// One attribute of one class. Constant data, made at compile time by the class's table
+/// One attribute of one class. Constant data: the table of the class makes it at compile time
 /// (Zel/Types/AttributeTable.h).
 struct Attribute {
   static constexpr std::size_t maxParameters = 5;
 
   const char* name = nullptr;
-  U32 number = 0;  ///< unique in the type and its bases
+  U32 number = 0;  ///< unique in the type and its base types
   AttributeKind kind = AttributeKind::readOnly;
-  OpSet operations = 0;       ///< the operations that it supports
-  OpSet constOperations = 0;  ///< those of them that leave the object as it is
+  OpSet operations = 0;       ///< the supported operations
+  OpSet constOperations = 0;  ///< the supported operations that do not change the object
   TypeRef owner = nullptr;    ///< the class that declares it
-  /// The value's type; a collection's element type; what an operation returns, null for nothing.
+  /// The type of the value; for a collection, of its elements; for an operation, of its result, or
+  /// null when it returns nothing.
   TypeRef type = nullptr;
-  TypeRef keyType = nullptr;                   ///< maps
-  TypeRef parameterTypes[maxParameters] = {};  ///< operations: as many as there are, then null
-  U32 elementNumbers = 0;  ///< the numbers before its own that belong to its element type
+  TypeRef keyType = nullptr;                   ///< maps: the type of the key
+  TypeRef parameterTypes[maxParameters] = {};  ///< operations: their parameters, then null
+  U32 elementNumbers = 0;  ///< numbers before its own that belong to its element type
 
-  /// Does what `op` says, which is one of `operations`. `object` is the object, or for a node its
-  /// Halvo::Node.
+  /// Does `op`, which must be one of `operations`. `object` points to the object; for a node, to
+  /// its Halvo::Node.
   void (*access)(void* object, Op op, const Attribute& self, std::span<const Value> arguments,
                  Value& result) = nullptr;
 

@@ -1,6 +1,6 @@
-// What a class's attributes are described with: one table a class, made at compile time.
+// Attribute tables: each class has one table that describes its attributes, made at compile time.
 //
-// A table stands in a source file, in a namespace of its own, where `Class` names the class:
+// A table is in a source file, in its own namespace, where `Class` stands for the class:
 //
 //     namespace group {
 //     using Class = Group;
@@ -8,18 +8,25 @@
 //         ZEL_KEY(groupId), ZEL_READ_WRITE(usedEntries), ZEL_QUEUE(name));
 //     }
 //
-// Each row names an attribute as the class declares it: a scalar by its reader (and its writer
-// <name>Is); a collection by the operations <name>Is, <name>Del, <name>DelAll and <name>, or
-// <name>Enq, <name>Deq, <name>Front, <name>Back and <name>DelAll, with <name>() as the collection;
-// an operation by its function. Types, parameters and supported operations are taken from these
-// declarations. What is misspelt does not compile; nor does a table that lacks a row, since its
-// last number is then not the one that is stated.
+// Each row gives the name of an attribute. The row uses the functions that the class declares under
+// that name:
 //
-// Numbers run on from row to row. A queue takes two: the one before its own belongs to its element
-// type.
+// - A scalar: the reader <name>, and the writer <name>Is if it can be written.
+// - A map: <name>Is, <name>(key), <name>Del, <name>DelAll, and <name>() for the collection.
+// - A set: <name>Is, <name>Has, <name>Del, <name>DelAll, and <name>() for the collection.
+// - A queue: <name>Enq, <name>Deq, <name>Front, <name>Back, <name>DelAll, and <name>() for the
+//   collection.
+// - An operation: the function <name>.
 //
-// Threads: what the tables make is constant data; safe from any thread. What an operation does to
-// an object is for the threads that the object's class allows.
+// Types, parameters and supported operations come from these declarations. A misspelt name does not
+// compile. A table that lacks a row does not compile either: its last number is then not the stated
+// one.
+//
+// Numbers go up from row to row. A queue takes two numbers: the first is for its element type, the
+// second is its own.
+//
+// Threads: tables are constant data; safe from any thread. The class of an object says which
+// threads may do operations on it.
 #pragma once
 
 #include <array>
@@ -44,8 +51,8 @@
 
 namespace Zel {
 
-inline constexpr U32 firstValueAttribute = 2;   ///< where value types begin to number
-inline constexpr U32 firstNodeAttribute = 130;  ///< where node types do
+inline constexpr U32 firstValueAttribute = 2;   ///< the first attribute number of value types
+inline constexpr U32 firstNodeAttribute = 130;  ///< the first attribute number of node types
 
 namespace table {
 
@@ -70,7 +77,7 @@ template <class T>
 struct Described_<Halvo::Ptr<T>> {
   using type = std::remove_const_t<T>;
 };
-/// T's descriptor; of a pointer, that of the class it points to.
+/// The descriptor of T; for a Ptr, of the class that it points to.
 template <class T>
 constexpr TypeRef typeRef() noexcept {
   if constexpr (std::is_void_v<T>) {
@@ -95,7 +102,7 @@ inline void expectCount(const Attribute& self, Op op, Arguments arguments, std::
   }
 }
 
-/// Argument `index` as a T: a reference into it where T is a string or a record.
+/// Argument `index` as a T. A string or a record comes as a reference to the argument.
 template <class T>
 decltype(auto) argument(const Attribute& self, Op op, Arguments arguments, std::size_t index) {
   const Value& held = arguments[index];
@@ -108,7 +115,7 @@ decltype(auto) argument(const Attribute& self, Op op, Arguments arguments, std::
 template <class Class, class Read>
 using ReadType = std::remove_cvref_t<std::invoke_result_t<Read, const Class&>>;
 
-/// A scalar. Write is void for one that is only read.
+/// A scalar. Write is void when the scalar can only be read.
 template <class Class, class Read, class Write>
 struct Scalar {
   using Type = ReadType<Class, Read>;
@@ -130,8 +137,8 @@ struct Scalar {
   }
 };
 
-/// Walks what `Collection{}(object)` gives. It steps before it looks: an element at which it stood
-/// may have been removed meanwhile, and the collections' iterators know how to go on from there.
+/// Walks the collection that `Collection{}(object)` returns. It steps before it reads: the element
+/// where it stood may have been removed, and the iterators of the collections can go on from there.
 template <class Class, class Collection>
 class ElementCursor : public Cursor {
   using Elements = std::remove_cvref_t<std::invoke_result_t<Collection, const Class&>>;
@@ -167,7 +174,7 @@ class ElementCursor : public Cursor {
   bool isEnded_ = false;
 };
 
-/// Walks a queue by the sequence numbers of its elements, which run on over all changes.
+/// Walks a queue by the sequence numbers of its elements, which never change.
 template <class Class, class Collection>
 class QueueCursor : public Cursor {
   using Queue = std::remove_cvref_t<std::invoke_result_t<Collection, const Class&>>;
@@ -207,7 +214,7 @@ class QueueCursor : public Cursor {
 
   Halvo::Ptr<const Class> const object_;
   typename Queue::const_iterator at_;
-  U32 sequence_;  // of the element at which at_ stands
+  U32 sequence_;  // the sequence number of the element at at_
   U32 left_;
 };
 
@@ -321,7 +328,7 @@ struct Queue {
   }
 };
 
-/// What a member function takes and gives.
+/// The parameters and the result of a member function.
 template <class Function>
 struct Signature;
 template <class Class, class Result_, bool isConst_, class... Parameters>
@@ -341,7 +348,7 @@ struct SignatureOf {
     return (target.*function)(
         argument<std::remove_cvref_t<Parameters>>(self, Op::invoke, arguments, index)...);
   }
-  // A null pointer would stop the process in most operations.
+  // Refuses a null pointer: most operations would stop the process at it.
   template <class T>
   static void expectObject(const Attribute& self, Arguments arguments, std::size_t index) {
     if constexpr (!std::is_same_v<typename Described_<T>::type, T>) {
@@ -456,7 +463,7 @@ constexpr Attribute operation(const char* name) {
   return attribute;
 }
 
-// Never defined: a call of it in a table is what the compiler names.
+// Never defined: if a table calls it, the compiler's message names it.
 void theLastNumberIsNotTheOneThatIsStated();
 
 /// Constructor argument `index` as a T.
@@ -470,7 +477,7 @@ decltype(auto) constructorArgument(Arguments arguments, std::size_t index, const
 
 }  // namespace table
 
-/// The rows with their numbers, which run from `first` to `last`.
+/// Makes a table of the rows and gives them their numbers, from `first` to `last`.
 template <U32 first, U32 last, class... Rows>
 consteval std::array<Attribute, sizeof...(Rows)> attributeTable(Rows... rows) {
   std::array<Attribute, sizeof...(Rows)> attributes{rows...};
@@ -483,14 +490,14 @@ consteval std::array<Attribute, sizeof...(Rows)> attributeTable(Rows... rows) {
   return attributes;
 }
 
-/// The constructor that takes these types.
+/// Describes the constructor with these parameter types.
 template <class... Parameters>
 constexpr Constructor constructorOf() noexcept {
   static_assert(sizeof...(Parameters) <= Constructor::maxParameters);
   return {{table::typeRef<Parameters>()...}};
 }
 
-/// Makes nodes of a class by the constructor that takes these types.
+/// Makes a node of the class with the constructor that has these parameter types.
 template <class Class, class... Parameters>
 Halvo::Ptr<Halvo::Node> nodeCreate(std::span<const Value> arguments) {
   const char* const type = typeOf<Class>().name;
@@ -503,10 +510,11 @@ Halvo::Ptr<Halvo::Node> nodeCreate(std::span<const Value> arguments) {
   (std::index_sequence_for<Parameters...>{});
 }
 
-/// What can be done with values of T: made by the constructor that takes these types, compared with
-/// `==`, written and read in the record notation (Zel/Types/Record.h). `hash` may be null.
+/// The operations on values of T. A value is made with the constructor that has these parameter
+/// types, compared with `==`, and written and read in the record notation (Zel/Types/Record.h).
+/// `hash` may be null.
 template <class T, class... Parameters>
-// NOLINTNEXTLINE(bugprone-exception-escape): it makes a table, and runs nothing of it
+// NOLINTNEXTLINE(bugprone-exception-escape): it only makes a table and calls nothing
 constexpr ValueOperations valueOperations(
     std::size_t (*hash)(const void* value) = nullptr) noexcept {
   static_assert(std::is_nothrow_move_constructible_v<T> && alignof(T) <= 8);
@@ -553,7 +561,7 @@ constexpr ValueOperations valueOperations(
                            ZEL_KEYED_(Class, NAME##Is), ZEL_KEYED_(const Class, NAME), \
                            ZEL_KEYED_(Class, NAME##Del), ZEL_CHANGE_(NAME##DelAll))
 
-/// The value under which the object is known.
+/// The key: the value that identifies the object.
 #define ZEL_KEY(NAME) \
   ::Zel::table::scalar<Class>(#NAME, ::Zel::AttributeKind::key, ZEL_READER_(NAME))
 #define ZEL_READ_ONLY(NAME) \

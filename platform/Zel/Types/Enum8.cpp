@@ -46,14 +46,14 @@ const EnumValue* findNumber(const TypeDescriptor& descriptor, U32 number) noexce
   return at != values.end() && at->number == number ? &*at : nullptr;
 }
 
-// `name` holds no NUL: strncmp then compares no further than the value's own end, and the byte
-// behind an equal text is there to be read.
+// `name` holds no NUL. So strncmp compares no further than the end of the value's name, and where
+// the texts are equal the byte behind may be read.
 bool isNamed(const EnumValue& value, std::string_view name) noexcept {
   return std::strncmp(value.name, name.data(), name.size()) == 0 && value.name[name.size()] == '\0';
 }
 
-// Where a name was found last, by a hash of type and name. A hint that another name has overwritten
-// costs that search only.
+// Where a name was last found, by a hash of type and name. A hint that another name has overwritten
+// only costs a search.
 constexpr unsigned hintBits = 10;
 constinit std::atomic<U8> hints[1U << hintBits] = {};
 
@@ -72,7 +72,7 @@ std::size_t hintIndex(const TypeDescriptor& descriptor, std::string_view name) n
   } else {
     const char* const last = at + name.size() - 8;
     for (; at < last; at += 8) hash = (std::rotl(hash, 23) ^ loadWord(at)) * factor;
-    hash = std::rotl(hash, 23) ^ loadWord(last);  // overlaps the word before it
+    hash = std::rotl(hash, 23) ^ loadWord(last);  // overlaps the previous word
   }
   return hash * factor >> (64 - hintBits);
 }

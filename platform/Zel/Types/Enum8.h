@@ -1,22 +1,23 @@
-// The generic conversions of 8-bit enumerations.
+// The conversions of 8-bit enumerations between numbers, names and values.
 //
-// An enumeration is known by its module and its index in it (TypeModule::types), and its values and
-// names by the type's TypeDescriptor::enumValues. A header declares an enumeration's conversions
-// with ZEL_DECLARE_ENUM8, and the module's source defines them with ZEL_DEFINE_ENUM8:
+// The functions find an enumeration by its module and its index in TypeModule::types. The type's
+// TypeDescriptor::enumValues has its values and names. A header declares the conversions of an
+// enumeration with ZEL_DECLARE_ENUM8; the source of the module defines them with ZEL_DEFINE_ENUM8:
 //
 //     ZEL_DECLARE_ENUM8(AGENT_API, StageType);
 //     ZEL_DEFINE_ENUM8(StageType, agentTypes, 0)
 //
 //     StageTypeInstance(2) == StageTypeInstance("ingress")      stringValue(StageType(9))
 //
-// Cost: a number is found by binary search, in one probe where the values are numbered 0, 1, 2...
-// A name that was looked up before is found in one hash and one comparison through a small table of
-// remembered places that all enumerations share; a first look-up, and an unknown name, compares
-// with each name in turn. The table is a memory of hints, each checked before it is used: it needs
-// no preparation, and nothing goes stale when a library that declares enumerations is unloaded.
+// Cost: a number takes a binary search, or one comparison where the values are numbered 0, 1, 2...
+// A name that was found before takes one hash and one comparison: a small table, which all
+// enumerations share, remembers where it was found. A new or unknown name is compared with each
+// name in turn. The table holds only hints, and each hint is checked before it is used. So the
+// table needs no preparation, and nothing in it becomes invalid when a library with enumerations is
+// unloaded.
 //
-// Threads: everything here is safe from any thread, the table of hints too. A type index that is
-// not in the module, or is not an enumeration's, stops the process.
+// Threads: everything here is safe from any thread, also the table of hints. A type index that is
+// outside the module, or does not belong to an enumeration, stops the process.
 #pragma once
 
 #include <cstddef>
@@ -31,48 +32,52 @@
 
 namespace Zel {
 
-/// `number` as a value of the type. Throws RangeError, which names the type and the number, when
-/// no value has it.
+/// Converts `number` to a value. Throws RangeError, which names the type and the number, when no
+/// value has this number.
 VELMOR_PLATFORM_API U8 enum8FromNumber(const TypeModule& module, std::size_t type, U32 number);
 
-/// The value called `name`, to the letter. Throws ParseError, which names the type and the text,
-/// when there is none.
+/// The value with exactly this name. Throws ParseError, which names the type and the text, when
+/// there is none.
 VELMOR_PLATFORM_API U8 enum8FromName(const TypeModule& module, std::size_t type,
                                      std::string_view name);
 
-/// The name of `value`; null when it has none. Lives as long as the module.
+/// The name of `value`; null when it has none. The text lives as long as the module.
 VELMOR_PLATFORM_API const char* enum8Name(const TypeModule& module, std::size_t type,
                                           U8 value) noexcept;
 
-/// The name of `value`. A number that has none gives the type's name without namespace and the
-/// number: "CliHeaderType(9)".
+/// The name of `value`. For a number without a name: the name of the type without its namespace,
+/// and the number, as in "CliHeaderType(9)".
 VELMOR_PLATFORM_API Halvo::String enum8StringValue(const TypeModule& module, std::size_t type,
                                                    U8 value);
 
-/// Writes the text of enum8StringValue as one item: width, fill and adjustment of `out` apply.
+/// Writes the text of enum8StringValue() as one item of the stream: width, fill and adjustment of
+/// `out` apply.
 VELMOR_PLATFORM_API std::ostream& enum8Write(std::ostream& out, const TypeModule& module,
                                              std::size_t type, U8 value);
 
-/// Reads a name off the front of `in`: the longest run of letters, digits and '_' (ASCII). Advances
-/// past it. Throws ParseError, and leaves `in` as it was, when the run is empty or no value's name.
+/// Reads a name from the front of `in` and advances past it. The name is the longest run of ASCII
+/// letters, digits and '_'. Throws ParseError, and leaves `in` as it was, when the run is empty or
+/// is not the name of a value.
 VELMOR_PLATFORM_API U8 enum8FromSequence(CharRange& in, const TypeModule& module, std::size_t type);
 
-/// As the functions above, for the enumeration's descriptor. Another type's stops the process.
+/// As the functions above, for the descriptor of an enumeration. The descriptor of another type
+/// stops the process.
 VELMOR_PLATFORM_API U8 enum8FromName(const TypeDescriptor& type, std::string_view name);
 VELMOR_PLATFORM_API Halvo::String enum8StringValue(const TypeDescriptor& type, U8 value);
 
 }  // namespace Zel
 
-/// The five conversions of the enumeration E, which has U8 as its underlying type:
+/// Declares the five conversions of the enumeration E, whose underlying type is U8:
 ///
 ///     E EInstance(U32 number)                       throws RangeError
 ///     E EInstance(const Halvo::String& name)        throws ParseError
 ///     Halvo::String stringValue(E value)            "E(9)" for a number that has no name
 ///     std::ostream& operator<<(std::ostream&, const E&)
 ///     void sequenceToValue(Zel::CharRange& in, E* value)
-///                                                   reads a name off the front; ParseError
+///                                                   reads a name from the front;
+///                                                   throws ParseError
 ///
-/// and the enumeration's descriptor, which Zel::typeOf<E>() gives.
+/// and its descriptor, which Zel::typeOf<E>() returns.
 // NOLINTBEGIN(bugprone-macro-parentheses): a type and an attribute take none
 #define ZEL_DECLARE_ENUM8(EXPORT, E)                                      \
   EXPORT E E##Instance(::Zel::U32 number);                                \

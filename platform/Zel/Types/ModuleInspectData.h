@@ -11,31 +11,31 @@ struct TypeModule;
 
 namespace Halvo {
 
-/// One type module's entry in the runtime's list of loaded modules.
+/// The entry of one type module in the list of loaded modules.
 ///
-/// A library defines one with static storage, calls loaded() once as it is loaded, and is taken off
-/// the list when the object is destroyed, at unload or exit; the trackers of the module's types go
-/// off their list with it.
+/// A library defines one object with static storage and calls loaded() once when it is loaded. The
+/// destructor, at unload or at exit, removes the module from the list. It also removes the trackers
+/// of the module from the list of trackers.
 ///
-/// Threads: loaded(), first() and the walk are safe from any thread as long as no library is being
-/// unloaded. isLoaded() is for the thread that loads.
+/// Threads: any thread may call loaded() and first() and walk the list, as long as no library is
+/// being unloaded. Only the loading thread may call isLoaded().
 ///
 ///     static Halvo::ModuleInspectData inspectData{agentTypes};   // a Zel::TypeModule
 ///     inspectData.loaded();
 class VELMOR_PLATFORM_API ModuleInspectData {
  public:
-  /// `module` is kept, not copied.
+  /// Keeps a reference to `module`; does not copy it.
   constexpr explicit ModuleInspectData(const Zel::TypeModule& module) noexcept : module_(module) {}
   ModuleInspectData(const ModuleInspectData&) = delete;
   ModuleInspectData& operator=(const ModuleInspectData&) = delete;
   ~ModuleInspectData();
 
-  /// Enters the module. A second call changes nothing.
+  /// Adds the module to the list. A second call does nothing.
   void loaded() noexcept;
   bool isLoaded() const noexcept { return loaded_; }
   const Zel::TypeModule& module() const noexcept { return module_; }
 
-  /// The loaded modules, the newest first.
+  /// The list of loaded modules, newest first.
   static const ModuleInspectData* first() noexcept;
   const ModuleInspectData* next() const noexcept { return next_; }
 

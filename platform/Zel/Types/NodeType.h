@@ -1,6 +1,6 @@
-// What every described class of nodes declares.
+// ZEL_NODE_TYPE: the declarations of every node class that has a type descriptor.
 //
-// Threads: allocation is as Sobrel's.
+// Threads: memory is allocated as by Sobrel.
 #pragma once
 
 #include <cstddef>
@@ -10,12 +10,12 @@
 #include "Halvo/Node.h"
 #include "Sobrel.h"
 
-/// Declares, in the body of a class derived from Halvo::Node, its allocation (slab memory, counted
-/// by the class's own tracker), its type descriptor and the tracker. The class defines
-/// `memAllocationTracker_` and `typeData()` in its source file. A class derived further that does
-/// not use the mark is allocated the same way and counted with its nearest base that does.
-/// A class that is aligned to more than 16 bytes gets memory of the system with its alignment.
-/// Leaves the access at `public`.
+/// Put this into the body of a class that derives from Halvo::Node. It declares the allocation of
+/// the class (slab memory, counted by the class's own tracker), its type descriptor and its
+/// tracker. The class defines `memAllocationTracker_` and `typeData()` in its source file. A
+/// derived class that does not use the macro is allocated in the same way, and counted with its
+/// nearest base class that uses it. A class that needs an alignment of more than 16 bytes gets
+/// memory from the system, with that alignment. After the macro, the access is `public`.
 #define ZEL_NODE_TYPE                                                            \
  public:                                                                         \
   static void* operator new(std::size_t size) {                                  \

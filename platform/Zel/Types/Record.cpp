@@ -15,7 +15,7 @@ namespace {
 
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
-// The digits at `from`; false when they stand for more than `most`. None read as 0.
+// Converts digits to a number. False when it is greater than `most`. No digits give 0.
 bool magnitude(std::string_view digits, U64 most, U64& number) noexcept {
   number = 0;
   for (char const c : digits) {
@@ -35,8 +35,8 @@ U64 absolute(Halvo::S64 number) noexcept {
   return number < 0 ? U64{0} - static_cast<U64>(number) : static_cast<U64>(number);
 }
 
-// The bytes of the UTF-8 character at the front, 0 when it is none that stands for itself: not
-// UTF-8, or a control character.
+// The size of the UTF-8 character at the front of `text`. 0 when it must be escaped: it is not
+// UTF-8, or is a control character.
 std::size_t plainCharacter(std::string_view text) noexcept {
   auto const byte = [&](std::size_t i) -> unsigned {
     return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
@@ -64,7 +64,7 @@ int hexDigit(char c) noexcept {
   return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-// One character behind a backslash.
+// Reads an escape: a backslash and what follows it.
 char escaped(CharRange& in) {
   CharRange rest = in;
   rest.advance();
@@ -189,7 +189,7 @@ void valueToSequence(Halvo::String& out, const Halvo::String& value) {
   out += '"';
   std::string_view rest = value.view();
   while (!rest.empty()) {
-    // Most strings are one run.
+    // Most strings need no escape: they are one run.
     std::size_t run = 0;
     while (run < rest.size() && static_cast<unsigned char>(rest[run]) < 0x80 &&
            standsForItself(rest[run])) {

@@ -1,27 +1,28 @@
-// The record notation: the text form of value types, written and read.
+// The record notation: the text form of value types, and how it is written and read.
 //
 //     Agent::Flow{id=7,name="a \"b\"\x01",kind=flowKindTcp,offset=-3}
 //
-// A record is its type's name and, between braces, its attributes in declared order as NAME=VALUE,
-// with commas between them and no blanks. Values:
+// A record is the name of its type and, in braces, its attributes in declared order. Each attribute
+// is NAME=VALUE; commas separate them, and there are no blanks. Values:
 //
-// - Integers in decimal, with a '-' before a negative one. A number outside its type's range is an
-//   error.
+// - Integers: decimal digits, with a '-' before a negative number. A number outside the range of
+//   its type is an error.
 // - Booleans: true, false.
-// - Strings between double quotes. \" and \\ stand for these two characters, \n \r \t for line
-//   feed, carriage return and tab, \xHH (two hexadecimal digits) for any byte. The writer writes
-//   control characters (U+0000 to U+001F, U+007F to U+009F) and bytes that are not UTF-8 that way,
-//   all others as they are; so a record is one line of valid UTF-8, and every string reads back
-//   unchanged. The reader does not accept a control byte as it stands.
-// - Enumerations by the name of their value; any type that has the two functions below.
+// - Strings: in double quotes. \" and \\ stand for these two characters, \n \r \t for line feed,
+//   carriage return and tab, \xHH (two hexadecimal digits) for any byte. The writer escapes these
+//   two characters, control characters (U+0000 to U+001F, U+007F to U+009F) and bytes that are not
+//   UTF-8; it writes everything else as it is. So a record is one line of valid UTF-8, and every
+//   string reads back unchanged. The reader rejects control bytes that are not escaped.
+// - Enumerations: the name of the value.
+// - Any type that has the two functions below: what they write and read.
 //
-// A type takes part by two functions in its own namespace,
+// To take part, a type has two functions in its own namespace,
 //
 //     void valueToSequence(Halvo::String& out, const T& value);       appends the text
-//     void sequenceToValue(Zel::CharRange& in, T* value);             reads it off the front
+//     void sequenceToValue(Zel::CharRange& in, T* value);             reads it from the front
 //
-// or, in place of the second, a constructor `explicit T(Zel::CharRange& in)`. A record's functions
-// are made of the steps below, one for each attribute:
+// or, instead of the second, a constructor `explicit T(Zel::CharRange& in)`. The functions of a
+// record consist of the steps below, one for each attribute:
 //
 //     Flow::Flow(Zel::CharRange& in) {
 //       Zel::desAttrPre(in, "Agent::Flow", "id", &id_);
@@ -29,10 +30,10 @@
 //       Zel::desAttrPost(in, "offset", &offset_);
 //     }
 //
-// Readers throw ParseError, which names what was expected and the text that stands there; `in` is
-// left at that text, and the value that was being read as it was.
+// Readers throw ParseError, which names what was expected and the text that was found there. They
+// leave `in` at that text, and do not change the value that was being read.
 //
-// Threads: everything is safe from any thread, on values that are its own.
+// Threads: safe from any thread, on values that no other thread uses.
 #pragma once
 
 #include <concepts>
@@ -62,10 +63,10 @@ VELMOR_PLATFORM_API void recordOpeningRead(CharRange& in, std::string_view type)
 VELMOR_PLATFORM_API void recordMarkRead(CharRange& in, char mark);
 VELMOR_PLATFORM_API void recordAttributeRead(CharRange& in, std::string_view attribute);
 VELMOR_PLATFORM_API void recordAttributeWrite(Halvo::String& out, std::string_view attribute);
-/// Throws `error` anew with the attribute's name before its text.
+/// Throws a new error: the name of the attribute, then the text of `error`.
 [[noreturn]] VELMOR_PLATFORM_API void recordErrorIn(std::string_view attribute,
                                                     const ParseError& error);
-/// Throws `error` anew with the byte at which the reader stands, counted from 0, behind its text.
+/// Throws a new error: the text of `error`, then the byte where the reader stands, counted from 0.
 [[noreturn]] VELMOR_PLATFORM_API void recordErrorAt(const Halvo::String& text, const CharRange& in,
                                                     const ParseError& error);
 VELMOR_PLATFORM_API void allDataConsumed(const CharRange& in);
@@ -75,7 +76,7 @@ constexpr T lowest = std::is_signed_v<T> ? static_cast<T>(T{1} << (8 * sizeof(T)
 
 }  // namespace impl
 
-/// Appends a number, boolean or string in the notation above.
+/// Appends a number, a boolean or a string in the notation above.
 template <impl::RecordInteger T>
 void valueToSequence(Halvo::String& out, T value) {
   if constexpr (std::is_signed_v<T>) {
@@ -86,13 +87,13 @@ void valueToSequence(Halvo::String& out, T value) {
 }
 VELMOR_PLATFORM_API void valueToSequence(Halvo::String& out, const bool& value);
 VELMOR_PLATFORM_API void valueToSequence(Halvo::String& out, const Halvo::String& value);
-/// An 8-bit enumeration: the name of its value. A number that has none is written as its decimal
-/// digits, and does not read back.
+/// Appends an 8-bit enumeration: the name of the value, as stringValue() returns it. A number
+/// without a name does not read back.
 template <class E>
 requires std::is_enum_v<E>
 void valueToSequence(Halvo::String& out, const E& value) { out += stringValue(value); }
 
-/// Reads a number, boolean or string off the front of `in`.
+/// Reads a number, a boolean or a string from the front of `in`.
 template <impl::RecordInteger T>
 void sequenceToValue(CharRange& in, T* value) {
   constexpr T most = static_cast<T>(~impl::lowest<T>);
@@ -105,7 +106,7 @@ void sequenceToValue(CharRange& in, T* value) {
 VELMOR_PLATFORM_API void sequenceToValue(CharRange& in, bool* value);
 VELMOR_PLATFORM_API void sequenceToValue(CharRange& in, Halvo::String* value);
 
-/// One inner attribute, and the comma before it.
+/// Reads a comma and one inner attribute.
 template <class T>
 void desAttrIntra(CharRange& in, std::string_view attribute, T* value) {
   try {
@@ -116,7 +117,7 @@ void desAttrIntra(CharRange& in, std::string_view attribute, T* value) {
     impl::recordErrorIn(attribute, error);
   }
 }
-/// The opening: the type's name, the brace and the first attribute.
+/// Reads the opening: the name of the type, the brace and the first attribute.
 template <class T>
 void desAttrPre(CharRange& in, std::string_view type, std::string_view attribute, T* value) {
   impl::recordOpeningRead(in, type);
@@ -127,14 +128,14 @@ void desAttrPre(CharRange& in, std::string_view type, std::string_view attribute
     impl::recordErrorIn(attribute, error);
   }
 }
-/// The last attribute and the closing brace.
+/// Reads a comma, the last attribute and the closing brace.
 template <class T>
 void desAttrPost(CharRange& in, std::string_view attribute, T* value) {
   desAttrIntra(in, attribute, value);
   impl::recordMarkRead(in, '}');
 }
 
-/// The matching writers.
+/// The matching functions for writing.
 template <class T>
 void serAttrIntra(Halvo::String& out, std::string_view attribute, const T& value) {
   out += ',';
@@ -155,8 +156,8 @@ void serAttrPost(Halvo::String& out, std::string_view attribute, const T& value)
   out += '}';
 }
 
-/// The value that all of `text` reads as. Throws ParseError, which also tells the byte, when it
-/// does not, or when text is left over.
+/// Reads all of `text` as a value. Throws ParseError, which also names the byte, when the text is
+/// not such a value or when text is left over.
 template <class T>
 T strepToValue(const Halvo::String& text) {
   CharRange in(text.view());
@@ -180,7 +181,7 @@ T strepToValue(const Halvo::String& text) {
 
 namespace ZelHalvo::Impl {
 
-/// The text form of `value`; Zel::strepToValue reads it back.
+/// The text form of `value`. Zel::strepToValue() reads it back.
 template <class T>
 Halvo::String valueToStrep(const T& value) {
   using Zel::valueToSequence;

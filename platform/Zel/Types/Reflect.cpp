@@ -54,8 +54,8 @@ const Attribute* findAttribute(const TypeDescriptor& type, U32 number) noexcept 
     if (at->attributes.empty()) continue;
     U32 const first = at->attributes.front().number;
     if (number < first) continue;
-    // Numbers that belong to element types leave gaps, so that an attribute stands at its distance
-    // from the first or before.
+    // Numbers of element types leave gaps: attribute `number` is at index `number - first` or
+    // before it.
     std::size_t index = number - first;
     if (index >= at->attributes.size()) index = at->attributes.size() - 1;
     for (;; --index) {
@@ -88,7 +88,7 @@ bool belongsTo(const Attribute& attribute, const TypeDescriptor* type) noexcept 
 
 OpResult on(void* object, const Attribute& attribute, OpSet allowed, Op op,
             std::span<const Value> arguments, Value& result) {
-  // A number that is no operation's has no bit.
+  // A value that is no Op has no bit.
   if (static_cast<U32>(op) >= opCount || (allowed & opBit(op)) == 0) return OpResult::notSupported;
   attribute.access(object, op, attribute, arguments, result);
   return OpResult::done;
@@ -99,8 +99,8 @@ const Attribute* attributeOf(const Halvo::Node& node, U32 number) noexcept {
   return type == nullptr ? nullptr : findAttribute(*type, number);
 }
 
-// On an object that must not change: the operations that are left leave it as it is, and the result
-// leads to nothing that may be changed.
+// For objects that must not change: allows only operations that do not change them, and marks what
+// the result refers to as constant.
 OpResult onConst(const void* object, const Attribute& attribute, Op op,
                  std::span<const Value> arguments, Value& result) {
   OpResult const became =

@@ -1,4 +1,4 @@
-// The descriptors of types and modules: how the runtime knows what a library declares.
+// The descriptors of types and modules: they tell the runtime which types a library declares.
 //
 // Threads: descriptors are constant data; safe from any thread.
 #pragma once
@@ -32,21 +32,21 @@ enum class TypeKind : U8 {
   enumeration,  ///< an 8-bit enumeration
   value,        ///< a copyable value
   node,         ///< a reference-counted class
-  basic,        ///< a truth value, a number or a string
+  basic,        ///< a bool, a number or a string
 };
 
-/// Makes an object of a type from what its constructor takes; the type's own arguments.
+/// The parameters of a type's constructor.
 struct Constructor {
   static constexpr std::size_t maxParameters = 2;
-  TypeRef parameters[maxParameters] = {};  ///< as many as there are, then null
+  TypeRef parameters[maxParameters] = {};  ///< the types of the parameters, then null
 };
 
-/// What can be done with the values of a type, wherever they are kept. The operations that take a
-/// `place` construct there: `size` bytes, aligned to `alignment`, that hold no value yet.
+/// The operations on values of a type, wherever the values are stored. Operations with a `place`
+/// construct a value there: in `size` bytes, aligned to `alignment`, that hold no value yet.
 struct ValueOperations {
   std::size_t size;
   std::size_t alignment;
-  /// From constructor arguments; throws ArgumentError when they do not fit.
+  /// Constructs from constructor arguments. Throws ArgumentError when they do not fit.
   void (*construct)(void* place, std::span<const Value> arguments);
   void (*copy)(void* place, const void* from);
   /// Constructs the value at `place` and destroys it at `from`.
@@ -54,31 +54,32 @@ struct ValueOperations {
   void (*destroy)(void* value) noexcept;
   bool (*isEq)(const void* a, const void* b);
   Halvo::String (*toText)(const void* value);
-  /// From text that is a value to its end; throws ParseError.
+  /// Constructs from text. All of the text must be the value; otherwise throws ParseError.
   void (*fromText)(void* place, const Halvo::String& text);
-  /// Null where the type has no hash.
+  /// Null when the type has no hash.
   std::size_t (*hash)(const void* value);
 };
 
-/// A new object from constructor arguments; throws ArgumentError when they do not fit.
+/// Makes an object from constructor arguments. Throws ArgumentError when they do not fit.
 using NodeCreate = Halvo::Ptr<Halvo::Node> (*)(std::span<const Value> arguments);
 
-/// What the runtime knows about one type. Constant data, made at compile time.
+/// The descriptor of one type. Constant data, made at compile time.
 struct TypeDescriptor {
   const char* name;  ///< with its namespace: "VelmorTcam::CliFormat"
   TypeKind kind;
-  const TypeDescriptor* base = nullptr;  ///< nodes: the described base class, null at the root
-  AllocationTracker* tracker = nullptr;  ///< nodes: the class's own tracker
-  std::span<const EnumValue> enumValues = {};  ///< enumerations: in ascending order of number
-  /// Values and nodes: the class's own, in ascending order of number; its base's come before them.
+  const TypeDescriptor* base = nullptr;        ///< nodes: the described base class, or null
+  AllocationTracker* tracker = nullptr;        ///< nodes: the class's own tracker
+  std::span<const EnumValue> enumValues = {};  ///< enumerations: the values, by ascending number
+  /// Values and nodes: the attributes of the class itself, by ascending number. Those of the base
+  /// class come before them.
   std::span<const Attribute> attributes = {};
   const ValueOperations* value = nullptr;  ///< values
-  NodeCreate create = nullptr;             ///< nodes: null where they cannot be made generically
-  Constructor constructor = {};            ///< values and nodes: what they are made from
+  NodeCreate create = nullptr;             ///< nodes: null if createNode() cannot make one
+  Constructor constructor = {};            ///< values and nodes: constructor parameters
 };
 
-/// Marks a type in an overload: a described type has a function
-/// `const Zel::TypeDescriptor& typeDescriptor(Zel::TypeTag<T>) noexcept` in its own namespace.
+/// Selects an overload by type. A described type has a function `const Zel::TypeDescriptor&
+/// typeDescriptor(Zel::TypeTag<T>) noexcept` in its own namespace.
 template <class T>
 struct TypeTag {};
 
@@ -94,19 +95,19 @@ const TypeDescriptor& typeOf() noexcept {
   return typeDescriptor(TypeTag<T>{});
 }
 
-/// The types of one module, in a fixed order; a type's index is its place in it.
+/// The types of one module, in a fixed order. The index of a type is its place in `types`.
 struct TypeModule {
   const char* name;
   std::span<const TypeDescriptor* const> types;
-  /// Trackers that are no type's own: those of its collections' elements.
+  /// Trackers that belong to no type: those of the elements of collections.
   std::span<AllocationTracker* const> trackers = {};
 };
 
 }  // namespace Zel
 
-/// Declares that T, a class or value type of the namespace, is described.
+/// Declares the descriptor function of T, a class or value type of the enclosing namespace.
 #define ZEL_DECLARE_TYPE(EXPORT, T) \
   EXPORT const ::Zel::TypeDescriptor& typeDescriptor(::Zel::TypeTag<T>) noexcept
-/// Defines that, in a source file.
+/// Defines that function, in a source file.
 #define ZEL_DEFINE_TYPE(T, DESCRIPTOR) \
   const ::Zel::TypeDescriptor& typeDescriptor(::Zel::TypeTag<T>) noexcept { return DESCRIPTOR; }

@@ -175,7 +175,7 @@ void* Value::recordRoom(const TypeDescriptor& type) {
   return storage_.heap = ::operator new(operations.size);
 }
 
-// NOLINTNEXTLINE(readability-make-member-function-const): the record is gone after it
+// NOLINTNEXTLINE(readability-make-member-function-const): it frees the record
 void Value::recordRoomFree(const TypeDescriptor& type) noexcept {
   if (type.value->size > inPlace) ::operator delete(storage_.heap);
 }

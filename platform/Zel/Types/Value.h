@@ -20,19 +20,22 @@ namespace Zel {
 
 class Value;
 
-/// Walks the elements of a collection in the collection's order, and keeps the collection's object
-/// alive. It withstands every change of the collection: elements that are gone are not met; one
-/// that is added behind the place where the cursor stands is met in an ordered collection, may or
-/// may not be in a hash map, and is not in a queue. In a hash map, elements that stay may then be
-/// missed or met twice; to remove the one just met is safe.
+/// Walks the elements of a collection in the order of the collection. Keeps the object that owns
+/// the collection alive. The collection may change during the walk:
+/// - Elements that were removed are not met.
+/// - An element that is added behind the cursor is met in an ordered collection. In a hash map it
+///   may or may not be met. In a queue it is not met.
+/// - In a hash map, a change may cause elements that stay to be missed or met twice. Removing the
+///   element that was just met causes neither.
 ///
-/// Threads: the collection's.
+/// Threads: as the collection.
 class VELMOR_PLATFORM_API Cursor : public Halvo::Node {
  public:
   ~Cursor() override;
-  /// The next element, and in maps its key; elsewhere `key` becomes empty. False, and both are left
-  /// alone, behind the last one. A cursor over an object that must not change gives its children as
-  /// ones that must not change either (Value::Kind::constNode).
+  /// Moves to the next element and stores it in `element`. In a map, stores its key in `key`;
+  /// otherwise `key` becomes empty. Behind the last element, returns false and changes neither. A
+  /// cursor over an object that must not change gives children that must not change either
+  /// (Value::Kind::constNode).
   bool next(Value& key, Value& element);
   /// From now on next() gives children that must not change.
   void elementsAreConst() noexcept { elementsAreConst_ = true; }
@@ -43,18 +46,19 @@ class VELMOR_PLATFORM_API Cursor : public Halvo::Node {
   bool elementsAreConst_ = false;
 };
 
-/// A value of any type that attributes have, with its type.
+/// A value of any type that an attribute can have, with its type.
 ///
-/// Invariant: kind() tells what is held: nothing; a truth value; a number of exactly that width; a
-/// string; a value of an 8-bit enumeration, with the enumeration's descriptor; a record, that is a
-/// copy of a value of a described value type; a counted pointer to a node, which may be null; a
-/// cursor.
+/// Invariant: kind() tells what is held: nothing; a bool; an integer of exactly that width; a
+/// string; a value of an 8-bit enumeration, with the descriptor of the enumeration; a record, which
+/// is a copy of a value of a described value type; a counted pointer to a node, which may be null;
+/// a cursor.
 ///
-/// Made from exactly such a C++ value, without conversion: Value(U32{7}) is not a U64. Records
-/// of up to 80 bytes are held in place.
+/// A Value takes its kind from the type of the C++ value, without conversion: Value(U32{7}) is not
+/// a U64. A record of up to 80 bytes is stored in place.
 ///
-/// Threads: distinct Values may be used from distinct threads, those that hold one node while
-/// Halvo::ThreadControl's switch is on; one that nobody changes from any.
+/// Threads: different threads may use different Values at the same time. If these hold the same
+/// node, Halvo::ThreadControl's switch must be on. Several threads may read one Value while no
+/// thread changes it.
 ///
 ///     Zel::Value value(U32{7});
 ///     value.as<U32>();          // 7
@@ -72,10 +76,10 @@ class VELMOR_PLATFORM_API Value {
     s32,
     s64,
     enumeration,
-    string,  // from here on: what must be destroyed
+    string,  // this kind and all below must be destroyed
     record,
     node,       ///< may be changed through the pointer
-    constNode,  ///< may not
+    constNode,  ///< must not be changed through the pointer
     cursor,
   };
 
@@ -106,7 +110,7 @@ class VELMOR_PLATFORM_API Value {
     }
     return *this;
   }
-  /// As the constructor. `value` may be what this Value keeps alive.
+  /// As the constructor. This Value may hold the only reference that keeps `value` alive.
   template <class T>
   requires(!std::same_as<std::remove_cvref_t<T>, Value>) Value& operator=(T&& value) {
     constexpr Kind kind = kindOf<std::remove_cvref_t<T>>();
@@ -115,7 +119,7 @@ class VELMOR_PLATFORM_API Value {
       clear();
       put(number);
     } else if constexpr (kind == Kind::string) {
-      // One attribute after the other is read into one Value.
+      // A Value often takes one attribute after the other: assign to the string that is there.
       if (kind_ == Kind::string) {
         string() = std::forward<T>(value);
       } else {
@@ -124,17 +128,17 @@ class VELMOR_PLATFORM_API Value {
         put(std::move(taken));
       }
     } else {
-      // What is held may be all that keeps `value` alive.
+      // This Value may hold the only reference that keeps `value` alive.
       Value taken(std::forward<T>(value));
       clear();
       moveFrom(taken);
     }
     return *this;
   }
-  /// Makes what is held one that must not be changed: a node becomes a constNode, and a cursor
-  /// gives its elements as such. Other values, copies that they are, stay as they are.
+  /// Makes the held value constant: a node becomes a constNode, and a cursor gives constNodes from
+  /// now on. Other values are copies; they stay as they are.
   void constIs() noexcept;
-  /// Empty again.
+  /// Makes the Value empty.
   void clear() noexcept {
     if (kind_ >= Kind::string) [[unlikely]] {
       release();
@@ -144,14 +148,14 @@ class VELMOR_PLATFORM_API Value {
 
   Kind kind() const noexcept { return kind_; }
   bool empty() const noexcept { return kind_ == Kind::none; }
-  /// The descriptor of what is held; of a node, the object's own class. Null when empty, for a null
-  /// pointer, a cursor, and an object whose class is not described.
+  /// The type descriptor of the held value; for a node, of the object's own class. Null when the
+  /// Value is empty or holds a null pointer, a cursor, or a node whose class has no descriptor.
   const TypeDescriptor* type() const noexcept;
 
-  /// Whether a T is held: for a pointer, null or an object of that class.
+  /// Whether a T is held. For a Ptr: whether it is null or points to an object of that class.
   template <class T>
   bool is() const noexcept;
-  /// What is held, as a T. Throws ArgumentError, which names both types, when it is none.
+  /// The held value as a T. Throws ArgumentError, which names both types, when it is not a T.
   template <class T>
   decltype(auto) as() const {
     if (!is<T>()) [[unlikely]] {
@@ -160,28 +164,29 @@ class VELMOR_PLATFORM_API Value {
     return get<T>();
   }
 
-  /// The bytes of the record that is held, to be read and written through its type's descriptor.
-  /// Null when no record is held.
+  /// The memory of the held record. Read and write it through the descriptor of its type. Null when
+  /// no record is held.
   const void* record() const noexcept { return kind_ == Kind::record ? recordPlace() : nullptr; }
   void* record() noexcept {
     return kind_ == Kind::record ? const_cast<void*>(recordPlace()) : nullptr;
   }
-  /// A number as 64 bits, a truth value as 0 or 1, an enumeration's value as its number; negative
-  /// numbers in two's complement. 0 for all else.
+  /// The held value as 64 bits: a number, in two's complement if negative; a bool as 0 or 1; the
+  /// number of an enumeration's value. 0 for everything else.
   U64 bits() const noexcept { return kind_ < Kind::string ? storage_.number : 0; }
 
-  /// The text form, in the notation of Zel/Types/Record.h: "true", decimal digits, an enumeration's
-  /// name, a string between quotes, a record. Of a node its class, "null" without one; else
-  /// nothing.
+  /// The text form, in the notation of Zel/Types/Record.h: "true", decimal digits, the name of an
+  /// enumeration's value, a string in quotes, a record. For a node: the name of its class, or
+  /// "null" for a null pointer. Otherwise the empty text.
   Halvo::String text() const;
-  /// The value of `type` that all of `text` says: reads what text() gives. Throws ParseError, also
-  /// for a type that has no text form (nodes).
+  /// Reads all of `text` as a value of `type`, in the form that text() returns. Throws ParseError
+  /// when it is not one, and for a type without a text form (nodes).
   static Value fromText(const TypeDescriptor& type, const Halvo::String& text);
-  /// A value of the value type `type` from its constructor's arguments. Throws ArgumentError.
+  /// Makes a value of the value type `type` from constructor arguments. Throws ArgumentError.
   static Value make(const TypeDescriptor& type, std::span<const Value> arguments);
-  /// Throws NonHashableTypeError for a type that has no hash.
+  /// The hash of the held value. Throws NonHashableTypeError when its type has no hash.
   std::size_t hash() const;
-  /// Of one kind and type, and equal as the type says; nodes are equal when they are one object.
+  /// Whether both have the same kind and type and are equal by the rule of that type. Nodes are
+  /// equal when they are the same object.
   friend VELMOR_PLATFORM_API bool operator==(const Value& a, const Value& b);
 
  private:
@@ -216,11 +221,11 @@ class VELMOR_PLATFORM_API Value {
     Storage() noexcept : number(0) {}
     U64 number;
     const Halvo::Node* node;  // counted
-    void* heap;               // a record that does not fit
+    void* heap;               // a record that is too large for `bytes`
     unsigned char bytes[inPlace];
   };
   Storage storage_;
-  const TypeDescriptor* type_ = nullptr;  // enumerations and records
+  const TypeDescriptor* type_ = nullptr;  // for enumerations and records
   Kind kind_ = Kind::none;
 };
 
