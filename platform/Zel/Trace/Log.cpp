@@ -18,7 +18,7 @@ constinit std::mutex listLock;  // guards the list of handles
 constinit LogHandle* firstHandle = nullptr;
 constinit LogHandle* lastHandle = nullptr;
 
-constinit std::mutex logLock;  // guards the limiters and the sink, and is held while it runs
+constinit std::mutex logLock;  // guards the limiters and the sink; held while the sink runs
 constinit LogSink sink = nullptr;
 constinit void* sinkContext = nullptr;
 
@@ -92,7 +92,8 @@ bool LogLimiter::admit(S64 now) noexcept {
       ++inWindow_;
     } else {
       constexpr S64 hour = 3'600'000'000'000;
-      // A message that comes long after the window found quiet, so the next starts small again.
+      // A message long after the window shows that it was quiet: the next window starts small
+      // again.
       bool const grows = opened_ && windowHeld_ && now - windowBegin_ - windowSize_ < windowSize_;
       S64 const largest = std::max(interval_, hour);
       double const grown = static_cast<double>(windowSize_) * growth_;
@@ -139,7 +140,7 @@ void LogHandle::log(const Halvo::String& argument) const {
   assertThat(isLogFormat(descriptor_.format), badFormat);
   ErrnoKeeper const keeper;
   std::lock_guard<std::mutex> const guard(logLock);
-  // A copy decides: there may be no memory for what follows, and the message must not count then.
+  // Decides on a copy: if memory runs out below, the message must not count.
   LogLimiter limiter = limiter_;
   if (!limiter.admit(steadyNow())) {
     limiter_ = limiter;

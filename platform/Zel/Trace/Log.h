@@ -1,15 +1,15 @@
-// Log messages: declared as constant descriptors that tooling finds in a library without running
-// it, and logged through handles.
+// Log messages. A constant descriptor declares a message: tooling finds it in a library without
+// running it. A handle logs the message.
 //
 //     ZEL_LOG_DESCRIPTORS(messages, {"LINK_DOWN", "Link of port %s went down",
 //                                    "The port lost its carrier.", "\x02", 4});
 //     Zel::LogHandle linkDown(messages[0], Halvo::Duration(), 1.0, 0, 0);
 //
-//     linkDown.log("Ethernet3");   // standard error: %LINK_DOWN-4: Link of port Ethernet3 went
-//     down
+//     linkDown.log("Ethernet3");
+//     // standard error: %LINK_DOWN-4: Link of port Ethernet3 went down
 //
-// Descriptors are for source files, outside of any function, class or template: only there do the
-// compilers keep to the section.
+// Define descriptors in source files, outside of any function, class or template. Elsewhere
+// compilers do not always keep to the section.
 #pragma once
 
 #include <cstddef>
@@ -22,12 +22,13 @@
 
 namespace Zel {
 
-/// One log message. Five 8-byte words that lie back to back in the section `.corvex_logmsg`, the
-/// pointers relocated as the library is loaded. All texts are NUL-terminated.
+/// One log message: five 8-byte words. Descriptors lie back to back in the section
+/// `.corvex_logmsg`. Their pointers are relocated when the library is loaded. All texts are
+/// NUL-terminated.
 struct LogDescriptor {
   const char* key;          ///< the message's name: "LINK_DOWN"
   const char* format;       ///< its text, with one %s for the argument; %% is a percent sign
-  const char* explanation;  ///< what it means, for the one who reads it
+  const char* explanation;  ///< what it means, for readers of the log
   const char* codeString;   ///< bytes for the log tooling
   U64 severity;             ///< as in syslog: 0 emergency, 3 error, 4 warning, 6 information
 };
@@ -62,28 +63,29 @@ constexpr bool areLogDescriptors(const LogDescriptor (&descriptors)[count]) noex
   return true;
 }
 
-/// Lets the messages of one handle through, or holds them back.
+/// Lets each message of one handle pass, or holds it back.
 ///
-/// Time falls into windows: a message that comes when no window is open opens one. A window lets
-/// its first message through and `burst` more, and holds the rest back. It is `interval` long;
-/// after a window that held something back, the next, when it opens within the same length of time,
-/// is `growth` times as long as it was, up to an hour or `interval` if that is more. `limit` bounds
-/// the messages that are let through in all.
+/// When no window is open, a message opens one. A window lets its first message and `burst` more
+/// pass, and holds the rest back. It is `interval` long. If a window held something back, and the
+/// next one opens within the same length of time after its end, the next one is `growth` times as
+/// long. A window grows to an hour at most, or to `interval` if that is longer. `limit` is the
+/// largest number of messages that pass in all.
 ///
-/// Threads: one at a time; a LogHandle sees to that.
+/// Threads: one thread at a time; LogHandle takes care of that.
 class VELMOR_PLATFORM_API LogLimiter {
  public:
-  /// An `interval` of 0 or less: no windows, everything passes. A `growth` under 1 counts as 1, a
-  /// negative `burst` as 0, a `limit` of 0 or less as none.
+  /// With an `interval` of 0 or less there are no windows: only `limit` holds messages back. A
+  /// `growth` under 1 counts as 1, a negative `burst` as 0. A `limit` of 0 or less means no limit.
   constexpr LogLimiter(Halvo::Duration interval, double growth, int burst, int limit) noexcept
       : interval_(interval.nanoseconds()),
-        growth_(growth >= 1 ? growth : 1),  // not a number counts as 1 too
+        growth_(growth >= 1 ? growth : 1),  // NaN counts as 1 too
         burst_(burst > 0 ? burst : 0),
         limit_(limit > 0 ? limit : 0) {}
 
-  /// Whether a message at `now` passes; nanoseconds of any clock that does not go back.
+  /// Whether a message at time `now` passes. `now` is in nanoseconds, of any clock that does not go
+  /// back.
   bool admit(S64 now) noexcept;
-  /// How many messages were held back since this was last asked.
+  /// Returns how many messages were held back since the last call.
   U64 takeSuppressed() noexcept;
 
  private:
@@ -91,16 +93,16 @@ class VELMOR_PLATFORM_API LogLimiter {
   double growth_;
   int burst_;
   int limit_;
-  bool opened_ = false;  // whether there has been a window
+  bool opened_ = false;  // whether there ever was a window
   S64 windowBegin_ = 0;
   S64 windowSize_ = 0;
-  int inWindow_ = 0;         // let through in the window
+  int inWindow_ = 0;         // messages that passed in the window
   bool windowHeld_ = false;  // whether the window held something back
-  int passed_ = 0;           // let through in all, while there is a limit
+  int passed_ = 0;           // messages that passed in all, while there is a limit
   U64 suppressed_ = 0;
 };
 
-/// One message that was logged, as a sink gets it. The texts live until the sink returns.
+/// One logged message, as a sink gets it. The texts live until the sink returns.
 struct LogRecord {
   const char* key;
   U64 severity;
@@ -110,21 +112,22 @@ struct LogRecord {
   U64 suppressed;  ///< messages of this handle that were held back before this one
 };
 
-/// Where log records go instead of standard error. Must not throw.
+/// Receives log records in place of standard error. Must not throw.
 using LogSink = void (*)(const LogRecord& record, void* context);
 
-/// What a program logs one message through.
+/// Logs one message.
 ///
-/// While it lives it is on the list of handles, in the order of construction. Constructing one is
-/// cheap, a lock and a few stores, and meant for a static object.
+/// A handle is in the list of handles as long as it lives. The list is in the order of
+/// construction. Declare a handle as a static object: its construction is cheap, a lock and a few
+/// stores.
 ///
 /// Threads: safe from any thread. A handle must outlive the calls of its log().
 class VELMOR_PLATFORM_API LogHandle {
  public:
-  /// `descriptor` is kept, not copied. The others limit the rate, as LogLimiter says: at most
-  /// 1 + `burst` messages in `interval`, which grows by the factor `growth` while messages keep
-  /// being held back; at most `limit` in all. `(descriptor, Halvo::Duration(), 1.0, 0, 0)` has no
-  /// limit.
+  /// Keeps a reference to `descriptor`. The other arguments limit the rate, as LogLimiter
+  /// describes: at most 1 + `burst` messages in `interval`, which grows by the factor `growth` as
+  /// long as messages are held back; at most `limit` messages in all. `(descriptor,
+  /// Halvo::Duration(), 1.0, 0, 0)` has no limit.
   LogHandle(const LogDescriptor& descriptor, Halvo::Duration interval, double growth, int burst,
             int limit) noexcept;
   LogHandle(const LogHandle&) = delete;
@@ -133,52 +136,52 @@ class VELMOR_PLATFORM_API LogHandle {
 
   const LogDescriptor& descriptor() const noexcept { return descriptor_; }
 
-  /// Logs the message with `argument` in the place of its %s. Without a sink, one line goes to
-  /// standard error in one write(2):
+  /// Logs the message, with `argument` in place of its %s. Without a sink, it writes one line to
+  /// standard error with one write(2):
   ///
   ///     %KEY-SEVERITY: TEXT
   ///
-  /// with " (N more like it suppressed)" after it when the limits have held some back, and control
-  /// characters written as \n, \r, \t or \xNN. A format that does not take exactly one %s stops
-  /// the process. Leaves errno as it was. Throws std::bad_alloc when memory runs out; the message
-  /// is then not logged, and not counted against the limits.
+  /// If the limits have held messages back, " (N more like it suppressed)" follows in that line.
+  /// Control characters are written as \n, \r, \t or \xNN. A format that does not take exactly one
+  /// %s stops the process. errno is unchanged. Throws std::bad_alloc when memory runs out; the
+  /// message is then not logged, and does not count against the limits.
   void log(const Halvo::String& argument) const;
 
-  /// Sends every handle's messages to `sink`, one at a time, with `context`; null goes back to
-  /// standard error. When it returns no thread is in the sink before. A sink must not log, nor call
-  /// sinkIs.
+  /// Sends the messages of all handles to `sink`, one at a time, with `context`. Null sends them to
+  /// standard error again. When this returns, no thread is still in the previous sink. A sink must
+  /// not log, and must not call sinkIs.
   static void sinkIs(LogSink sink, void* context) noexcept;
 
-  /// The handles, the oldest first; null behind the last. Walking the list is safe as long as no
-  /// handle is being made or destroyed.
+  /// The list of handles, oldest first; null behind the last. Walking the list is safe as long as
+  /// no handle is created or destroyed.
   static const LogHandle* first() noexcept;
   const LogHandle* next() const noexcept;
-  /// The handle of the message with this key; the oldest where there are several, null where there
-  /// is none. A program logs a message that a library declares by it:
+  /// The handle of the message with this key: the oldest if there are several, null if there is
+  /// none. A program uses it to log a message that a library declares:
   ///
-  ///     if (auto* handle = Zel::LogHandle::find("VELMOR_CONFIG_CHANGE"))
-  ///     handle->log("tcam-agent");
+  ///     auto* const handle = Zel::LogHandle::find("VELMOR_CONFIG_CHANGE");
+  ///     if (handle != nullptr) handle->log("tcam-agent");
   static const LogHandle* find(std::string_view key) noexcept;
 
  private:
   const LogDescriptor& descriptor_;
-  mutable LogLimiter limiter_;  // logging counts, and changes nothing else of the handle
+  mutable LogLimiter limiter_;  // log() changes only these counts of the handle
   LogHandle* next_ = nullptr;
 };
 
 }  // namespace Zel
 
 #if defined(__clang__)
-// clang's AddressSanitizer would put a red zone behind the array, and so a hole into the section.
+// clang's AddressSanitizer would put a red zone behind the array: a hole in the section.
 #define ZEL_LOG_SECTION_NO_SANITIZE __attribute__((no_sanitize("address")))
 #else
 #define ZEL_LOG_SECTION_NO_SANITIZE
 #endif
 
-/// Defines the constant array `name` of LogDescriptors, one brace-enclosed initialiser each, in the
-/// section `.corvex_logmsg`. `retain` keeps it from a linker that drops unreferenced sections,
-/// `used` from the compiler; the alignment is the variable's own, since a compiler may align large
-/// arrays further and leave holes.
+/// Defines the constant array `name` of LogDescriptors in the section `.corvex_logmsg`. Each
+/// further argument is an initialiser in braces. `used` stops the compiler from dropping the array,
+/// and `retain` stops a linker that drops unreferenced sections. The alignment is set on the
+/// variable: otherwise a compiler may align large arrays further and leave holes.
 #define ZEL_LOG_DESCRIPTORS(name, ...)                                                      \
   __attribute__((section(".corvex_logmsg"), used, retain, aligned(8)))                      \
   ZEL_LOG_SECTION_NO_SANITIZE static constexpr ::Zel::LogDescriptor name[] = {__VA_ARGS__}; \

@@ -18,11 +18,11 @@ namespace Zel {
 
 namespace {
 
-// What is wanted of the handles of one name.
+// The levels that were set for all handles of one name.
 struct Setting {
   std::string name;
-  U32 decided = 0;  // levels that TraceControl has set
-  U32 on = 0;       // those of them that are on
+  U32 decided = 0;  // levels that TraceControl has turned on or off
+  U32 on = 0;       // the decided levels that are on
   U32 byEnvironment = 0;
   Setting* next = nullptr;
 };
@@ -54,7 +54,7 @@ Setting& settingOf(std::string_view name) {
   return *setting;
 }
 
-// The levels of a handle of that name, where `byDefault` are its own.
+// The levels of a handle whose name has this setting. `byDefault` are its levels without one.
 U32 levelsOf(const Setting* setting, U32 byDefault) noexcept {
   if (setting == nullptr) return byDefault;
   return (setting->on & setting->decided) |
@@ -95,12 +95,13 @@ void readEnvironment() noexcept {
       rest.remove_prefix(comma + 1);
     }
   } catch (const std::bad_alloc&) {
-    // The parts that were read stay; tracing is no reason to stop an agent.
+    // The parts that were read stay. Tracing is no reason to stop an agent.
   }
 }
 
-// Not an object's destructor: registering one would be code at load. Handles of other libraries may
-// still be made after it, with no settings.
+// Frees the settings at unload or exit. This is not an object's destructor: registering one would
+// be code that runs at load. Other libraries may still make handles afterwards, which then have no
+// settings.
 [[gnu::destructor]] void releaseSettings() {
   std::lock_guard<std::mutex> const guard(listLock);
   while (settings != nullptr) delete std::exchange(settings, settings->next);
@@ -217,13 +218,13 @@ void TraceStream::append(std::string_view piece) noexcept {
   try {
     text_ += piece;
   } catch (...) {
-    // The text so far is the record.
+    // The text so far stays.
   }
 }
 
 void TraceStream::appendSigned(S64 number) noexcept {
   if (number < 0) append("-");
-  // Negated as unsigned: the smallest number has no positive of its own.
+  // Negated as unsigned: the smallest number has no positive counterpart.
   appendUnsigned(number < 0 ? U64{0} - static_cast<U64>(number) : static_cast<U64>(number));
 }
 
@@ -279,7 +280,7 @@ void TraceHelper::close() noexcept {
                          .line = {}};
       emit(record);
     } catch (...) {
-      // No memory for the line: the record is lost, the program is not.
+      // No memory for the line: this record is lost, and the program goes on.
     }
   }
   errno = errno_;

@@ -1,6 +1,7 @@
-// Tracing: lines about what the code does, by named handles, each level on or off while it runs.
+// Tracing: prints lines about what the code does. Each named handle has levels, which can be turned
+// on and off while the program runs.
 //
-// A library has a handle, made on its first use, and trace sites:
+// A library has a handle, created at its first use, and trace sites:
 //
 //     Zel::TraceHandle& traceHandle() {
 //       static Zel::TraceHandle handle("VelmorTcamCliTypes", false);
@@ -10,22 +11,23 @@
 //     ZEL_TRACE(traceHandle(), 8, "VelmorTcamManagerBase/VelmorTcamCliTypes", 497,
 //               "formatEntryRequest", "entry " << shadowId);
 //
-// Levels go from 0, the most important, to 9. They are independent: turning 8 on turns on 8 alone.
-// A user turns them on by environment variable, as NAME/LEVELS parts joined by commas, where each
-// digit of LEVELS is a level:
+// Levels go from 0, the most important, to 9. They are independent: turning on 8 turns on only 8. A
+// user turns levels on with an environment variable. It holds parts of the form NAME/LEVELS,
+// separated by commas; each digit of LEVELS is a level:
 //
 //     VELMOR_TRACE=VelmorTcamCliTypes/058,Agent/3
 //
-// or the program does, with TraceControl. A record that is on becomes one line on standard error:
+// A program turns levels on and off with TraceControl. A record whose level is on becomes one line
+// on standard error:
 //
 //     TIME HANDLE/LEVEL SOURCE:LINE FUNCTION: TEXT
 //     2024-05-01T12:34:56.123456Z Agent/3 AgentBase/Restart:41 restartIs: warm restart
 //
-// with the time in UTC to the microsecond. A control character in any of these is written as \n,
-// \r, \t or \xNN, so that a record is always one line.
+// The time is in UTC, with microseconds. A control character in any part is written as \n, \r, \t
+// or \xNN, so that a record is always one line.
 //
-// Threads: all of it is safe from any thread; a record, and its stream, are for the thread that
-// opened it. Tracing never changes errno and never throws.
+// Threads: everything is safe from any thread, but a record and its stream belong to the thread
+// that opened the record. Tracing never changes errno and never throws.
 #pragma once
 
 #include <atomic>
@@ -40,19 +42,19 @@
 
 namespace Zel {
 
-/// The trace levels are 0 to this.
+/// The highest trace level. The lowest is 0.
 inline constexpr unsigned traceLevelMax = 9;
 
-/// A name under which trace sites are turned on, with its levels.
+/// A name under which trace sites are turned on, and its levels.
 ///
-/// While it lives it is on the list of handles; several handles may share a name, and are turned on
-/// together. Meant to be a function's static local: made when the first site is reached, destroyed
-/// at exit or when its library is unloaded. After that all its levels read as off for as long as
-/// its memory is there.
+/// A handle is in the list of handles as long as it lives. Handles with the same name are turned on
+/// together. Declare a handle as a function-local static: it is created when the first site is
+/// reached, and destroyed at exit or when its library is unloaded. After that, all its levels read
+/// as off as long as its memory is there.
 class VELMOR_PLATFORM_API TraceHandle {
  public:
-  /// `name` is kept, not copied. `enabledByDefault` turns level 0 on from the start, false none;
-  /// levels that the environment or TraceControl has set for the name, on or off, come over that.
+  /// Keeps `name`, without a copy. With `enabledByDefault`, level 0 is on from the start; otherwise
+  /// no level is. Levels that VELMOR_TRACE or TraceControl has set for the name take precedence.
   /// The first handle of the process reads VELMOR_TRACE.
   TraceHandle(const char* name, bool enabledByDefault) noexcept;
   TraceHandle(const TraceHandle&) = delete;
@@ -60,7 +62,7 @@ class VELMOR_PLATFORM_API TraceHandle {
   ~TraceHandle();
 
   const char* name() const noexcept { return name_; }
-  /// Whether `level` is on: one load and a test. Levels over 9 are always off.
+  /// Whether `level` is on; this costs one load and a test. Levels over 9 are always off.
   bool enabled(unsigned level) const noexcept {
     return level <= traceLevelMax && (levels_.load(std::memory_order_relaxed) >> level & 1U) != 0;
   }
@@ -81,33 +83,33 @@ struct TraceRecord {
   const char* source;
   U32 sourceLine;
   const char* function;
-  std::string_view text;  ///< what was streamed, as it is
-  std::string_view line;  ///< the whole line as standard error gets it, without its line break
+  std::string_view text;  ///< the streamed text, unchanged
+  std::string_view line;  ///< the whole line for standard error, without the line break
 };
 
-/// Where trace records go instead of standard error. Must not throw.
+/// Receives trace records in place of standard error. Must not throw.
 using TraceSink = void (*)(const TraceRecord& record, void* context);
 
-/// What turns tracing on and off.
+/// Turns tracing on and off.
 class VELMOR_PLATFORM_API TraceControl {
  public:
-  /// Turns one level of every handle called `name` on or off, of those that exist and of those that
-  /// come later, over what VELMOR_TRACE says. A level over 9 stops the process. May throw
-  /// std::bad_alloc, and then changes nothing.
+  /// Turns one level on or off for all handles called `name`, also for those made later. Takes
+  /// precedence over VELMOR_TRACE. A level over 9 stops the process. May throw std::bad_alloc;
+  /// nothing has changed then.
   static void levelIs(std::string_view name, unsigned level, bool on);
 
-  /// Sends the records to `sink`, one at a time, with `context`; null goes back to standard error.
-  /// When it returns no thread is in the sink before. What the sink itself traces is dropped; it
-  /// must not call sinkIs.
+  /// Sends all records to `sink`, one at a time, with `context`. Null sends them to standard error
+  /// again. When this returns, no thread is still in the previous sink. Records that the sink
+  /// itself traces are dropped. The sink must not call sinkIs.
   static void sinkIs(TraceSink sink, void* context) noexcept;
 
-  /// Calls `visit` for every handle that exists, with its name and its levels (bit n: level n is
-  /// on). `visit` must not make, destroy or control handles.
+  /// Calls `visit` for every handle, with its name and its levels (bit n: level n is on). `visit`
+  /// must not create or destroy handles, nor call TraceControl.
   static void forEachHandle(void (*visit)(const char* name, U32 levels, void* context),
                             void* context);
 };
 
-/// Collects the text of a record, piece by piece. Memory running out cuts the text short.
+/// Collects the text of a record piece by piece. When memory runs out, the text is cut short.
 class VELMOR_PLATFORM_API TraceStream {
  public:
   TraceStream() noexcept = default;
@@ -116,7 +118,7 @@ class VELMOR_PLATFORM_API TraceStream {
 
   std::string_view text() const noexcept { return text_.view(); }
 
-  /// Halvo::String and std::string too.
+  /// Takes Halvo::String and std::string too.
   TraceStream& operator<<(std::string_view piece) noexcept {
     append(piece);
     return *this;
@@ -134,7 +136,7 @@ class VELMOR_PLATFORM_API TraceStream {
     append(piece ? "true" : "false");
     return *this;
   }
-  /// Every other integer, U8 too, is written as a decimal number.
+  /// All other integers, also U8, are written as decimal numbers.
   template <std::integral T>
   TraceStream& operator<<(T piece) noexcept {
     if constexpr (std::is_signed_v<T>) {
@@ -146,9 +148,9 @@ class VELMOR_PLATFORM_API TraceStream {
   }
   /// The shortest text that reads back as the same number.
   TraceStream& operator<<(double piece) noexcept;
-  /// An address of memory, as 0x and hexadecimal digits.
+  /// A memory address, as 0x and hexadecimal digits.
   TraceStream& operator<<(const void* piece) noexcept;
-  /// A value with a text of its own: an address, an enumeration.
+  /// A value that has a stringValue(): an address, an enumeration.
   template <class T>
   requires requires(const T& piece) {
     { piece.stringValue() } -> std::convertible_to<std::string_view>;
@@ -182,8 +184,8 @@ class VELMOR_PLATFORM_API TraceStream {
   Halvo::String text_;
 };
 
-/// One open trace record; closing it, or its destructor, emits it. Restores errno to what it was
-/// when the record was opened. Does not ask whether the level is on: the site has.
+/// One open trace record. close() or the destructor emits it, and sets errno back to its value at
+/// the opening of the record. It does not test whether the level is on: the trace site has done so.
 ///
 ///     if (traceHandle().enabled(8)) [[unlikely]] {
 ///       Zel::TraceHelper record(traceHandle(), 8, source, 524, "handleInitialized");
@@ -191,7 +193,7 @@ class VELMOR_PLATFORM_API TraceStream {
 ///     }
 class VELMOR_PLATFORM_API TraceHelper {
  public:
-  /// `source` and `function` are kept, not copied, until the record is closed.
+  /// Keeps `source` and `function`, without a copy, until the record is closed.
   TraceHelper(const TraceHandle& handle, unsigned level, const char* source, U32 line,
               const char* function) noexcept;
   TraceHelper(const TraceHelper&) = delete;
@@ -199,7 +201,7 @@ class VELMOR_PLATFORM_API TraceHelper {
   ~TraceHelper() { close(); }
 
   TraceStream& stream() noexcept { return stream_; }
-  /// Emits the record; a second call does nothing.
+  /// Emits the record. A second call does nothing.
   void close() noexcept;
 
  private:
@@ -215,9 +217,9 @@ class VELMOR_PLATFORM_API TraceHelper {
 
 }  // namespace Zel
 
-/// A trace site. The last arguments are pieces joined by <<; they, and the others but `handle` and
-/// `level`, are evaluated only when the level is on. Off, the site costs getting the handle, a load
-/// and a branch.
+/// A trace site. The last arguments are pieces, joined by <<. `handle` and `level` are always
+/// evaluated, all other arguments only when the level is on. When it is off, the site costs getting
+/// the handle, a load and a branch.
 #define ZEL_TRACE(handle, level, source, line, function, ...)                                     \
   do {                                                                                            \
     const ::Zel::TraceHandle& zelTraceHandle_ = (handle);                                         \

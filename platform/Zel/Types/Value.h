@@ -76,7 +76,7 @@ class VELMOR_PLATFORM_API Value {
     s32,
     s64,
     enumeration,
-    string,  // this kind and all below must be destroyed
+    string,  // this kind and all that follow must be destroyed
     record,
     node,       ///< may be changed through the pointer
     constNode,  ///< must not be changed through the pointer
