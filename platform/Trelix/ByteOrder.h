@@ -1,6 +1,6 @@
-// Numbers of this machine and words as they lie on the wire.
+// Conversion between host byte order and network byte order.
 //
-// Threads: functions of their arguments alone; safe from any thread.
+// Threads: pure functions; safe from any thread.
 #pragma once
 
 #include <bit>
@@ -14,8 +14,8 @@ using Halvo::U32;
 using Halvo::U64;
 using Halvo::U8;
 
-/// The word whose bytes in memory are those of `number`, the most significant first. Its own
-/// inverse.
+/// Converts a number to the word whose bytes in memory are its bytes, the most significant first.
+/// The same function converts back.
 constexpr U16 networkOrder(U16 number) noexcept {
   return std::endian::native == std::endian::big ? number : __builtin_bswap16(number);
 }

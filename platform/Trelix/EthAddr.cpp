@@ -21,7 +21,7 @@ const char* read(std::string_view text, std::array<U8, 6>& octets) noexcept {
 }  // namespace
 
 char* EthAddr::write(char* out) const noexcept {
-  // Bytes from the lowest up are the characters in order.
+  // In these words the lowest byte is the first character.
   U64 const number = hostOrder();
   U64 const first = hexDigits(static_cast<U32>(number >> 16));          // aabbccdd
   U64 const last = hexDigits(static_cast<U32>(number & 0xFFFF) << 16);  // eeff....

@@ -1,7 +1,7 @@
 // EthAddr: an Ethernet (MAC) address.
 //
-// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
-// changes from any.
+// Threads: plain values. Different threads may use different objects at the same time. Several
+// threads may read one object while no thread changes it.
 #pragma once
 
 #include <array>
@@ -19,17 +19,17 @@
 
 namespace Trelix {
 
-/// An Ethernet address or mask: any 48 bits, as its six octets in order. All zero by default. Six
-/// bytes, with no demand on alignment.
+/// An Ethernet address or mask: any 48 bits, as six octets in order. All zero by default. It takes
+/// six bytes and needs no alignment.
 ///
 ///     EthAddr::fromHostOrder(0x02005E000001).stringValue() == "02:00:5e:00:00:01"
 class VELMOR_PLATFORM_API EthAddr {
  public:
-  /// The size of every text.
+  /// The size of every text, in bytes.
   static constexpr std::size_t maxTextSize = 17;
 
   constexpr EthAddr() noexcept = default;
-  /// From a number whose bits 47 to 40 are the first octet; bits above 47 are ignored.
+  /// From a number whose bits 47 to 40 are the first octet. Bits above 47 are ignored.
   static constexpr EthAddr fromHostOrder(U64 number) noexcept {
     EthAddr address;
     for (std::size_t i = 6; i-- > 0; number >>= 8) {
@@ -55,13 +55,13 @@ class VELMOR_PLATFORM_API EthAddr {
   }
   constexpr const std::array<U8, 6>& bytes() const noexcept { return octets_; }
 
-  /// Six pairs of hexadecimal digits of either case, joined by ':', and nothing else.
+  /// Reads six pairs of hexadecimal digits, of either case, joined by ':', and nothing else.
   static EthAddr parse(std::string_view text);
   static std::optional<EthAddr> tryParse(std::string_view text) noexcept;
 
   /// "02:00:5e:00:00:01", in lower case.
   Halvo::String stringValue() const;
-  /// Writes the maxTextSize bytes of the text, without a NUL, and returns its end.
+  /// Writes the text to `out`, maxTextSize bytes without a NUL, and returns its end.
   char* write(char* out) const noexcept;
 
   friend constexpr bool operator==(const EthAddr&, const EthAddr&) noexcept = default;

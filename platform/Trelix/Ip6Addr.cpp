@@ -11,13 +11,13 @@ namespace {
 
 constexpr std::size_t groupCount = 8;
 
-// The zero groups that "::" stands for; size 0 when there is no run of two.
+// The zero groups that "::" stands for. The size is 0 when no run has two or more groups.
 struct ZeroRun {
   U8 begin;
   U8 size;
 };
 
-// The run for each set of zero groups; bit i of the index stands for group i.
+// The run for each set of zero groups. Bit i of the index stands for group i.
 constexpr std::array<ZeroRun, 256> zeroRuns = [] {
   std::array<ZeroRun, 256> runs{};
   for (unsigned set = 0; set < 256; ++set) {
@@ -26,7 +26,7 @@ constexpr std::array<ZeroRun, 256> zeroRuns = [] {
       unsigned end = begin;
       while (end < groupCount && (set >> end & 1) != 0) ++end;
       unsigned const size = end - begin;
-      // Only a longer run replaces one further left.
+      // Only a longer run replaces a run further left.
       if (size >= 2 && size > best.size) best = {static_cast<U8>(begin), static_cast<U8>(size)};
     }
     runs[set] = best;
@@ -34,15 +34,17 @@ constexpr std::array<ZeroRun, 256> zeroRuns = [] {
   return runs;
 }();
 
-// A group's four digits, the first in the low byte, and how many of them are leading zeros.
+// Writes a group without leading zeros. `digits` has its four digits, the first one in the low
+// byte.
 char* writeGroup(char* out, U32 group, U32 digits) noexcept {
   auto const zeros = static_cast<U32>(__builtin_clz((group | 1) << 16)) / 4;
-  // Always four bytes: what lies behind the group's text is overwritten or not looked at.
+  // Always stores four bytes: those behind the text are overwritten by later text, or are never
+  // read.
   storeLowFirst(out, digits >> (zeros * 8));
   return out + (4 - zeros);
 }
 
-// Groups from `begin` up to `end`, joined by colons.
+// The eight groups of an address. write() writes groups `begin` to `end` - 1, joined by colons.
 struct Groups {
   U32 words[4];
   U64 digits[4];

@@ -9,8 +9,8 @@ namespace Trelix {
 
 namespace {
 
-// For each octet its decimal text in the three low bytes, first character lowest, and the text's
-// size in the top byte: one load, one store and one addition print it.
+// The decimal text of each octet: its characters in the three low bytes, the first one lowest, and
+// its size in the top byte. So it takes one load, one store and one addition to print an octet.
 constexpr std::array<U32, 256> octetTexts = [] {
   std::array<U32, 256> texts{};
   for (U32 v = 0; v < 256; ++v) {
@@ -28,7 +28,7 @@ constexpr std::array<U32, 256> octetTexts = [] {
   return texts;
 }();
 
-// Overwrites four bytes; the dot goes over what is not text.
+// Stores four bytes. The dot overwrites the first one that is not text.
 char* writeOctetAndDot(char* out, U32 octet) noexcept {
   U32 const text = octetTexts[octet];
   storeLowFirst(out, text);
@@ -43,7 +43,7 @@ char* IpAddr::write(char* out) const noexcept {
   out = writeOctetAndDot(out, number_ >> 24);
   out = writeOctetAndDot(out, (number_ >> 16) & 255);
   out = writeOctetAndDot(out, (number_ >> 8) & 255);
-  // Three bytes only: the buffer may end with the longest text.
+  // Only three bytes: the buffer may end right behind the longest text.
   U32 const text = octetTexts[number_ & 255];
   out[0] = static_cast<char>(text);
   out[1] = static_cast<char>(text >> 8);

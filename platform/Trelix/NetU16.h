@@ -1,7 +1,7 @@
 // NetU16: a 16-bit number as it lies in a packet.
 //
-// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
-// changes from any.
+// Threads: plain values. Different threads may use different objects at the same time. Several
+// threads may read one object while no thread changes it.
 #pragma once
 
 #include <array>
@@ -19,8 +19,8 @@
 
 namespace Trelix {
 
-/// A 16-bit number, stored in network order: the object's two bytes in memory are the number's, the
-/// high one first. Made from a number, it gives that number back by value(). 0 by default.
+/// A 16-bit number in network order: in memory its high byte comes first. value() returns the
+/// number that the object was made from. 0 by default.
 ///
 ///     NetU16(0x0012).value() == 0x0012
 class VELMOR_PLATFORM_API NetU16 {
@@ -31,7 +31,7 @@ class VELMOR_PLATFORM_API NetU16 {
   constexpr NetU16() noexcept = default;
   explicit constexpr NetU16(U16 number) noexcept : word_(Trelix::networkOrder(number)) {}
   static constexpr NetU16 fromHostOrder(U16 number) noexcept { return NetU16(number); }
-  /// From a word whose bytes in memory are the number's, the high one first.
+  /// From a word in network order: in memory the high byte of the number comes first.
   static constexpr NetU16 fromNetworkOrder(U16 word) noexcept {
     return NetU16(Trelix::networkOrder(word));
   }
@@ -42,13 +42,14 @@ class VELMOR_PLATFORM_API NetU16 {
   constexpr U16 value() const noexcept { return Trelix::networkOrder(word_); }
   constexpr U16 networkOrder() const noexcept { return word_; }
 
-  /// Decimal digits without a leading zero, 0 to 65535, and nothing else.
+  /// Reads decimal digits without a leading zero, 0 to 65535, and nothing else.
   static NetU16 parse(std::string_view text);
   static std::optional<NetU16> tryParse(std::string_view text) noexcept;
 
   /// The number in decimal.
   Halvo::String stringValue() const;
-  /// Writes the text, without a NUL, and returns its end. `out` has room for maxTextSize bytes.
+  /// Writes the text to `out`, without a NUL, and returns its end. `out` must have room for
+  /// maxTextSize bytes.
   char* write(char* out) const noexcept;
 
   friend constexpr bool operator==(const NetU16&, const NetU16&) noexcept = default;

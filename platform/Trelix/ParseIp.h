@@ -1,6 +1,6 @@
-// Internal: reading a dotted quad, for both IP families.
+// Internal: reads a dotted quad, for both IP families.
 //
-// Threads: functions of their arguments alone; safe from any thread.
+// Threads: pure functions; safe from any thread.
 #pragma once
 
 #include <string_view>
@@ -9,7 +9,7 @@
 
 namespace Trelix {
 
-/// Reads all of `text` into `address`. Null, or what is wrong with the text.
+/// Reads `text`, all of it, into `address`. Returns null, or a text that says what is wrong.
 const char* readDottedQuad(std::string_view text, IpAddr& address) noexcept;
 
 }  // namespace Trelix

@@ -1,6 +1,6 @@
-// Internal: how addresses write and report their text.
+// Internal: writes the text of addresses and reports wrong text.
 //
-// Threads: functions of their arguments alone; safe from any thread.
+// Threads: pure functions; safe from any thread.
 #pragma once
 
 #include <cstddef>
@@ -26,10 +26,10 @@ inline void storeLowFirst(char* out, U64 word) noexcept {
   std::memcpy(out, &word, sizeof word);
 }
 
-/// The eight lower-case hexadecimal digits of `number`, the first in the low byte. All eight are
-/// made at once: each byte of the result holds one digit through every step.
+/// The eight lower-case hexadecimal digits of `number`, the first one in the low byte. All eight
+/// are computed at once: each byte of the word becomes one digit.
 constexpr U64 hexDigits(U32 number) noexcept {
-  U64 x = __builtin_bswap32(number);  // the most significant byte's digits come first
+  U64 x = __builtin_bswap32(number);  // the digits of the most significant byte come first
   x = (x | x << 16) & 0x0000FFFF0000FFFFU;
   x = (x | x << 8) & 0x00FF00FF00FF00FFU;
   x = ((x >> 4) & 0x000F000F000F000FU) | ((x & 0x000F000F000F000FU) << 8);
@@ -61,8 +61,8 @@ std::ostream& writeTo(std::ostream& out, const Address& address) {
   throw Zel::ParseError(Zel::quotedForMessage(text) + " is not " + kind + ": " + reason);
 }
 
-/// Spreads a 64-bit number over a hash's bits. Its high half is folded in first: the product takes
-/// no bit further down.
+/// Spreads a 64-bit number over the bits of a hash. Its high half is folded in first, since a
+/// multiplication moves no bit downwards.
 constexpr std::size_t hashOf(U64 number) noexcept {
   number ^= number >> 32;
   number *= 0x9E3779B97F4A7C15U;
