@@ -1,4 +1,5 @@
-// The entry-shadow library: the software copy of what a TCAM entry matches on in hardware.
+// The entry-shadow library. The shadow of a TCAM entry is the software copy of the fields that the
+// entry matches on in hardware.
 #pragma once
 
 #include <cstddef>
@@ -21,8 +22,7 @@ namespace VelmorTcam {
 /// The value that hardware holds for one qualifier: one record, of the kind that the qualifier
 /// takes.
 ///
-/// Reading a record of another kind than the one given gives that kind's default record, which is
-/// not set.
+/// Reading a record of another kind returns the default record of that kind, which is not set.
 ///
 /// Threads: as the shadow that it belongs to.
 class VELMOR_PLATFORM_API QualifierData : public Halvo::Node {
@@ -34,7 +34,7 @@ class VELMOR_PLATFORM_API QualifierData : public Halvo::Node {
   Qualifier qual() const noexcept { return record<Qualifier>(); }
   EthAddrQualifier ethQual() const noexcept { return record<EthAddrQualifier>(); }
   Ip6AddrQualifier ip6Qual() const noexcept { return record<Ip6AddrQualifier>(); }
-  // NOLINTBEGIN(bugprone-exception-escape): to copy a record cannot throw
+  // NOLINTBEGIN(bugprone-exception-escape): copying a record does not throw
   void qualIs(const Qualifier& qual) noexcept { record_ = qual; }
   void ethQualIs(const EthAddrQualifier& qual) noexcept { record_ = qual; }
   void ip6QualIs(const Ip6AddrQualifier& qual) noexcept { record_ = qual; }
@@ -50,8 +50,8 @@ class VELMOR_PLATFORM_API QualifierData : public Halvo::Node {
   std::variant<std::monostate, Qualifier, EthAddrQualifier, Ip6AddrQualifier> record_;
 };
 
-/// What is known of one qualifier of an entry: the data that hardware holds for it, by the
-/// qualifier that hardware implements it with.
+/// The data that hardware holds for one qualifier of an entry. Each key is a qualifier type that
+/// hardware implements the qualifier with.
 ///
 /// Threads: as the shadow that it belongs to.
 class VELMOR_PLATFORM_API QualifierStatus : public Halvo::Node {
@@ -61,17 +61,18 @@ class VELMOR_PLATFORM_API QualifierStatus : public Halvo::Node {
   QualifierStatus() = default;
   ~QualifierStatus() override;
 
-  /// The data under `type`, or null.
+  /// The data under `type`; null when there is none.
   Halvo::Ptr<QualifierData> hwQualData(QualifierType type) const noexcept {
     auto const* const held = hwQualData_.find(type);
     return held != nullptr ? *held : nullptr;
   }
-  /// The data under `type`, made if there is none.
+  /// The data under `type`. Makes it if there is none.
   Halvo::Ptr<QualifierData> hwQualDataIs(QualifierType type);
-  /// Removes and returns the data under `type`; null when there is none. Say first, in the shadow,
-  /// that `type` is not programmed: see its contract.
+  /// Removes the data under `type` and returns it; null when there is none. Before the call, set
+  /// the status in the shadow to one other than hwQualStatusProgrammed: readers do not check for
+  /// missing data.
   Halvo::Ptr<QualifierData> hwQualDataDel(QualifierType type);
-  /// As hwQualDataDel, for all: say first, in the shadow, that none is programmed.
+  /// As hwQualDataDel, for all data: before the call, set the statuses of all.
   void hwQualDataDelAll() { hwQualData_.clear(); }
   const HwQualData& hwQualData() const noexcept { return hwQualData_; }
 
@@ -81,15 +82,16 @@ class VELMOR_PLATFORM_API QualifierStatus : public Halvo::Node {
 
 /// The shadow of one TCAM entry.
 ///
-/// Contract with whoever reads it: where getHwQualStatus(t, t) is hwQualStatusProgrammed,
-/// `qualifier` holds t and that status's `hwQualData` holds t. Readers do not test for it; to break
-/// it is a fault that stops the process on the spot. hwQualIs() fills all three places together,
-/// the data first.
+/// Contract with readers: if getHwQualStatus(t, t) is hwQualStatusProgrammed, `qualifier` holds a
+/// QualifierStatus under t, and its `hwQualData` holds data under t. Readers do not check this. If
+/// it does not hold, the process stops on the spot. hwQualIs() fills all three places, the data
+/// first.
 ///
-/// What is not made when memory runs out (std::bad_alloc) leaves no trace: no key without a child.
+/// If an allocation fails (std::bad_alloc), no key is left without a child.
 ///
-/// Threads: a shadow is written by one, and not while others read it. Any number may read one
-/// together while Halvo::ThreadControl's switch is on: reading moves reference counts.
+/// Threads: one thread may change a shadow, while no other thread reads it. Several threads may
+/// read one shadow at the same time while Halvo::ThreadControl's switch is on: reading changes
+/// reference counts.
 ///
 ///     auto shadow = Halvo::makePtr<VelmorTcamEntryShadow>(17);
 ///     shadow->hwQualIs(qualifierSrcIp, Qualifier(0x0A000001, 0xFFFFFFFF));   // 10.0.0.1
@@ -113,8 +115,8 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
   U8 counterStatus() const noexcept { return counterStatus_; }
   void counterStatusIs(U8 status) noexcept { counterStatus_ = status; }
 
-  /// How far hardware has got with `qualifier`, implemented by `hwQualifier`;
-  /// hwQualStatusInvalid where nothing was ever said.
+  /// How far hardware has programmed `qualifier`, implemented by `hwQualifier`; hwQualStatusInvalid
+  /// when no status was set.
   HwQualStatus getHwQualStatus(QualifierType qualifier, QualifierType hwQualifier) const noexcept {
     if (qualifier != hwQualifier) [[unlikely]] {
       return otherHwQualStatus(qualifier, hwQualifier);
@@ -122,20 +124,20 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
     HwQualStatus const* const held = ownHwQualStatus_.find(qualifier);
     return held != nullptr ? *held : hwQualStatusInvalid;
   }
-  /// Sets that, and nothing else: hwQualStatusProgrammed only once the data is there.
+  /// Sets this status, and nothing else. Set hwQualStatusProgrammed only after the data is there.
   void hwQualStatusIs(QualifierType qualifier, QualifierType hwQualifier, HwQualStatus status);
 
-  /// The status under `type`, or null.
+  /// The QualifierStatus under `type`; null when there is none.
   Halvo::Ptr<QualifierStatus> qualifier(QualifierType type) const noexcept {
     auto const* const held = qualifier_.find(type);
     return held != nullptr ? *held : nullptr;
   }
-  /// The status under `type`, made if there is none.
+  /// The QualifierStatus under `type`. Makes it if there is none.
   Halvo::Ptr<QualifierStatus> qualifierIs(QualifierType type);
-  /// Removes and returns the status under `type`; null when there is none. What
-  /// getHwQualStatus(type, ...) said is forgotten first.
+  /// Removes the QualifierStatus under `type` and returns it; null when there is none. Before that,
+  /// it resets the statuses of `type`: getHwQualStatus(type, ...) is then hwQualStatusInvalid.
   Halvo::Ptr<QualifierStatus> qualifierDel(QualifierType type);
-  /// As qualifierDel, for all.
+  /// As qualifierDel, for all qualifiers.
   void qualifierDelAll();
   const QualifierMap& qualifier() const noexcept { return qualifier_; }
 
@@ -144,13 +146,13 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
     return held != nullptr ? std::optional(*held) : std::nullopt;
   }
   void rangeCheckerIs(RangeCheckerType type, const RangeCheckerStatus& status);
-  /// False when there was none.
+  /// Returns false when there was none.
   bool rangeCheckerDel(RangeCheckerType type) { return rangeChecker_.del(type); }
   void rangeCheckerDelAll() { rangeChecker_.clear(); }
   const RangeCheckerMap& rangeChecker() const noexcept { return rangeChecker_; }
 
-  /// Gives `type`, implemented by itself, a record and a status: all that a program needs to call
-  /// to fill a shadow.
+  /// Sets the record and the status of `type`, implemented by itself. A program needs no other call
+  /// to fill the qualifiers of a shadow.
   void hwQualIs(QualifierType type, const Qualifier& record,
                 HwQualStatus status = hwQualStatusProgrammed);
   void hwQualIs(QualifierType type, const EthAddrQualifier& record,
@@ -158,7 +160,7 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
   void hwQualIs(QualifierType type, const Ip6AddrQualifier& record,
                 HwQualStatus status = hwQualStatusProgrammed);
 
-  /// The bytes that this shadow's collections hold beside its nodes.
+  /// The bytes of the collections of this shadow. Its nodes are not included.
   std::size_t tableBytes() const noexcept;
 
  private:
@@ -167,9 +169,11 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
   U64 shadowId_;
   CounterSet counters_;
   U8 counterStatus_ = hwQualStatusInvalid;
-  // What a qualifier is implemented with is nearly always itself: that has a table of byte keys.
+  // The statuses of qualifiers that are implemented by themselves, as nearly all are: a table with
+  // keys of one byte.
   Zel::HashMap2018<QualifierType, HwQualStatus> ownHwQualStatus_;
-  // The others. Key: the qualifier in the high byte, what implements it in the low one.
+  // All other statuses. Key: the qualifier in the high byte, the type that implements it in the low
+  // byte.
   Zel::HashMap2018<U16, HwQualStatus> otherHwQualStatus_;
   QualifierMap qualifier_;
   RangeCheckerMap rangeChecker_;

@@ -19,61 +19,61 @@ using Halvo::U32;
 using Halvo::U64;
 using Halvo::U8;
 
-/// What an entry can match on. The numbers are fixed; they rise in the alphabetical order of the
-/// names, and those that are not listed are not used here.
+/// The fields that an entry can match on. The numbers are fixed, and rise in the alphabetical order
+/// of the names. Numbers that are not listed are not used here.
 ///
-/// Each type takes one kind of record: a Qualifier, whose value and mask mean what stands here, an
-/// Ip6AddrQualifier or an EthAddrQualifier. A type that is given another kind reads as not set.
+/// Each type takes one kind of record: a Qualifier, an Ip6AddrQualifier or an EthAddrQualifier. For
+/// a Qualifier, the comment says what its value and mask mean. A type that was given another kind
+/// of record reads as not set.
 enum QualifierType : U8 {
   qualifierDSCP = 8,          ///< Qualifier: the type-of-service byte
   qualifierDstIp = 15,        ///< Qualifier: IPv4 address, first octet in the most significant byte
   qualifierDstIp6 = 20,       ///< Ip6AddrQualifier
-  qualifierDstIp6Alt = 25,    ///< as qualifierDstIp6, stands in where that one is not programmed
+  qualifierDstIp6Alt = 25,    ///< as qualifierDstIp6; used where that one is not programmed
   qualifierDstMac = 28,       ///< EthAddrQualifier
   qualifierEtherType = 36,    ///< Qualifier: ether type, 0x800 for IPv4
   qualifierIp6HopLimit = 92,  ///< Qualifier: hop limit
   qualifierIp6TrafficClass = 95,  ///< Qualifier: traffic class byte
-  /// Qualifier: 1 or 2, not a fragment; 3, a fragment; the mask is not shown.
+  /// Qualifier: 1 and 2 mean not a fragment, 3 means a fragment. The mask is not shown.
   qualifierIpFrag = 97,
-  /// Qualifier: IP protocol number in the low 8 bits; the mask is not shown.
+  /// Qualifier: IP protocol number in the low 8 bits. The mask is not shown.
   qualifierIpProtocol = 101,
-  /// Qualifier: port in the low 16 bits of value and mask. For ICMP and ICMPv6 the low byte is the
+  /// Qualifier: port, in the low 16 bits of value and mask. For ICMP and ICMPv6 the low byte is the
   /// code.
   qualifierL4DstPort = 116,
-  /// As the destination port. For ICMP and ICMPv6 the high byte (bits 8 to 15) is the type.
+  /// As qualifierL4DstPort. For ICMP and ICMPv6 the high byte (bits 8 to 15) is the type.
   qualifierL4SrcPort = 118,
-  qualifierOuterVlanId = 132,  ///< Qualifier: VLAN id, 32 bits shown
+  qualifierOuterVlanId = 132,  ///< Qualifier: VLAN id; all 32 bits are shown
   qualifierSrcIp = 153,        ///< as qualifierDstIp
   qualifierSrcIp6 = 158,       ///< as qualifierDstIp6
-  qualifierSrcIp6Alt = 163,    ///< as qualifierSrcIp6, stands in where that one is not programmed
+  qualifierSrcIp6Alt = 163,    ///< as qualifierSrcIp6; used where that one is not programmed
   qualifierSrcMac = 164,       ///< EthAddrQualifier
-  /// Qualifier: TCP flags in the low bits: 1 FIN, 2 SYN, 4 RST, 8 PSH, 16 ACK, 32 URG; the mask is
+  /// Qualifier: TCP flags in the low bits: 1 FIN, 2 SYN, 4 RST, 8 PSH, 16 ACK, 32 URG. The mask is
   /// not shown.
   qualifierTcpControl = 182,
 };
 
-/// The hardware's range checkers.
+/// The range checkers of the hardware.
 enum RangeCheckerType : U8 {
   rangeCheckerL4SrcPort = 1,  ///< ports
   rangeCheckerL4DstPort = 2,  ///< ports
   rangeCheckerIpLength = 3,   ///< bytes of the IP packet
 };
 
-/// How far hardware has got with a qualifier, a range checker or an entry's counters. Formatters
-/// tell only programmed from the others.
+/// How far the hardware has programmed a qualifier, a range checker or the counters of an entry.
+/// Formatters only distinguish hwQualStatusProgrammed from all other values.
 enum HwQualStatus : U8 {
-  hwQualStatusInvalid = 0,  ///< never asked for
+  hwQualStatusInvalid = 0,  ///< never requested
   hwQualStatusRequested = 1,
   hwQualStatusAllocated = 2,
   hwQualStatusProgramming = 3,
   hwQualStatusFailed = 4,
   hwQualStatusRemoving = 5,
   hwQualStatusRemoved = 6,
-  hwQualStatusProgrammed = 7,  ///< hardware matches on it
+  hwQualStatusProgrammed = 7,  ///< the hardware matches on it
 };
 
-/// The stage of the pipeline that a TCAM belongs to. Shown as "invalid", "lookup", "ingress",
-/// "egress".
+/// The pipeline stage that a TCAM belongs to. Shown as "invalid", "lookup", "ingress", "egress".
 enum StageType : U8 {
   stageTypeInvalid = 0,
   stageTypeLookup = 1,
@@ -86,7 +86,7 @@ ZEL_DECLARE_ENUM8(VELMOR_PLATFORM_API, RangeCheckerType);
 ZEL_DECLARE_ENUM8(VELMOR_PLATFORM_API, HwQualStatus);
 ZEL_DECLARE_ENUM8(VELMOR_PLATFORM_API, StageType);
 
-/// All values with their names, ascending by number.
+/// All values with their names, by ascending number.
 VELMOR_PLATFORM_API std::span<const Zel::EnumValue> qualifierTypeValues() noexcept;
 VELMOR_PLATFORM_API std::span<const Zel::EnumValue> rangeCheckerTypeValues() noexcept;
 

@@ -15,7 +15,7 @@ void recordWrite(Halvo::String& out, const char* type, const char* attribute, co
   out += '}';
 }
 
-// The one attribute of a record.
+// Reads a record with a single attribute.
 template <class T>
 T recordRead(Zel::CharRange& in, const char* type, const char* attribute) {
   T value{};

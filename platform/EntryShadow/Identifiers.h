@@ -1,7 +1,7 @@
-// The identifiers that the agent's CLI hands to the formatters.
+// The identifiers that the CLI of the agent passes to the formatters.
 //
-// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
-// changes from any.
+// Threads: plain values. Different threads may use different objects at the same time. Several
+// threads may read one object while no thread changes it.
 #pragma once
 
 #include <compare>
@@ -15,7 +15,7 @@
 
 namespace VelmorTcam {
 
-/// Names the request (the access list, the policy) that an entry was programmed for.
+/// The name of the request (an access list, a policy) that an entry was programmed for.
 class RequestKey {
  public:
   RequestKey() = default;
@@ -28,8 +28,8 @@ class RequestKey {
   Halvo::String name_;
 };
 
-/// Names one rule of a request by its sequence number, 0 to 2^32-1; the highest number is the drop
-/// rule, which the tables show as "Drop".
+/// Identifies one rule of a request by its sequence number, 0 to 2^32-1. The highest number is the
+/// drop rule, which the tables show as "Drop".
 class RuleId {
  public:
   static constexpr Halvo::U32 dropSequenceNum = 0xFFFFFFFF;
@@ -43,7 +43,7 @@ class RuleId {
   Halvo::U32 sequenceNum_ = 0;
 };
 
-/// The number of a TCAM group, 0 to 65535. Made from a wider number it keeps the low 16 bits.
+/// The number of a TCAM group, 0 to 65535. Of a wider number only the low 16 bits are kept.
 class TcamGroupId {
  public:
   constexpr TcamGroupId() = default;

@@ -1,4 +1,4 @@
-// The type module of the entry-shadow library: its enumerations and node types.
+// The type module of the entry-shadow library: its enumerations, node types and identifiers.
 #include <array>
 #include <functional>
 
@@ -145,7 +145,7 @@ constexpr std::array types = std::to_array<const Zel::TypeDescriptor*>({
 
 constexpr Zel::TypeModule entryShadowModule{"VelmorTcamEntryShadow", types};
 
-// The one thing that this unit runs at load.
+// The only code of this file that runs at load.
 Halvo::ModuleInspectData inspectData{entryShadowModule};
 [[maybe_unused]] bool const isLoaded = (inspectData.loaded(), true);
 

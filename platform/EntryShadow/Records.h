@@ -1,7 +1,7 @@
 // The value records of a shadow.
 //
-// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
-// changes from any.
+// Threads: plain values. Different threads may use different objects at the same time. Several
+// threads may read one object while no thread changes it.
 #pragma once
 
 #include "EntryShadow/Enums.h"
@@ -10,11 +10,11 @@
 
 namespace VelmorTcam {
 
-/// The 32-bit value and mask that hardware matches on. Numbers are in host order: an IPv4 address
-/// has its first octet in the most significant byte.
+/// The 32-bit value and mask that the hardware matches on. Numbers are in host order: the first
+/// octet of an IPv4 address is the most significant byte.
 ///
-/// A record made from a value and a mask is set, also when both are 0; a default-constructed one is
-/// not. "Set" means: not equal to a default-constructed record.
+/// A record is set when it is not equal to a default-constructed record. A record made from a value
+/// and a mask is always set, even when both are 0.
 class Qualifier {
  public:
   constexpr Qualifier() = default;
@@ -35,7 +35,8 @@ class Qualifier {
   U8 given_ = 0;
 };
 
-/// The MAC address and mask that hardware matches on; set as Qualifier is.
+/// The MAC address and mask that the hardware matches on. The rule of Qualifier says when it is
+/// set.
 class EthAddrQualifier {
  public:
   constexpr EthAddrQualifier() = default;
@@ -58,8 +59,8 @@ class EthAddrQualifier {
   Trelix::EthAddr mask_;
 };
 
-/// The IPv6 address and mask that hardware matches on. All zero by default; there is no difference
-/// between that and a record that was never given.
+/// The IPv6 address and mask that the hardware matches on. All zero by default. A record made from
+/// an address and a mask that are all zero equals a default-constructed record: it is not set.
 class Ip6AddrQualifier {
  public:
   constexpr Ip6AddrQualifier() = default;
@@ -81,7 +82,7 @@ class Ip6AddrQualifier {
   Trelix::Ip6Addr mask_;
 };
 
-/// The bounds of a hardware range checker, both inclusive, and how far hardware has got with it.
+/// The bounds of a range checker, both inclusive, and how far the hardware has programmed it.
 class RangeCheckerStatus {
  public:
   constexpr RangeCheckerStatus() = default;
@@ -100,7 +101,7 @@ class RangeCheckerStatus {
   HwQualStatus status_ = hwQualStatusInvalid;
 };
 
-/// The hardware counters of an entry, as last read.
+/// The hardware counters of an entry, as they were last read.
 class CounterSet {
  public:
   constexpr CounterSet() = default;

@@ -8,7 +8,8 @@ constexpr U16 statusKey(QualifierType qualifier, QualifierType hwQualifier) {
   return static_cast<U16>(qualifier << 8 | hwQualifier);
 }
 
-// The child is made before its place, so that a failed allocation leaves no key without a child.
+// Makes the child before its place in the map, so that a failed allocation leaves no key without a
+// child.
 template <class Child, class Map, class Key>
 Halvo::Ptr<Child> getOrMake(Map& map, Key key) {
   if (Halvo::Ptr<Child> const* const held = map.find(key)) return *held;
