@@ -25,8 +25,8 @@ inline constexpr std::size_t largestSlabObject = 1024;
 [[nodiscard]] VELMOR_PLATFORM_API void* slabAlloc(std::size_t size);
 
 /// Frees memory that slabAlloc returned for the same `size`. Null is allowed. A slab whose last
-/// object is freed goes back to the system. For each size one empty slab is kept as a spare,
-/// against thrashing.
+/// object is freed goes back to the system; one empty slab of each size is kept as a spare, to
+/// avoid thrashing.
 VELMOR_PLATFORM_API void slabFree(void* memory, std::size_t size) noexcept;
 
 /// As slabAlloc, for an object that needs an alignment of more than 16 bytes. The memory comes from
@@ -37,9 +37,9 @@ VELMOR_PLATFORM_API void slabFree(void* memory, std::size_t size) noexcept;
 VELMOR_PLATFORM_API void slabFree(void* memory, std::size_t size,
                                   std::align_val_t alignment) noexcept;
 
-/// Memory from a slab or, when no slab has room and none can be allocated, from the system.
+/// Memory from a slab or from the system.
 struct SlabOrSystem {
-  void* memory;     ///< null when the system had none either
+  void* memory;     ///< null when neither had any left
   bool fromSystem;  ///< tells slabFreeOrSystem where to return it
 };
 /// As slabAlloc, but never throws. When no slab can be allocated, it takes this one object from the

@@ -50,8 +50,8 @@ class VELMOR_PLATFORM_API QualifierData : public Halvo::Node {
   std::variant<std::monostate, Qualifier, EthAddrQualifier, Ip6AddrQualifier> record_;
 };
 
-/// The data that hardware holds for one qualifier of an entry. Each key is a qualifier type that
-/// hardware implements the qualifier with.
+/// The data that hardware holds for one qualifier of an entry. Hardware may implement a qualifier
+/// by another type: each piece of data is kept under the type that hardware uses.
 ///
 /// Threads: as the shadow that it belongs to.
 class VELMOR_PLATFORM_API QualifierStatus : public Halvo::Node {
@@ -83,9 +83,9 @@ class VELMOR_PLATFORM_API QualifierStatus : public Halvo::Node {
 /// The shadow of one TCAM entry.
 ///
 /// Contract with readers: if getHwQualStatus(t, t) is hwQualStatusProgrammed, `qualifier` holds a
-/// QualifierStatus under t, and its `hwQualData` holds data under t. Readers do not check this. If
-/// it does not hold, the process stops on the spot. hwQualIs() fills all three places, the data
-/// first.
+/// QualifierStatus under t, and its `hwQualData` holds data under t. Readers do not check this: if
+/// it does not hold, reading stops the process on the spot. hwQualIs() fills all three places, the
+/// data first.
 ///
 /// If an allocation fails (std::bad_alloc), no key is left without a child.
 ///
@@ -115,7 +115,7 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
   U8 counterStatus() const noexcept { return counterStatus_; }
   void counterStatusIs(U8 status) noexcept { counterStatus_ = status; }
 
-  /// How far hardware has programmed `qualifier`, implemented by `hwQualifier`; hwQualStatusInvalid
+  /// How far hardware has programmed `qualifier` by means of `hwQualifier`; hwQualStatusInvalid
   /// when no status was set.
   HwQualStatus getHwQualStatus(QualifierType qualifier, QualifierType hwQualifier) const noexcept {
     if (qualifier != hwQualifier) [[unlikely]] {
@@ -151,8 +151,8 @@ class VELMOR_PLATFORM_API VelmorTcamEntryShadow : public Halvo::Node {
   void rangeCheckerDelAll() { rangeChecker_.clear(); }
   const RangeCheckerMap& rangeChecker() const noexcept { return rangeChecker_; }
 
-  /// Sets the record and the status of `type`, implemented by itself. A program needs no other call
-  /// to fill the qualifiers of a shadow.
+  /// Sets the record and the status of `type`, which hardware implements by `type` itself. A
+  /// program needs no other call to fill the qualifiers of a shadow.
   void hwQualIs(QualifierType type, const Qualifier& record,
                 HwQualStatus status = hwQualStatusProgrammed);
   void hwQualIs(QualifierType type, const EthAddrQualifier& record,

@@ -51,8 +51,8 @@ class VELMOR_PLATFORM_API MemoryTracker {
   U64 liveObjects() const noexcept { return live(allocatedObjects_, releasedObjects_); }
   U64 liveBytes() const noexcept { return live(allocatedBytes_, releasedBytes_); }
 
-  /// The list of the trackers that have counted something, newest first. Walking it is safe while
-  /// trackers enter it, but not during unlist().
+  /// The first tracker of the list, which holds all trackers that have counted something, newest
+  /// first. Walking the list is safe while trackers enter it, but not during unlist().
   static MemoryTracker* first() noexcept;
   MemoryTracker* next() const noexcept { return next_.load(std::memory_order_acquire); }
 

@@ -20,9 +20,9 @@ namespace Halvo {
 /// default it deletes the object.
 ///
 /// Threads: while ThreadControl's switch is on, any thread may take and release references. The
-/// thread that ends the object sees all that other threads did before they released theirs. While
-/// the switch is off, one thread at a time may use the references of an object. The flag word is
-/// not synchronised: it belongs to the thread that builds and destroys the object.
+/// thread that releases the last one sees all that other threads did before they released theirs.
+/// While the switch is off, one thread at a time may use the references of an object. The flag word
+/// is not synchronised: it belongs to the thread that builds and destroys the object.
 ///
 /// The virtual operations have fixed slots, in this order: destructor, lastUserGone, publisher,
 /// typeData, then the operations of derived classes.

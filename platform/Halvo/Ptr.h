@@ -121,7 +121,7 @@ template <class T, class... Args>
 }
 #pragma GCC diagnostic pop
 
-/// A Ptr to the same object as a derived class T; null when the object is not a T.
+/// Casts to a Ptr to the derived class T; null when the object is not a T.
 template <class T, class U>
 [[nodiscard]] Ptr<T> ptrCast(const Ptr<U>& ptr) noexcept {
   return Ptr<T>::share(dynamic_cast<T*>(ptr.get()));

@@ -19,9 +19,9 @@ template <class K>
 inline constexpr bool isByte = sizeof(K) == 1 && (std::is_integral_v<K> || std::is_enum_v<K>);
 
 /// Elements with keys of one byte, side by side in no order; see HashMap2018 for the guarantees.
-/// While there is no block, a single element is in the map object itself, if its value is no larger
-/// than a pointer and no tag's tracker must count it. Otherwise there is one block of slab memory:
-/// its capacity, the keys, the values. A search compares 16 keys at once.
+/// They are in one block of slab memory: its capacity, the keys, the values. While there is no
+/// block, a single element may be in the map object itself: if its value is no larger than a
+/// pointer, and no tag's tracker must count it. A search compares 16 keys at once.
 ///
 /// Each element has an index. The indices run from 0 without a gap.
 ///

@@ -18,29 +18,28 @@ namespace Zel {
 ///
 /// Invariant: each key is in the map once. The map object takes 16 bytes: room for a pointer, the
 /// number of elements and the generation. The elements are in one block of slab memory. A map that
-/// never held or reserved anything has no block. There is one exception: where keys are integers or
-/// enumerations of 8 bits, a map without a block keeps a single element in the map object itself,
-/// if its value is no larger than a pointer. Ten byte keys to pointers take 96 bytes beside the map
-/// object.
+/// never held or reserved anything has no block. There is one exception, for keys that are integers
+/// or enumerations of 8 bits: while there is no block, a single element is in the map object
+/// itself, if its value is no larger than a pointer. Ten byte keys to pointers take 96 bytes beside
+/// the map object.
 ///
 /// The order of iteration is arbitrary: it may change with every insertion and removal.
 ///
 /// How long things stay valid:
-/// - A pointer or reference to a value or key: until the next insertion, removal, clear(),
-///   assignment, move or swap, until a reserve() that makes the table grow, or until the map is
-///   destroyed.
+/// - A pointer or reference to a value or key: until an insertion, a removal, clear(), an
+///   assignment, a move, a swap, a reserve() that makes the table grow, or the end of the map.
 /// - An iterator: until a removal, clear(), an assignment, a move, a swap, or an insertion or
 ///   reserve() that makes the table grow. Then it is stale. del(iterator) returns a fresh one.
 /// - A stale iterator: key() still returns the key that it last held, and `del(iterator)` removes
 ///   the element of that key. `++` goes on behind that key in the present table or, when the key is
-///   gone, at some place in the table. The walk may then meet elements twice or not at all, since a
-///   removal may move the last element into the hole. value() and `*` must not be used.
+///   gone, at some place in the table. The walk may then visit elements twice or not at all, since
+///   a removal may move the last element into the hole. value() and `*` must not be used.
 /// - The end iterator: always. `++` leaves it at the end.
 ///
 /// No iterator may be used after its map was destroyed.
 ///
 /// generation() starts at 1. It goes up by 2 with each removal of an element, each clear() (also of
-/// an empty map), each assignment to the map, move from it and swap of it. It also goes up by 2
+/// an empty map), each assignment to the map, each move from it and each swap. It also goes up by 2
 /// when elements move and none is added: by reserve(), or by an insertion that throws. Other
 /// insertions do not change it.
 ///

@@ -15,9 +15,8 @@
 
 namespace Zel::impl {
 
-/// Spreads a hash over all 64 bits. The hash may be the key itself. Both halves of a 128-bit
-/// product are used, so that keys which differ only in their high bits are spread as well as keys
-/// which differ in their low bits.
+/// Spreads a hash over all 64 bits. The hash may be the key itself. Uses both halves of a 128-bit
+/// product: keys that differ only in high bits are spread as well as keys that differ in low bits.
 inline U64 hashMix(U64 hash) noexcept {
   __extension__ using Wide = unsigned __int128;
   Wide const product = static_cast<Wide>(hash ^ 0x9AE16A3B2F90404FU) * 0x9E3779B97F4A7C15U;

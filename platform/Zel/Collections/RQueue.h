@@ -31,7 +31,7 @@ class VELMOR_PLATFORM_API RQueueBlock {
 
   /// Stops the process unless `capacity` is a power of two.
   RQueueBlock(U32 capacity, U32 sequence, bool fromSystem) noexcept;
-  /// Stops the process while the block is linked.
+  /// Stops the process if the block is still linked.
   constexpr ~RQueueBlock() {
     if (linked()) destroyedLinked();
   }
@@ -68,9 +68,9 @@ static_assert(sizeof(RQueueBlock) == 16);
 
 /// Walks a queue from front to back: the part that does not depend on the type of the elements.
 ///
-/// It meets the elements that were in the queue when it was made. It stays valid as long as its
+/// It visits the elements that were in the queue when it was made. It stays valid as long as its
 /// current element, and those still to come, stay in the queue. Elements that are added later do it
-/// no harm; it does not meet them.
+/// no harm; it does not visit them.
 class RQueueBaseConstIter {
  public:
   /// Both must be iterators of one queue.
@@ -114,9 +114,9 @@ class RQueueBaseConstIter {
   }
 
   const char* slot_ = nullptr;
-  const char* end_ = nullptr;  // behind the last slot of this block that it will meet
+  const char* end_ = nullptr;  // behind the last slot of this block that it will visit
   const RQueueBlock* block_ = nullptr;
-  U32 behind_ = 0;  // elements that it will meet in the following blocks
+  U32 behind_ = 0;  // elements that it will visit in the following blocks
 };
 
 /// The part of a queue that does not depend on the type of the elements: the ring of blocks.
@@ -200,7 +200,7 @@ class VELMOR_PLATFORM_API RQueueBase {
   RQueueBlock* head_ = const_cast<RQueueBlock*>(&noBlock_);
   RQueueBlock* tail_ = nullptr;
   // The state of the head at which deq() must look closer. All elements before its first index are
-  // in the head block, and none of them is in the last slot: they can be taken without a look at
+  // in the head block, but none is in the last slot. So deq() can take them without a look at
   // anything else. 0 while there is no block.
   U32 frontStop_ = 0;
   // The index of the tail's first slot that was never filled, and the tail's capacity. While there

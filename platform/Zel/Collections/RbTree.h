@@ -51,10 +51,10 @@ struct RbTreeOrder {
     }
   }
 };
-/// Strings: the hint is eight of their bytes. If all keys of a tree begin with the same bytes, the
-/// hint is the first eight bytes behind that common beginning; otherwise it is the first eight
-/// bytes. Another order gets the same if its hints are not exact, it compares bytes from the first
-/// one on, and it has hintSize, hintBehind, commonSize and orderBehind.
+/// Strings: the hint is the first eight bytes. If all keys of a tree begin with the same bytes, the
+/// hint is the first eight bytes behind that common beginning. Another order gets the same if its
+/// hints are not exact, it compares bytes from the first one on, and it has hintSize, hintBehind,
+/// commonSize and orderBehind.
 template <>
 struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
   static constexpr bool exact = false;
@@ -92,8 +92,7 @@ struct RbTreeOrder<Halvo::String, std::less<Halvo::String>> {
       int const order = std::memcmp(a.data() + known, b.data() + known, shorter - known);
       if (order != 0) return order;
     }
-    // All bytes of the shorter text are equal to those of the longer one: the longer text is
-    // greater.
+    // The shorter text is the beginning of the longer one: the longer one is greater.
     return static_cast<int>(a.size() > b.size()) - static_cast<int>(a.size() < b.size());
   }
 
@@ -182,11 +181,11 @@ class VELMOR_PLATFORM_API RbTree {
   U32 generation() const noexcept { return generation_; }
   U32 version() const noexcept { return version_; }
   void generationAdvance() noexcept { generation_ += 2; }
-  /// How many bytes at the beginning of every key the hints leave out.
+  /// The number of bytes that the hints leave out at the beginning of every key.
   U32 skip() const noexcept { return skip_; }
   /// Any one of the elements. The tree must not be empty.
   void* anyElement() const noexcept;
-  /// Computes the hint of every element anew.
+  /// Computes the hints of all elements again.
   void rehint(U32 skip, U64 (*hintOf)(const void*, U32)) noexcept;
   /// Whether to look, after an insertion, for a longer common beginning of the keys. True only at
   /// few sizes, and never again once the hints have changed too often.
@@ -205,9 +204,9 @@ class VELMOR_PLATFORM_API RbTree {
   Position last() const noexcept;
   /// The position of the element of the key; a null leaf when there is none.
   Position positionOf(const RbTreeProbe& probe) const noexcept;
-  /// The first element that is not less than the key.
+  /// The position of the first element that is not less than the key.
   Position lowerBound(const RbTreeProbe& probe) const noexcept;
-  /// The first element that is greater than the key.
+  /// The position of the first element that is greater than the key.
   Position upperBound(const RbTreeProbe& probe) const noexcept;
 
   /// The element of the key, or null. Sets `path` to its place, or to the place where an element of

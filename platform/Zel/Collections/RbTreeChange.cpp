@@ -26,7 +26,7 @@ class Spare {
       throw;
     }
   }
-  // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): as many as were reserved
+  // NOLINTNEXTLINE(clang-analyzer-core.uninitialized.UndefReturn): a split reserves enough
   Inner* takeInner() noexcept { return inner_[--inners_]; }
   Leaf* leaf;
 
@@ -75,7 +75,7 @@ void RbTree::insertAt(Path& path, U64 hint, void* element) {
       ++version_;
       return;
     }
-    // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): the leaf is not of the largest room
+    // NOLINTNEXTLINE(clang-analyzer-core.CallAndMessage): the leaf has room to grow
     Leaf* const larger = leafNew(*std::upper_bound(leafRooms, std::end(leafRooms), leaf->count));
     copy(leaf->hints(), leaf->count, larger->hints());
     copy(leaf->elements(), leaf->count, larger->elements());

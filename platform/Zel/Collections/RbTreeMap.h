@@ -58,7 +58,7 @@ class RbTreeOf {
   /// - Otherwise it removes the element of the key that the iterator last held. This holds even if
   ///   that element was removed and added again, or if the iterator has since gone to the end.
   ///
-  /// After that, `++` takes the iterator to the element behind.
+  /// Afterwards, `++` moves the iterator to the next element.
   ///
   /// The iterator must belong to this collection. Where debugging is on, an iterator of another
   /// collection stops the process (assertion "at.owner == this").
@@ -472,9 +472,10 @@ struct RbTreeSetElement {
 /// value stays valid until its element is removed, whatever else is added or removed. The map
 /// object takes 32 bytes. An empty map allocates nothing.
 ///
-/// An iterator survives every change of the map. key() and value() work as long as its own element
-/// is in the map; key() often longer, see there. `++` always goes to the first element behind the
-/// key that the iterator last held. del() says which element it removes. There are two limits:
+/// An iterator survives every change of the map. value() may be used as long as the element of the
+/// iterator is in the map; key() says how long it may be used. `++` always goes to the first
+/// element behind the key that the iterator last held. del() says which element it removes. There
+/// are two limits:
 /// - A const_iterator in a map whose hints are not exact (see RbTreeOrder) goes to the end at the
 ///   first `++` after an element was removed.
 /// - No iterator may be used after its map was moved from, swapped or destroyed.

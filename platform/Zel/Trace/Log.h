@@ -125,9 +125,9 @@ using LogSink = void (*)(const LogRecord& record, void* context);
 class VELMOR_PLATFORM_API LogHandle {
  public:
   /// Keeps a reference to `descriptor`. The other arguments limit the rate, as LogLimiter
-  /// describes: at most 1 + `burst` messages in `interval`, which grows by the factor `growth` as
-  /// long as messages are held back; at most `limit` messages in all. `(descriptor,
-  /// Halvo::Duration(), 1.0, 0, 0)` has no limit.
+  /// describes. In `interval`, at most 1 + `burst` messages pass. As long as messages are held
+  /// back, `interval` grows by the factor `growth`. In all, at most `limit` messages pass.
+  /// `(descriptor, Halvo::Duration(), 1.0, 0, 0)` has no limit.
   LogHandle(const LogDescriptor& descriptor, Halvo::Duration interval, double growth, int burst,
             int limit) noexcept;
   LogHandle(const LogHandle&) = delete;

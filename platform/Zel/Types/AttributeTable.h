@@ -552,7 +552,7 @@ constexpr ValueOperations valueOperations(
 
 }  // namespace Zel
 
-// NOLINTBEGIN(bugprone-macro-parentheses): an attribute's name takes none
+// NOLINTBEGIN(bugprone-macro-parentheses): a name takes no parentheses
 #define ZEL_READER_(NAME) [](const Class& o) -> decltype(auto) { return o.NAME(); }
 #define ZEL_KEYED_(TYPE, NAME) [](TYPE& o, const auto& k) { return o.NAME(k); }
 #define ZEL_CHANGE_(NAME) [](Class& o) { return o.NAME(); }

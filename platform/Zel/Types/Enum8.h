@@ -78,7 +78,7 @@ VELMOR_PLATFORM_API Halvo::String enum8StringValue(const TypeDescriptor& type, U
 ///                                                   throws ParseError
 ///
 /// and its descriptor, which Zel::typeOf<E>() returns.
-// NOLINTBEGIN(bugprone-macro-parentheses): a type and an attribute take none
+// NOLINTBEGIN(bugprone-macro-parentheses): types and attributes take no parentheses
 #define ZEL_DECLARE_ENUM8(EXPORT, E)                                      \
   EXPORT E E##Instance(::Zel::U32 number);                                \
   EXPORT E E##Instance(const ::Halvo::String& name);                      \

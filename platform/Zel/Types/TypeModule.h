@@ -99,7 +99,7 @@ const TypeDescriptor& typeOf() noexcept {
 struct TypeModule {
   const char* name;
   std::span<const TypeDescriptor* const> types;
-  /// Trackers that belong to no type: those of the elements of collections.
+  /// Trackers that belong to no type: they count the elements of collections.
   std::span<AllocationTracker* const> trackers = {};
 };
 

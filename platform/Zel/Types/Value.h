@@ -22,11 +22,11 @@ class Value;
 
 /// Walks the elements of a collection in the order of the collection. Keeps the object that owns
 /// the collection alive. The collection may change during the walk:
-/// - Elements that were removed are not met.
-/// - An element that is added behind the cursor is met in an ordered collection. In a hash map it
-///   may or may not be met. In a queue it is not met.
-/// - In a hash map, a change may cause elements that stay to be missed or met twice. Removing the
-///   element that was just met causes neither.
+/// - Elements that were removed are not visited.
+/// - An element that is added behind the cursor is visited in an ordered collection. In a hash map
+///   it may or may not be visited. In a queue it is not visited.
+/// - In a hash map, a change may cause elements that stay to be missed or visited twice. Removing
+///   the element that was just visited causes neither.
 ///
 /// Threads: as the collection.
 class VELMOR_PLATFORM_API Cursor : public Halvo::Node {
@@ -46,12 +46,16 @@ class VELMOR_PLATFORM_API Cursor : public Halvo::Node {
   bool elementsAreConst_ = false;
 };
 
-/// A value of any type that an attribute can have, with its type.
+/// A value of any type that an attribute can have, together with its type.
 ///
-/// Invariant: kind() tells what is held: nothing; a bool; an integer of exactly that width; a
-/// string; a value of an 8-bit enumeration, with the descriptor of the enumeration; a record, which
-/// is a copy of a value of a described value type; a counted pointer to a node, which may be null;
-/// a cursor.
+/// Invariant: kind() tells what is held:
+/// - nothing;
+/// - a bool, or an integer of exactly that width;
+/// - a string;
+/// - a value of an 8-bit enumeration, with the descriptor of the enumeration;
+/// - a record: a copy of a value of a described value type;
+/// - a counted pointer to a node, which may be null;
+/// - a cursor.
 ///
 /// A Value takes its kind from the type of the C++ value, without conversion: Value(U32{7}) is not
 /// a U64. A record of up to 80 bytes is stored in place.
@@ -88,7 +92,7 @@ class VELMOR_PLATFORM_API Value {
   /// T is bool, an integer of a fixed width, Halvo::String, a described enumeration, a described
   /// value type, or a Halvo::Ptr to a node.
   template <class T>
-  // NOLINTNEXTLINE(bugprone-forwarding-reference-overload): not of a Value
+  // NOLINTNEXTLINE(bugprone-forwarding-reference-overload): not for a Value
   requires(!std::same_as<std::remove_cvref_t<T>, Value>) Value(T&& value) {
     put(std::forward<T>(value));
   }
@@ -119,7 +123,7 @@ class VELMOR_PLATFORM_API Value {
       clear();
       put(number);
     } else if constexpr (kind == Kind::string) {
-      // A Value often takes one attribute after the other: assign to the string that is there.
+      // One Value often reads many attributes, one after the other: reuse the string that it holds.
       if (kind_ == Kind::string) {
         string() = std::forward<T>(value);
       } else {
