@@ -1,6 +1,6 @@
 #include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
 
-#include <iostream>  // the streams live before the table does
+#include <iostream>  // constructs the streams before the table
 #include <map>
 #include <utility>
 
@@ -10,7 +10,7 @@ namespace VelmorTcam {
 
 namespace {
 
-// The blanks are part of the layout that the rows stand under.
+// The blanks are part of the layout: scripts know the columns.
 constexpr const char* ipHeader =
     "Id        | Seq   | Proto | Src IP        | Src Mask      | Src Port  | VlanId | VlanMask "
     "|Hits\n"
@@ -31,7 +31,7 @@ std::map<CliHeaderType, Halvo::String> cliHeaderMap;
 
 void initializeCliHeaders() {
   if (!cliHeaderMap.empty()) return;
-  // Whole or not at all: once it holds anything, the table is not filled again.
+  // Filled all at once: a table that holds anything is not filled again.
   std::map<CliHeaderType, Halvo::String> headers;
   headers.emplace(cliHeaderTypeIp, ipHeader);
   headers.emplace(cliHeaderTypeIp6, ip6Header);

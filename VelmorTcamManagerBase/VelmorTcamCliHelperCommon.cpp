@@ -14,7 +14,7 @@ constexpr U8 protocolTcp = 6;
 constexpr U8 protocolUdp = 17;
 constexpr U8 protocolIcmp6 = 58;
 
-// What tells the source port's cell from the destination port's.
+// The differences between the source port's cell and the destination port's.
 struct PortCell {
   QualifierType type;
   RangeCheckerType rangeChecker;
@@ -25,14 +25,14 @@ constexpr PortCell srcPortCell{qualifierL4SrcPort, rangeCheckerL4SrcPort,
 constexpr PortCell dstPortCell{qualifierL4DstPort, rangeCheckerL4DstPort,
                                assertions::l4DstPortRecord};
 
-/// Whether the port qualifiers may carry ICMP. The source port whatever the port in question is: a
-/// code is shown only beside its type.
+/// Whether the port qualifiers may carry an ICMP type and code. Asks for the source port in either
+/// case: a code is shown only beside its type.
 bool hasIcmp(const VelmorTcamEntryShadow::PtrConst& entryShadow) {
   return isProgrammed(entryShadow, qualifierIpProtocol) &&
          isProgrammed(entryShadow, qualifierL4SrcPort);
 }
 
-/// What `port`, the record of `portType`, carries of ICMP.
+/// The ICMP type or code in `port`, the record of `portType`. See getQualifierL4PortIfIcmp.
 U16 icmpOf(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType portType,
            const ValueAndMask& port, bool& isIcmp) {
   ValueAndMask const protocol =
@@ -118,7 +118,7 @@ Halvo::String EntryRequestCliFormat::formatQualifierL4DstPort(const PtrConst& en
 }
 
 Halvo::String EntryRequestCliFormat::formatQualifierTcpControl(const PtrConst& entryShadow) const {
-  // Blank when absent, unlike its neighbours' "*".
+  // Blank when absent; the neighbouring cells show "*".
   if (!isProgrammed(entryShadow, qualifierTcpControl)) return Zel::_fmt(" %-6s|", "");
   ValueAndMask const qual = hwQual(entryShadow, qualifierTcpControl, assertions::tcpControlRecord);
   U16 const flags = Trelix::NetU16(static_cast<U16>(qual.value)).value();
@@ -132,7 +132,7 @@ Halvo::String EntryRequestCliFormat::formatQualifierTcpControl(const PtrConst& e
 Halvo::String EntryRequestCliFormat::formatQualifierIpLength(const PtrConst& entryShadow,
                                                              const Halvo::String& format) const {
   Zel::assertThat(!format.empty(), assertions::formatQualifierIpLength);
-  // The range's cell keeps its bar inside the caller's cell: scripts know the two bars.
+  // The range cell keeps its bar inside the caller's cell. Scripts rely on the two bars.
   Halvo::String range = formatQualifierRangeCheck(entryShadow, rangeCheckerIpLength);
   if (range.empty()) range = "*";
   return Zel::_fmt(Zel::runtimeFormat(format), range);

@@ -10,7 +10,7 @@ Halvo::String VelmorTcamCliFormat::formatEntryRequest(const RequestKey&, const R
                                                       const Halvo::String& description,
                                                       const PtrConst& entryShadow, U64 hits) const {
   VELMOR_TCAM_TRACE(675, "formatEntryRequest", "formatEntryRequest");
-  // This line names an entry by the low half of its id; the access lists' rows print it whole.
+  // This line shows the low 32 bits of the id; the rows of access lists show all 64.
   U32 const id = static_cast<U32>(entryShadow->shadowId());
   return Zel::_fmt(displayStrings::entryInfoFmt, id, Zel::_fmt("%12lu", hits), description);
 }

@@ -14,24 +14,24 @@ namespace VelmorTcam {
 
 namespace {
 
-// The address comes from `first` or, where that is not programmed, from `fallback`.
+// Shows the address of `first` or, if that is not programmed, the address of `fallback`.
 Halvo::String formatIp6(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType first,
                         QualifierType fallback) {
   Ip6AddrQualifier qual;
   for (QualifierType const type : {first, fallback}) {
     if (!isProgrammed(entryShadow, type)) continue;
-    // A record that was never given reads as all zero here, and shows as any address.
+    // A record that was never set reads as zero, and so shows as any address.
     qual = hwRecord<&QualifierData::ip6Qual>(entryShadow, type);
     break;
   }
   U8 const length = Trelix::ip6AddrToPrefixLen(qual.mask());
   if (length == 0) return Zel::_fmt("%39s|%13s|", "*", "*");
-  // Straight into the cell: a string in between would be one more copy that waits for the store
-  // buffer.
+  // Write the address straight into the cell. A string in between would be one more copy that waits
+  // for the store buffer.
   char address[Trelix::Ip6Addr::maxTextSize];
   std::string_view const addressText(address, qual.address().write(address));
   if (length == 128) return Zel::_fmt("%39s|%13s|", addressText, "*");
-  char prefix[24];  // more than a length takes: short texts are moved as words
+  char prefix[24];  // larger than a length: short texts are moved as words
   const char* const prefixEnd = std::to_chars(prefix, prefix + sizeof prefix, length).ptr;
   return Zel::_fmt("%39s|%13s|", addressText, std::string_view(prefix, prefixEnd));
 }
@@ -45,7 +45,7 @@ Halvo::String Ip6EntryRequestCliFormat::formatEntryRequest(const RequestKey&, co
   VELMOR_TCAM_TRACE(562, "formatEntryRequest", "formatEntryRequest");
   Halvo::String const first[] = {
       Zel::_fmt("%-5lu|", entryShadow->shadowId()),
-      // Bound to this class: a subclass that changes the cell does not change this row.
+      // Not a virtual call: a subclass that changes the cell does not change this row.
       Ip6EntryRequestCliFormat::formatSequenceNum(ruleId.sequenceNum()),
       formatQualifierIpProtocol(entryShadow),
       formatQualifierSrcIp6(entryShadow),
@@ -54,7 +54,7 @@ Halvo::String Ip6EntryRequestCliFormat::formatEntryRequest(const RequestKey&, co
       formatHits(entryShadow, hits),
   };
   // From the second cell on, the second and third lines stand one column to the right of the
-  // header; scripts know them so.
+  // header. Scripts rely on it.
   Halvo::String const second[] = {
       Zel::_fmt("%5s|%10s|", "", ""),     formatQualifierTcpControl(entryShadow),
       formatQualifierDstIp6(entryShadow), formatQualifierL4DstPort(entryShadow),

@@ -1,4 +1,4 @@
-// The MAC table's own cells. They carry no width: the row that lines them up is a subclass's.
+// The MAC table's own cells. They have no width: a subclass supplies the row and its widths.
 #include "VelmorTcamManagerBase/VelmorTcamCliHelperReading.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesAssertions.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
@@ -23,7 +23,7 @@ Halvo::String MacEntryRequestCliFormat::formatQualifierMacAddr(
 
 Halvo::String MacEntryRequestCliFormat::formatQualifierEtherType(
     const PtrConst& entryShadow) const {
-  // Absent is blank, any type is "*", and the mask is never shown.
+  // Blank when absent, "*" for any type. The mask is never shown.
   Halvo::String text;
   if (isProgrammed(entryShadow, qualifierEtherType)) {
     ValueAndMask const qual = hwQual(entryShadow, qualifierEtherType, assertions::etherTypeRecord);

@@ -1,4 +1,4 @@
-// The one path by which every cell reads a shadow: status, two lookups, copy.
+// How every cell reads a shadow: the status, two lookups, a copy.
 #pragma once
 
 #include "VelmorTcamEntryShadow.h"
@@ -10,9 +10,9 @@ inline bool isProgrammed(const VelmorTcamEntryShadow::PtrConst& entryShadow, Qua
   return entryShadow->getHwQualStatus(type, type) == hwQualStatusProgrammed;
 }
 
-/// The record that `accessor` reads of a programmed qualifier. The lookups are not tested: the
-/// shadow guarantees them once the status says programmed, and a broken guarantee is to stop the
-/// process on the spot.
+/// Reads the record of a programmed qualifier with `accessor`. The two lookups are not checked: the
+/// shadow guarantees the data once the status says programmed. If a shadow breaks that guarantee,
+/// the process stops on the spot.
 template <auto accessor>
 [[gnu::always_inline]] inline auto hwRecord(const VelmorTcamEntryShadow::PtrConst& entryShadow,
                                             QualifierType type) {
@@ -21,13 +21,14 @@ template <auto accessor>
   return ((*qualData).*accessor)();
 }
 
-/// What a qualifier that takes numbers matches on.
+/// The value and mask of a qualifier that matches on a number.
 struct ValueAndMask {
   U32 value;
   U32 mask;
 };
 
-/// The words of a programmed qualifier; `unset` is the assertion that its record is set.
+/// Reads the value and mask of a programmed qualifier. Stops the process with `unset` if the record
+/// is not set.
 inline ValueAndMask hwQual(const VelmorTcamEntryShadow::PtrConst& entryShadow, QualifierType type,
                            const Zel::AssertionSite& unset) {
   Qualifier const record = hwRecord<&QualifierData::qual>(entryShadow, type);

@@ -1,4 +1,4 @@
-// From cells to a row.
+// Joins cells to a row.
 #pragma once
 
 #include <cstddef>
@@ -8,11 +8,11 @@
 
 namespace VelmorTcam {
 
-/// The cells of each line, one after the other, with a line break behind each line. The row's text
-/// is the only allocation.
+/// Joins the cells of each line and ends each line with a line feed. Allocates once, for the row's
+/// text.
 ///
-/// The cells of a row are all built before the first is copied: a copy right behind the writing of
-/// a cell would wait for the store buffer.
+/// The caller makes all cells before this copies the first one. A copy right after the cell was
+/// written would wait for the store buffer.
 template <std::size_t... counts>
 Halvo::String joinLines(const Halvo::String (&... lines)[counts]) {
   constexpr std::size_t most = Halvo::String::inlineCapacity;
@@ -29,7 +29,7 @@ Halvo::String joinLines(const Halvo::String (&... lines)[counts]) {
     for (const Halvo::String& cell : line) {
       std::size_t const cellSize = cell.size();
       if (cellSize <= most && static_cast<std::size_t>(end - at) >= most) [[likely]] {
-        // A move of fixed size: what it carries too far is written over by what follows.
+        // A copy of fixed size is faster. The next cell overwrites the bytes that are too many.
         std::memcpy(at, cell.data(), most);
       } else {
         std::memcpy(at, cell.data(), cellSize);

@@ -1,5 +1,5 @@
-// The type module: what it does as the library is loaded, and the agent's log messages.
-#include <iostream>  // the streams live before the handles do
+// The type module: its registration when the library is loaded, and the agent's log messages.
+#include <iostream>  // constructs the streams before the handles
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesDescriptors.h"
 #include "Zel/Trace/Log.h"
@@ -9,8 +9,9 @@ namespace VelmorTcam {
 
 namespace {
 
-// The agent's log messages. Nothing in this library emits them: the platform's log tooling finds
-// them in the library's file, and the agent takes a handle. Each format takes the agent's name.
+// The agent's log messages. The platform's log tooling finds them in the library's file, and the
+// agent logs them through their handles. This library logs neither. The argument of each format is
+// the agent's name.
 ZEL_LOG_DESCRIPTORS(
     logDescriptors,
     {"VELMOR_UNEXPECTED_RESTART", "Unexpected restart of Velmor agent %s occurred",
@@ -22,7 +23,7 @@ ZEL_LOG_DESCRIPTORS(
 constexpr const Zel::LogDescriptor& unexpectedRestart = logDescriptors[0];
 constexpr const Zel::LogDescriptor& configChange = logDescriptors[1];
 
-// What runs at load, in this order: the module becomes known, then the two log handles are made.
+// These run at load, in this order: the module becomes known, then the two log handles are made.
 Halvo::ModuleInspectData inspectData{cliTypesModule};
 [[maybe_unused]] bool const isLoaded = (inspectData.loaded(), true);
 Zel::LogHandle configChangeLog(configChange, Halvo::Duration(0), 1.0, 0, 0);

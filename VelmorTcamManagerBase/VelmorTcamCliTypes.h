@@ -1,6 +1,6 @@
-// Every class, enumeration and value type of the module: what a CLI includes.
+// Includes every class, enumeration and value type of the module. A CLI includes this file.
 //
-// Threads: each part says for itself.
+// Threads: see each included file.
 #pragma once
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesDisplayStrings.h"

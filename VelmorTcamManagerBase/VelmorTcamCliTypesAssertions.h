@@ -1,5 +1,5 @@
-// What every assertion of the library says. Log scrapers match on these texts and numbers, so they
-// are data and do not move with the code.
+// The texts and line numbers of the library's assertions. Log scrapers match on them, so they are
+// data: they stay the same when code moves.
 #pragma once
 
 #include "Zel/Base/Assert.h"
@@ -60,7 +60,7 @@ inline constexpr Zel::AssertionSite etherTypeRecord{
     "virtual Zel::String VelmorTcam::MacEntryRequestCliFormat::formatQualifierEtherType("
     "const PtrConst&) const"};
 
-// The records that the other cells read.
+// A cell's record that is not set.
 #define VELMOR_CELL_RECORD(SITE, CLASS, OPERATION)                                        \
   inline constexpr Zel::AssertionSite SITE {                                              \
     qualIsSet, typesSource, 0,                                                            \

@@ -1,4 +1,4 @@
-// The collections that the usage model's classes are made of.
+// The collections of the usage tree and the summary.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +14,9 @@
 #include "Zel/Collections/HashMap2018.h"
 #include "Zel/Collections/RbTreeMap.h"
 
-/// Declares, in the body of a class, what the elements of one of its collections are counted under.
-/// The class defines `TAG::memAllocationTracker_` in its source file.
+/// Declares, in the body of a class, a tag for one of its collections. The memory of the
+/// collection's elements is counted under the tag. The class's source file defines
+/// `TAG::memAllocationTracker_`.
 #define VELMOR_COLLECTION_TAG(TAG)                         \
   struct VELMOR_TCAM_API TAG {                             \
     static ::Zel::AllocationTracker memAllocationTracker_; \
@@ -23,20 +24,25 @@
 
 namespace VelmorTcam {
 
-/// The children of one node in ascending order of their keys.
+/// The children of one node, in ascending order of their keys.
 ///
-/// Invariant: each child stands once, under the key that it was made with. Anybody may look; only
-/// `Owner`, through its own operations, changes it.
+/// Invariant: each child is in the map once, under the key that it was made with. Anyone may read
+/// the map; only `Owner` changes it, through its own operations.
 ///
-/// The generation starts at 1 and goes up by 2 with each child removed and each delete-all; adding
-/// leaves it alone. An iterator withstands every change: `++` goes to the first child behind the
-/// key that it last held, and a removal by iterator goes by that key once another removal came
-/// between. value() and `*` are for as long as the iterator's own child is in the collection; key()
-/// is for as long as the iterator lives. A removal by another collection's iterator stops the
-/// process where debugging is on (assertion "at.owner == this"), and means nothing elsewhere.
+/// The generation starts at 1. It rises by 2 with each child removed and with each delete-all.
+/// Adding a child does not change it.
 ///
-/// Threads: one at a time; any number may read while nobody changes, and while
-/// Halvo::ThreadControl's switch is on: get() moves reference counts.
+/// An iterator survives every change of the map:
+/// - `++` goes to the first child behind the key that the iterator last held.
+/// - A removal by iterator removes the child under it. If another child was removed in between, it
+///   goes by the key that the iterator last held.
+/// - key() is valid as long as the iterator lives. value() and `*` are valid as long as the
+///   iterator's own child is in the map.
+/// - Another map's iterator must not be used for a removal. Where debugging is on (no NDEBUG), it
+///   stops the process (assertion "at.owner == this"). Elsewhere the removal has no defined result.
+///
+/// Threads: one thread at a time. Any number of threads may read a map that nobody changes, while
+/// Halvo::ThreadControl's switch is on: get() changes reference counts.
 template <class Owner, class K, class Child, class Tag>
 class ChildMap {
   using Map = Zel::RbTreeMap<K, Halvo::Ptr<Child>, Tag>;
@@ -44,13 +50,14 @@ class ChildMap {
  public:
   using Key = K;
   using ChildType = Child;
-  /// A child as a walk meets it. A key that is a number comes by value; a text is the child's own.
+  /// A child and its key, as an iterator gives them. A number is copied. A text is referred to in
+  /// place and is valid as long as the child is in the map.
   struct Item {
     std::conditional_t<Zel::impl::isNumberKey<K>, K, const K&> key;
     const Halvo::Ptr<Child>& value;
   };
 
-  /// Stands at a child, or at the end. It gives no way to put another child in a child's place.
+  /// Stands at a child or at the end. It cannot replace the child.
   class iterator {
    public:
     using iterator_category = std::input_iterator_tag;
@@ -60,7 +67,8 @@ class ChildMap {
     using pointer = void;
 
     iterator() noexcept = default;
-    /// The key that the iterator last held, a copy of its own: it outlives the child.
+    /// The key that the iterator last held. The iterator has its own copy, which outlives the
+    /// child.
     decltype(auto) key() const noexcept { return at_.key(); }
     const Halvo::Ptr<Child>& value() const noexcept { return at_.value(); }
     Item operator*() const noexcept {
@@ -90,15 +98,15 @@ class ChildMap {
   Halvo::U32 size() const noexcept { return map_.size(); }
   bool empty() const noexcept { return map_.empty(); }
   Halvo::U32 generation() const noexcept { return map_.generation(); }
-  /// The child of the key; null when there is none.
+  /// The child with this key, or null.
   Halvo::Ptr<Child> get(const K& key) const { return map_.get(key); }
-  /// As get: never makes a child.
+  /// Same as get(): never makes a child.
   Halvo::Ptr<Child> operator[](const K& key) const { return map_.get(key); }
   bool has(const K& key) const noexcept { return map_.has(key); }
 
   iterator begin() const { return iterator(map_.begin()); }
   iterator end() const noexcept { return iterator(map_.end()); }
-  /// At the key; end() when it is not there.
+  /// The iterator at this key, or end().
   iterator at(const K& key) const { return iterator(map_.at(key)); }
 
  private:
@@ -113,16 +121,16 @@ class ChildMap {
   Halvo::Ptr<Child> childDel(const iterator& at) { return map_.take(at.at_); }
   void childDelAll() noexcept { map_.clear(); }
 
-  // An iterator of a constant collection can be handed to the owner for a removal.
+  // Mutable: the owner accepts an iterator of a constant map for a removal.
   mutable Map map_;
 };
 
-/// The children of one node in no order, for keys of 8 bits.
+/// The children of one node, in no particular order, for keys of 8 bits.
 ///
-/// Invariant and rules as ChildMap's; iterators are the hash map's constant ones, which a change
-/// may make stale.
+/// Same invariant and rules as ChildMap, except for the iterators: they are the constant iterators
+/// of Zel::HashMap2018, and a change may make them stale.
 ///
-/// Threads: as ChildMap.
+/// Threads: same as ChildMap.
 template <class Owner, class K, class Child, class Tag>
 class ChildHashMap {
   using Map = Zel::HashMap2018<K, Halvo::Ptr<Child>, std::hash<K>, Tag>;
@@ -140,9 +148,9 @@ class ChildHashMap {
   Halvo::U32 size() const noexcept { return map_.size(); }
   bool empty() const noexcept { return map_.empty(); }
   Halvo::U32 generation() const noexcept { return map_.generation(); }
-  /// The child of the key; null when there is none.
+  /// The child with this key, or null.
   Halvo::Ptr<Child> get(const K& key) const { return map_.get(key); }
-  /// As get: never makes a child.
+  /// Same as get(): never makes a child.
   Halvo::Ptr<Child> operator[](const K& key) const { return map_.get(key); }
   bool has(const K& key) const noexcept { return map_.has(key); }
   iterator begin() const { return map_.begin(); }
@@ -165,12 +173,15 @@ class ChildHashMap {
 
 /// The ordered set of records of one node.
 ///
-/// Invariant: no two records are equal. Two generations, both odd and both from 1, go up by 2 with
-/// each record removed and each delete-all, that of an empty set also. Iterators as ChildMap's, but
-/// that a removal by one whose generation is not the set's goes by its key at the end also. Only
-/// `Owner` changes it.
+/// Invariant: no two records are equal. Only `Owner` changes the set.
 ///
-/// Threads: as ChildMap.
+/// The set has two generations. Both start at 1 and stay odd: both rise by 2 with each record
+/// removed and with each delete-all, also of an empty set.
+///
+/// Iterators behave as ChildMap's, with one difference. If the iterator's generation is not the
+/// set's, a removal goes by the key that it last held even when the iterator is at the end.
+///
+/// Threads: same as ChildMap.
 template <class Owner, class Record, class Tag>
 class RecordSet {
   using Set = Zel::RbTreeSet<Record, Tag>;
@@ -182,20 +193,20 @@ class RecordSet {
 
   Halvo::U32 size() const noexcept { return set_.size(); }
   bool empty() const noexcept { return set_.empty(); }
-  /// What the iterators' own generation is compared with.
+  /// Compare an iterator's generation() with this one.
   Halvo::U32 generation() const noexcept { return set_.generation(); }
-  /// For those who keep a view of the set: while it stays the same, nothing has been removed.
+  /// For a caller that keeps a view of the set: while it is unchanged, nothing has been removed.
   Halvo::U32 removalGeneration() const noexcept { return removalGeneration_; }
   bool has(const Record& record) const noexcept { return set_.has(record); }
-  /// The record that is equal to `record`, null when there is none.
+  /// The record equal to `record`, or null.
   const Record* find(const Record& record) const noexcept { return set_.find(record); }
 
   iterator begin() const { return set_.begin(); }
   iterator end() const noexcept { return set_.end(); }
-  /// At the equal record; end() when there is none.
+  /// The iterator at the record equal to `record`, or end().
   iterator at(const Record& record) const { return set_.at(record); }
-  /// Bytes that the records and the structure around them take, their strings' own memory not
-  /// counted.
+  /// Bytes of the records and of the tree around them, without the memory that the records' strings
+  /// own.
   std::size_t memoryBytes() const noexcept { return set_.memoryBytes(); }
 
  private:
@@ -215,7 +226,7 @@ class RecordSet {
     return isRemoved;
   }
 
-  // An iterator of a constant set can be handed to the owner for a removal.
+  // Mutable: the owner accepts an iterator of a constant set for a removal.
   mutable Set set_;
   Halvo::U32 removalGeneration_ = 1;
 };

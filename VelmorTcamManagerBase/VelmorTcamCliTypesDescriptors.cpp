@@ -1,4 +1,4 @@
-// The module's types: the tables of the enumerations, classes and value types, and their list.
+// The module's tables of enumerations, classes and value types, and the list of its types.
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesDescriptors.h"
 
 #include <array>

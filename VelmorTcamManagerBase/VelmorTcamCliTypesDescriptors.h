@@ -5,7 +5,8 @@
 
 namespace VelmorTcam {
 
-/// The enumerations, CliHeaderType and CliOutputType, then the classes and value types.
+/// The types, in this order: the enumerations CliHeaderType and CliOutputType, then the classes and
+/// value types.
 extern const Zel::TypeModule cliTypesModule;
 
 }  // namespace VelmorTcam

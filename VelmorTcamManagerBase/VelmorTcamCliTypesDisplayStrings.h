@@ -1,4 +1,4 @@
-// The texts of the usage display, which the generic formatter shares.
+// The formats of the usage display. VelmorTcamCliFormat uses the same ones.
 //
 // Threads: constants; safe from any thread.
 #pragma once
@@ -10,12 +10,15 @@ namespace VelmorTcam::displayStrings {
 
 inline constexpr char stageHeaderFmt[] = "Stage %s";    ///< the stage's name
 inline constexpr char pipeHeaderFmt[] = " in PIPE %d";  ///< the pipe's number
-/// Group, pipeHeaderFmt's text or none, entries used, "entry" or "entries", entries available:
+/// Arguments: the group's number, the text of pipeHeaderFmt or "", used entries, "entry" or
+/// "entries", available entries.
+///
 ///     Zel::_fmt(groupInfoFmt, 7, Zel::_fmt(pipeHeaderFmt, 0), 2, "entries", 100)
 inline constexpr char groupInfoFmt[] = "TCAM group %d%s uses %d %s and can use up to %d more.\n";
-/// The feature's name, its entries.
+/// Arguments: the feature's name, the number of its entries.
 inline constexpr char requestHeaderFmt[] = "  %s uses %d entries.\n";
-/// Id, hits as a text of 12 columns, description:
+/// Arguments: the entry's id, its hits as a text of 12 columns, its description.
+///
 ///     Zel::_fmt(entryInfoFmt, id, Zel::_fmt("%12lu", hits), description)
 inline constexpr char entryInfoFmt[] = "    0x%08x %s hits - %s\n";
 
@@ -23,13 +26,14 @@ inline constexpr char entryInfoFmt[] = "    0x%08x %s hits - %s\n";
 
 namespace VelmorTcam {
 
-/// The display's texts as a value: format strings for Zel::_fmt, always the same.
+/// The same formats as a value type, for reflection. They never change.
 ///
-/// No state; all values are equal. The constants above let the compiler check a format.
+/// The class has no state, so all values are equal. Prefer the constants above: with them the
+/// compiler checks a format against its arguments.
 class CliDisplayStrings {
  public:
   constexpr CliDisplayStrings() noexcept = default;
-  /// The text form has no content: reads nothing.
+  /// Reads nothing: the text form is empty.
   constexpr explicit CliDisplayStrings(Zel::CharRange&) noexcept {}
 
   Halvo::String stageHeaderFmt() const { return displayStrings::stageHeaderFmt; }

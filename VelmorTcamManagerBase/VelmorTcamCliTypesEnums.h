@@ -9,16 +9,16 @@
 
 namespace VelmorTcam {
 
-/// Which table an entry is shown in, and so which header belongs above it (getCliHeader).
+/// The table that an entry is shown in. It also selects the header (getCliHeader).
 enum CliHeaderType : Halvo::U8 {
-  cliHeaderTypeInvalid = 0,  ///< no table: formatters that have no header
+  cliHeaderTypeInvalid = 0,  ///< no table: the formatter has no header
   cliHeaderTypeIp = 1,
   cliHeaderTypeIp6 = 2,
   cliHeaderTypeMac = 3,
   cliHeaderTypeTcam = 4,  ///< the one-line form, which has no header text
 };
 
-/// The kind of show output that a command asked for. Nothing in this library looks at it.
+/// The kind of show output that a command asked for. This library does not read it.
 enum CliOutputType : Halvo::U8 {
   cliOutputTypeInvalid = 0,
   cliOutputTypeTcam = 1,

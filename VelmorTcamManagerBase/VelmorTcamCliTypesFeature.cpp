@@ -1,4 +1,4 @@
-// The feature's life, and the text form of an entry.
+// Makes and destroys features; reads and writes the text form of an entry.
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFeature.h"
 
 #include "Zel/Types/Record.h"
@@ -29,7 +29,7 @@ CliShowTcamUsageFeatureInfo::CliShowTcamUsageFeatureInfo(Halvo::String cliFeatur
     : cliFeatureName_(std::move(cliFeatureName)) {}
 
 CliShowTcamUsageFeatureInfo::~CliShowTcamUsageFeatureInfo() {
-  // The flag comes first: what the emptying of the set reaches can tell.
+  // Set the flag first: code that runs while the set is emptied can test it.
   flagSet(flagBeingDestroyed);
   entrySetDelAll();
 }

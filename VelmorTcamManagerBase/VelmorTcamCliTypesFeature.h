@@ -1,4 +1,5 @@
-// The leaves of the usage tree: the record of one TCAM entry, and the feature that owns entries.
+// The leaves of the usage tree: the record of one TCAM entry, and the feature that owns the
+// entries.
 #pragma once
 
 #include <functional>
@@ -20,29 +21,30 @@ using Halvo::S16;
 using Halvo::U32;
 using Halvo::U64;
 
-/// One TCAM entry of the usage display.
+/// One TCAM entry of the usage display. A plain value.
 ///
-/// Invariant: priority and id are the record's identity and do not change but by assignment of a
-/// whole record. Description and hits take no part in equality or order. A plain value.
+/// Invariant: priority and id identify the record. Only assigning a whole record changes them.
+/// Description and hits take no part in comparisons.
 ///
-/// Threads: distinct entries may be used from distinct threads, and one that nobody changes from
-/// any.
+/// Threads: distinct entries may be used by distinct threads. Any number of threads may read an
+/// entry that nobody changes.
 ///
 ///     CliShowTcamUsageEntryInfo entry(10, 5);
 ///     entry.descriptionIs("permit ip any any");
 ///     entry.hitsIs(3);
 class VELMOR_TCAM_API CliShowTcamUsageEntryInfo {
  public:
-  /// No description, no hits.
+  /// The description is empty and the hits are 0.
   CliShowTcamUsageEntryInfo(U32 entryPriority, U32 entryId) noexcept
       : entryPriority_(entryPriority), entryId_(entryId) {}
-  /// Reads the text form (see valueToSequence) off the front of `in` and advances past it. Throws
-  /// Zel::ParseError, which names the attribute and the text; `in` then stands where the fault is.
+  /// Reads the text form (see valueToSequence) from the front of `in` and moves `in` past it.
+  /// Throws Zel::ParseError, which names the attribute and quotes the text. `in` then stands at the
+  /// fault.
   explicit CliShowTcamUsageEntryInfo(Zel::CharRange& in);
 
   U32 entryPriority() const noexcept { return entryPriority_; }
   U32 entryId() const noexcept { return entryId_; }
-  /// Free text; any bytes.
+  /// Free text, of any bytes.
   const Halvo::String& description() const noexcept { return description_; }
   void descriptionIs(Halvo::String description) { description_ = std::move(description); }
   U64 hits() const noexcept { return hits_; }
@@ -75,7 +77,7 @@ VELMOR_TCAM_API void valueToSequence(Halvo::String& out, const CliShowTcamUsageE
 
 }  // namespace VelmorTcam
 
-/// The whole order in one number: the trees of entries never look at a record to find another.
+/// The order as one number. A search in a tree of entries compares numbers and reads no record.
 template <>
 struct Zel::RbTreeOrder<VelmorTcam::CliShowTcamUsageEntryInfo,
                         std::less<VelmorTcam::CliShowTcamUsageEntryInfo>> {
@@ -89,63 +91,70 @@ namespace VelmorTcam {
 
 /// One feature that uses TCAM entries, and those entries.
 ///
-/// Invariant: entrySet holds each priority and id once, and owns copies of what was put in. The
-/// name is fixed at construction.
+/// Invariant: entrySet holds each pair of priority and id once. It owns copies of the entries. The
+/// name never changes.
 ///
-/// Lives by reference count; its memory is the slab allocator's, and each object is counted in
-/// memAllocationTracker_. Its destructor sets flagBeingDestroyed, then empties the set.
+/// A feature lives by reference count. Its memory comes from the slab allocator, and
+/// memAllocationTracker_ counts each object. The destructor sets flagBeingDestroyed, then empties
+/// the set.
 ///
-/// Threads: as CliShowTcamUsageChipInfo.
+/// Threads: same as CliShowTcamUsageChipInfo.
 ///
 ///     auto feature = cliShowTcamUsageFeatureInfoFactory("acl");
 ///     feature->entrySetIs(entry);
 ///     for (auto const& e : feature->entrySet()) std::cout << e.description();
 class VELMOR_TCAM_API CliShowTcamUsageFeatureInfo : public Halvo::Node {
   ZEL_NODE_TYPE;
-  /// What the elements of entrySet are counted under.
+  /// The tag under which the elements of entrySet are counted.
   VELMOR_COLLECTION_TAG(TN_EntrySet);
   using EntrySet = RecordSet<CliShowTcamUsageFeatureInfo, CliShowTcamUsageEntryInfo, TN_EntrySet>;
 
   explicit CliShowTcamUsageFeatureInfo(Halvo::String cliFeatureName) noexcept;
   ~CliShowTcamUsageFeatureInfo() override;
-  /// As cliShowTcamUsageFeatureInfoFactory.
+  /// Same as cliShowTcamUsageFeatureInfoFactory.
   static Halvo::Ptr<CliShowTcamUsageFeatureInfo> CliShowTcamUsageFeatureInfoIs(
       Halvo::String cliFeatureName);
 
   /// The feature's name as the CLI shows it.
   const Halvo::String& cliFeatureName() const noexcept { return cliFeatureName_; }
-  /// Two numbers that the CLI keeps here, 0 at first. Nothing relates them to entrySet.
+  /// Two counts that the CLI keeps here, 0 at first. The library does not derive them from
+  /// entrySet.
   U32 usedEntries() const noexcept { return usedEntries_; }
   void usedEntriesIs(U32 usedEntries) noexcept { usedEntries_ = usedEntries; }
   U32 reservedEntries() const noexcept { return reservedEntries_; }
   void reservedEntriesIs(U32 reservedEntries) noexcept { reservedEntries_ = reservedEntries; }
 
-  /// The entries by descending priority, then ascending id: count, generations, iteration.
+  /// The entries by descending priority, then ascending id. Has the count, the generations and
+  /// iterators.
   const EntrySet& entrySet() const noexcept { return entrySet_; }
-  /// Adds a copy of the entry; does nothing where one of its priority and id is present.
+  /// Adds a copy of the entry. Does nothing if an entry with its priority and id is present.
   void entrySetIs(const CliShowTcamUsageEntryInfo& entry) { entrySet_.recordIs(entry); }
-  /// Whether an entry of its priority and id is present.
+  /// Whether an entry with its priority and id is present.
   bool entrySetHas(const CliShowTcamUsageEntryInfo& entry) const noexcept {
     return entrySet_.has(entry);
   }
-  /// Removes the entry of its priority and id; false when there is none.
+  /// Removes the entry with its priority and id. False if there is none.
   bool entrySetDel(const CliShowTcamUsageEntryInfo& entry) { return entrySet_.recordDel(entry); }
-  /// Removes the entry under the iterator; false at the end. Once an entry was removed since the
-  /// iterator was made (its generation() is not the set's), it means the key that it last held
-  /// instead, also one passed on the way to the end: false when that is gone. Where debugging is
-  /// on, another set's iterator stops the process (assertion "at.owner == this").
+  /// Removes the entry under the iterator. False at the end.
+  ///
+  /// If an entry was removed since the iterator was made (its generation() is not the set's), this
+  /// removes the entry with the key that the iterator last held. That holds at the end too. False
+  /// if that entry is gone.
+  ///
+  /// The iterator must be this set's. Where debugging is on (no NDEBUG), another set's stops the
+  /// process (assertion "at.owner == this").
   bool entrySetDel(const EntrySet::iterator& at) { return entrySet_.recordDel(at); }
   void entrySetDelAll() noexcept { entrySet_.recordDelAll(); }
 
  private:
-  // Destroyed in the reverse order: the entries go before the name.
+  // Members are destroyed in reverse order: the entries before the name.
   Halvo::String const cliFeatureName_;
   U32 usedEntries_ = 0;
   U32 reservedEntries_ = 0;
   EntrySet entrySet_;
 };
 
-/// A new feature of that name, without entries, held by the pointer alone.
+/// A new feature with this name and without entries. The pointer holds the only reference.
 VELMOR_TCAM_API Halvo::Ptr<CliShowTcamUsageFeatureInfo> cliShowTcamUsageFeatureInfoFactory(
     Halvo::String cliFeatureName);
 

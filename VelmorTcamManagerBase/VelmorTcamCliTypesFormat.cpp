@@ -1,4 +1,5 @@
-// The formatters as objects: life, attributes, dispatch and the operations that a subclass owes.
+// The formatters as objects: construction, attributes, dispatch, and the operations that a subclass
+// must supply.
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
 
 #include <cstdio>

@@ -16,22 +16,26 @@
 
 namespace VelmorTcam {
 
-/// The root of the formatters: a contract, not a fallback.
+/// The base of all formatters.
 ///
-/// A formatter has no state but its two attributes. The order of the virtual operations is fixed: a
-/// subclass outside this library may have been compiled against an older header.
+/// A formatter has two attributes, headerType and initialized, and no other state. The order of the
+/// virtual operations is fixed: a subclass outside this library may have been compiled against an
+/// older header.
 ///
-/// Threads: the const operations of this class and of those derived from it here may run on any
-/// number together, over shadows that nobody writes, while Halvo::ThreadControl's switch is on.
-/// initializedIs() is for one, before the others begin.
+/// Some operations are abstract. Calling one stops the process with an assertion:
+/// - formatEntryRequest and formatEntryRequestJson, on a class that does not supply them;
+/// - handleInitialized, on this class and on EntryRequestCliFormat, which inherits it. A class
+///   derived directly from one of these two supplies its own.
 ///
-/// The entry shadow that an operation is given must not be null. An operation that returns text
-/// throws std::bad_alloc when memory runs out, and holds no reference then.
+/// CompleteFormatter and JsonFormatter, below, check a subclass when it is compiled.
 ///
-/// An abstract operation that is called stops the process with an assertion: formatEntryRequest and
-/// formatEntryRequestJson on a class that does not supply them, handleInitialized on this class and
-/// on EntryRequestCliFormat, which inherits it: a class derived directly from either supplies its
-/// own.
+/// The entry shadow passed to an operation must not be null. An operation that returns text throws
+/// std::bad_alloc when memory runs out, and then holds no reference.
+///
+/// Threads: any number of threads may call the const operations of this class, and of the classes
+/// of this library derived from it, at the same time. Nobody may write the shadows meanwhile, and
+/// Halvo::ThreadControl's switch must be on. Call initializedIs() from one thread, before the
+/// others begin.
 ///
 ///     class MyIpFormat : public IpEntryRequestCliFormat {
 ///       Halvo::String formatActions(const VelmorTcamEntryShadow::PtrConst&) const override {
@@ -47,32 +51,33 @@ class VELMOR_TCAM_API CliFormat : public Halvo::Node {
   CliFormat() noexcept;
   ~CliFormat() override;
 
-  /// The table that this formatter's rows belong to. Fixed by the class.
+  /// The table that this formatter's rows belong to. The class decides it.
   CliHeaderType headerType() const noexcept { return headerType_; }
 
   bool initialized() const noexcept { return initialized_; }
-  /// Set by the owner once the formatter is ready. Every change, in either direction, runs
-  /// handleInitialized(); setting what is already set does nothing.
+  /// Set it once the formatter is ready. Every change, in either direction, calls
+  /// handleInitialized(). Setting the present value does nothing.
   void initializedIs(bool initialized);
 
-  /// These two print nothing; a header comes from getCliHeader(headerType()).
+  /// These two print nothing. The header is getCliHeader(headerType()).
   virtual void displayHeader(U32 fd) const;
   virtual void displayFeatureHeader(U32 fd) const;
 
-  /// The entry's row or rows, each line ending in a line break.
+  /// The entry's text: one or more lines, each ending in a line feed.
   virtual Halvo::String formatEntryRequest(
       const RequestKey& requestKey, const RuleId& ruleId, const Halvo::String& description,
       const Halvo::Ptr<const VelmorTcamEntryShadow>& entryShadow, U64 hits) const;
-  /// Writes the entry to a structured printer. No class of this library supplies it.
+  /// Writes the entry to a structured printer. It is abstract in every class of this library.
   virtual void formatEntryRequestJson(const RequestKey& requestKey, const RuleId& ruleId,
                                       const Halvo::String& description,
                                       const Halvo::Ptr<const VelmorTcamEntryShadow>& entryShadow,
                                       U64 hits, pravo::Printer* printer) const;
-  /// Shows one entry: with a printer, by formatEntryRequestJson, and nothing is written to `fd`;
-  /// without one (null), formatEntryRequest's text is written to the file descriptor `fd` with
-  /// dprintf, which sees the text up to its first NUL byte. A failed write is not reported.
-  /// Each call on a descriptor that is not open costs 8 KiB, which glibc's dprintf does not give
-  /// back.
+  /// Shows one entry. With a printer it calls formatEntryRequestJson and writes nothing to `fd`.
+  /// Without one (null) it writes the text of formatEntryRequest to the file descriptor `fd` with
+  /// dprintf, up to the text's first NUL byte.
+  ///
+  /// A failed write is not reported. Each call on a descriptor that is not open leaks 8 KiB, which
+  /// glibc's dprintf does not free.
   virtual void displayEntryRequest(U32 fd, const RequestKey& requestKey, const RuleId& ruleId,
                                    const Halvo::String& description,
                                    const Halvo::Ptr<const VelmorTcamEntryShadow>& entryShadow,
@@ -88,15 +93,16 @@ class VELMOR_TCAM_API CliFormat : public Halvo::Node {
   bool initialized_ = false;
 };
 
-/// The cells that the tables of access lists share. Each operation returns its cell with the bar
+/// The cells that the tables of access lists share. Each operation returns one cell with the bar
 /// that ends it.
 ///
-/// A qualifier is shown where its status in the shadow is 7, programmed in hardware; else the cell
-/// has its absent form. A text wider than its cell is never cut. A shadow that says 7 but lacks the
-/// data stops the process on the spot; a record that is not set stops it with the assertion
-/// "!!qualData->qual()".
+/// A cell shows its qualifier if the qualifier's status in the shadow is 7, programmed in hardware.
+/// Otherwise the cell has its absent form. A text wider than its cell is never cut.
 ///
-/// handleInitialized is CliFormat's, which stops the process.
+/// If a shadow says 7 but lacks the data, the process stops on the spot. If the record is not set,
+/// it stops with the assertion "!!qualData->qual()".
+///
+/// handleInitialized is inherited from CliFormat and stops the process.
 class VELMOR_TCAM_API EntryRequestCliFormat : public CliFormat {
   ZEL_NODE_TYPE;
   using PtrConst = VelmorTcamEntryShadow::PtrConst;
@@ -104,31 +110,36 @@ class VELMOR_TCAM_API EntryRequestCliFormat : public CliFormat {
   EntryRequestCliFormat() noexcept;
   ~EntryRequestCliFormat() override;
 
-  /// The action cell: abstract here, stops the process. A subclass supplies it; it carries its own
-  /// bar if it wants one.
+  /// The action cell. Abstract: it stops the process here, and a subclass supplies it. The text is
+  /// used as it is, with a bar only if the subclass adds one.
   virtual Halvo::String formatActions(const PtrConst& entryShadow) const;
-  /// "%-7u|"; "Drop" for 4294967295.
+  /// "%-7u|", or "%-7s|" of "Drop" for 4294967295.
   virtual Halvo::String formatSequenceNum(U32 sequenceNum) const;
-  /// " %-6s|": TCP, UDP, ICMP, ICMPv6, a hexadecimal number; "*" when absent or 0.
+  /// " %-6s|": TCP, UDP, ICMP, ICMPv6 or a hexadecimal number. "*" when absent or 0.
   virtual Halvo::String formatQualifierIpProtocol(const PtrConst& entryShadow) const;
-  /// "%11s|%11s|": VLAN id and mask in decimal, whatever they are; "*" and "*" when absent.
+  /// "%11s|%11s|": VLAN id and mask as they are, in decimal. "*" and "*" when absent.
   virtual Halvo::String formatQualifierOuterVlanId(const PtrConst& entryShadow) const;
-  /// "%11s|": the range checker's "low-high" if one is programmed; else the ICMP type; else the
-  /// value, or "low-high": the value, and the value with every bit set that the low 16 bits of the
-  /// mask leave free; "*" for every port, and where none is programmed.
+  /// "%11s|". Shows the first of these that applies:
+  /// - the range checker's "low-high", if it is programmed;
+  /// - "*", if the qualifier is not programmed;
+  /// - the ICMP type, if there is one (getQualifierL4PortIfIcmp);
+  /// - "*", if value and mask are 0: any port;
+  /// - the value, or "low-high". Low is the value. High is the value with every bit set that the
+  ///   mask leaves free. One number if both are equal.
+  ///
+  /// Only the low 16 bits of value and mask count.
   virtual Halvo::String formatQualifierL4SrcPort(const PtrConst& entryShadow) const;
-  /// As the source port, with the ICMP code.
+  /// Same as the source port, with the ICMP code.
   virtual Halvo::String formatQualifierL4DstPort(const PtrConst& entryShadow) const;
-  /// " %-6s|": one letter of FSRPAU for each flag that is set in the value, whatever the mask, and
-  /// a blank for the others; blank when absent.
+  /// " %-6s|": "FSRPAU", with a blank in place of each flag that is not set in the value. The mask
+  /// is not read. Blank when absent.
   virtual Halvo::String formatQualifierTcpControl(const PtrConst& entryShadow) const;
-  /// `format`, which holds one "%s", applied to the IP length's range-check cell, bar included, or
-  /// to "*". Stops the process when `format` is empty (assertion "!formatStr.empty()") or when its
-  /// conversions do not fit one string.
+  /// Puts the range cell of the IP length, with its bar, into `format`, which has one "%s". Puts
+  /// "*" there if the range checker is not programmed. Stops the process if `format` is empty
+  /// (assertion "!formatStr.empty()") or if its conversions do not fit one string.
   virtual Halvo::String formatQualifierIpLength(const PtrConst& entryShadow,
                                                 const Halvo::String& format) const;
-  /// "%11s|" of "low-high"; an empty string, and so no cell, where the range checker is not
-  /// programmed.
+  /// "%11s|" of "low-high". An empty text, without a bar, if the range checker is not programmed.
   virtual Halvo::String formatQualifierRangeCheck(const PtrConst& entryShadow,
                                                   RangeCheckerType rangeChecker) const;
 
@@ -139,28 +150,29 @@ class VELMOR_TCAM_API EntryRequestCliFormat : public CliFormat {
 /// The IPv4 table: a row of two lines under the cliHeaderTypeIp header. A subclass supplies
 /// formatActions.
 ///
-/// The VLAN cells are wider than the header's, and a programmed IP length ends in two bars; scripts
-/// that read the tables rely on both.
+/// The VLAN cells are wider than their headers, and a programmed IP length ends in two bars.
+/// Scripts that read the tables rely on both.
 class VELMOR_TCAM_API IpEntryRequestCliFormat : public EntryRequestCliFormat {
   ZEL_NODE_TYPE;
 
   IpEntryRequestCliFormat() noexcept;
   ~IpEntryRequestCliFormat() override;
 
-  /// Does not read the key or the description. `hits` is shown only where the shadow's
-  /// counterStatus is 7.
+  /// Does not read the key or the description. Shows `hits` only if the shadow's counterStatus is
+  /// 7.
   Halvo::String formatEntryRequest(const RequestKey& requestKey, const RuleId& ruleId,
                                    const Halvo::String& description, const PtrConst& entryShadow,
                                    U64 hits) const override;
   void handleInitialized() override;
 
-  /// "%15s|%15s|": address and mask as dotted quads. A mask of all ones shows as "*", and one of 0
-  /// makes both "*".
+  /// "%15s|%15s|": address and mask as dotted quads. A mask of all ones shows as "*". A mask of 0
+  /// shows both as "*", as does an absent qualifier.
   virtual Halvo::String formatQualifierSrcIp(const PtrConst& entryShadow) const;
   virtual Halvo::String formatQualifierDstIp(const PtrConst& entryShadow) const;
-  /// "%10s|" of "value/0xMASK"; blank when absent.
+  /// "%10s|" of "value/0xMASK". Blank when absent.
   virtual Halvo::String formatQualifierDSCP(const PtrConst& entryShadow) const;
-  /// " %3s   |": "N" (not a fragment), "Y" or "*".
+  /// " %3s   |": "N" for the values 1 and 2 (not a fragment), "Y" for 3 (a fragment), "*" for any
+  /// other and when absent.
   virtual Halvo::String formatQualifierIpFrag(const PtrConst& entryShadow) const;
 };
 
@@ -172,28 +184,29 @@ class VELMOR_TCAM_API Ip6EntryRequestCliFormat : public EntryRequestCliFormat {
   Ip6EntryRequestCliFormat() noexcept;
   ~Ip6EntryRequestCliFormat() override;
 
-  /// As the IPv4 row; the sequence cell is always this class's own.
+  /// Same as the IPv4 row, but it always uses this class's own formatSequenceNum.
   Halvo::String formatEntryRequest(const RequestKey& requestKey, const RuleId& ruleId,
                                    const Halvo::String& description, const PtrConst& entryShadow,
                                    U64 hits) const override;
   void handleInitialized() override;
-  /// "%-9u|"; "Drop" for 4294967295.
+  /// "%-9u|", or "%-9s|" of "Drop" for 4294967295.
   Halvo::String formatSequenceNum(U32 sequenceNum) const override;
 
-  /// As the IPv4 table's; the row does not show it.
+  /// Same as the IPv4 table's cell. The row does not show it.
   virtual Halvo::String formatQualifierDSCP(const PtrConst& entryShadow) const;
-  /// "%39s|%13s|": address, as stored, and prefix length: the mask's leading one bits. A length of
-  /// 0 shows both as "*", one of 128 only the length. Reads the alternative qualifier where the
-  /// first is not programmed.
+  /// "%39s|%13s|": the address as stored, and the prefix length, which is the number of leading one
+  /// bits of the mask. Length 0 shows both as "*", as does an absent qualifier. Length 128 shows
+  /// the length as "*". If the qualifier is not programmed, the cell shows the alternative one.
   virtual Halvo::String formatQualifierSrcIp6(const PtrConst& entryShadow) const;
   virtual Halvo::String formatQualifierDstIp6(const PtrConst& entryShadow) const;
-  /// " %8s |" of "value/0xMASK"; blank when absent or when the mask is 0.
+  /// " %8s |" of "value/0xMASK". Blank when absent or when the mask is 0.
   virtual Halvo::String formatQualifierIp6TrafficClass(const PtrConst& entryShadow) const;
-  /// "%11s|"; blank when absent or when the mask is 0.
+  /// "%11s|" of the value. Blank when absent or when the mask is 0.
   virtual Halvo::String formatQualifierIp6HopLimit(const PtrConst& entryShadow) const;
 };
 
-/// The cells of the MAC table. The row is a subclass's: formatEntryRequest stops the process here.
+/// The cells of the MAC table. A subclass supplies the row: formatEntryRequest stops the process
+/// here.
 class VELMOR_TCAM_API MacEntryRequestCliFormat : public EntryRequestCliFormat {
   ZEL_NODE_TYPE;
 
@@ -205,16 +218,18 @@ class VELMOR_TCAM_API MacEntryRequestCliFormat : public EntryRequestCliFormat {
                                    U64 hits) const override;
   void handleInitialized() override;
 
-  /// "%s|%s|": address and mask, of no fixed width; "||" when absent. `qualifierMacAddr` is
-  /// qualifierSrcMac or qualifierDstMac; any other stops the process.
+  /// "%s|%s|": address and mask, without a fixed width. "||" when absent. `qualifierMacAddr` is
+  /// qualifierSrcMac or qualifierDstMac. Any other stops the process.
   virtual Halvo::String formatQualifierMacAddr(const PtrConst& entryShadow,
                                                QualifierType qualifierMacAddr) const;
-  /// "%s|": "800h", say; "*" where the mask is 0; empty when absent.
+  /// "%s|": the value in hexadecimal with an "h", for example "800h". "*" if the mask is 0. Only
+  /// the bar when absent.
   virtual Halvo::String formatQualifierEtherType(const PtrConst& entryShadow) const;
 };
 
-/// Tables that are not access lists: one indented line an entry, and the two lines that introduce a
-/// group and a request. Stateless; headerType is cliHeaderTypeInvalid, there is no header.
+/// The tables that are not access lists: one indented line for each entry, and the lines above a
+/// group and a request. The class has no state. headerType is cliHeaderTypeInvalid: there is no
+/// header.
 class VELMOR_TCAM_API VelmorTcamCliFormat : public CliFormat {
   ZEL_NODE_TYPE;
   using PtrConst = VelmorTcamEntryShadow::PtrConst;
@@ -229,19 +244,19 @@ class VELMOR_TCAM_API VelmorTcamCliFormat : public CliFormat {
                                    U64 hits) const override;
   void handleInitialized() override;
 
-  /// "TCAM group %d%s uses %d %s and can use up to %d more.\n"; the pipe is named where numPipes
-  /// is above 1, and "entry" is the noun for exactly one. Counts of 2^31 and more show as negative
-  /// numbers.
+  /// "TCAM group %d%s uses %d %s and can use up to %d more.\n". Names the pipe if numPipes is above
+  /// 1. The noun is "entry" for exactly one used entry, else "entries". Counts of 2^31 and more
+  /// show as negative numbers.
   Halvo::String formatGroupHeader(TcamGroupId groupId, U8 numPipes, U8 pipeId, U32 usedEntries,
                                   U32 availableEntries) const;
-  /// "  %s uses %d entries.\n"; "entries" also for one.
+  /// "  %s uses %d entries.\n", with "entries" also for one.
   Halvo::String formatRequestHeader(const Halvo::String& requestName, U32 usedEntries) const;
 };
 
 namespace impl {
 
-/// Whether `Operation`, a pointer to the member as T names it, is another one than `Base`'s. A
-/// member that cannot be named is T's own: those of this library are public, and have no overloads.
+/// Whether T's member NAME is another one than BASE's. If `&T::NAME` does not compile, T has its
+/// own: the members of this library's classes are public and not overloaded.
 #define VELMOR_SUPPLIES_(NAME, BASE)                                     \
   [] {                                                                   \
     if constexpr (requires { &T::NAME; }) {                              \
@@ -267,10 +282,10 @@ inline constexpr bool suppliesJson = VELMOR_SUPPLIES_(formatEntryRequestJson, Cl
 
 }  // namespace impl
 
-/// A formatter class that shows entries as text: none of the operations that it needs for that is
-/// an abstract one, which would stop the process at the first entry. It needs formatEntryRequest,
-/// formatActions where its row is the IPv4 or the IPv6 table's, and handleInitialized. Ask for it
-/// where the class is complete:
+/// A formatter class that can show entries as text. It supplies every operation that this needs:
+/// formatEntryRequest, handleInitialized and, if its row is the IPv4 or the IPv6 table's,
+/// formatActions. A class that lacks one compiles, but stops the process at the first entry. Check
+/// it behind the class:
 ///
 ///     class PermitFormat : public VelmorTcam::IpEntryRequestCliFormat {
 ///      public:
@@ -281,7 +296,7 @@ template <class T>
 concept CompleteFormatter = std::derived_from<T, CliFormat> && impl::suppliesRow<T> &&
     impl::suppliesInitialized<T> &&(!impl::hasRowWithActions<T> || impl::suppliesActions<T>);
 
-/// A formatter class that can be given a printer: it supplies formatEntryRequestJson.
+/// A formatter class that can be used with a printer: it supplies formatEntryRequestJson.
 template <class T>
 concept JsonFormatter = std::derived_from<T, CliFormat> && impl::suppliesJson<T>;
 

@@ -1,4 +1,4 @@
-// The module's classes and value types as described types: what Zel::typeOf and Zel::Value need.
+// Declares the module's classes and value types as described types, for Zel::typeOf and Zel::Value.
 //
 // Threads: descriptors are constant data; safe from any thread.
 #pragma once
@@ -13,15 +13,15 @@
 
 namespace VelmorTcam {
 
-/// Each type's descriptor. By name, and by number for attributes, Zel/Types/Reflect.h reaches the
-/// same:
+/// The descriptor of each type. Zel/Types/Reflect.h finds the same descriptors by name, and their
+/// attributes by number:
 ///
 ///     Zel::typeOf<CliFormat>().attributes
 ///     Zel::findType("VelmorTcam::CliFormat")
 ///
-/// Value types number their attributes from 2, node types from 130, both in declared order; a
-/// derived class goes on from its base's last. The number before a queue belongs to its element
-/// type: featureInfo is 132, as tcamSummaryGroupName is.
+/// Attributes are numbered in declared order, from 2 in value types and from 130 in node types. A
+/// derived class continues after the last number of its base. A queue takes two numbers: the first
+/// belongs to its element type. So featureInfo and tcamSummaryGroupName are both 132.
 ZEL_DECLARE_TYPE(VELMOR_TCAM_API, CliFormat);
 ZEL_DECLARE_TYPE(VELMOR_TCAM_API, EntryRequestCliFormat);
 ZEL_DECLARE_TYPE(VELMOR_TCAM_API, IpEntryRequestCliFormat);

@@ -1,4 +1,4 @@
-// The ordered summary's objects, and the test for names already recorded.
+// Makes and destroys the summary's objects; finds names that are already recorded.
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesSummary.h"
 
 #include <utility>

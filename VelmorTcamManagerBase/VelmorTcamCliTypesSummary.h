@@ -11,13 +11,13 @@
 
 namespace VelmorTcam {
 
-/// One group of the summary and the names recorded for it, in order of arrival.
+/// One group of the summary, and the names recorded for it in order of arrival.
 ///
-/// Invariant: the group's name is fixed; the queue owns copies of the names, duplicates included.
-/// Rules as the summary's.
+/// Invariant: the group's name never changes. The queue owns copies of the names and keeps
+/// duplicates. Other rules: see CliShowTcamSummaryOrdered.
 class VELMOR_TCAM_API CliShowTcamSummaryGroupName : public Halvo::Node {
   ZEL_NODE_TYPE;
-  /// What the slots of the queue are counted under.
+  /// The tag under which the slots of the queue are counted.
   VELMOR_COLLECTION_TAG(QE_TcamSummaryGroupName);
   using TcamSummaryGroupNameQueue = Halvo::RQueue<Halvo::String, QE_TcamSummaryGroupName>;
 
@@ -26,25 +26,25 @@ class VELMOR_TCAM_API CliShowTcamSummaryGroupName : public Halvo::Node {
 
   const Halvo::String& groupName() const noexcept { return groupName_; }
 
-  /// The names from front to back: count, iteration.
+  /// The names from front to back. Has the count and iterators.
   const TcamSummaryGroupNameQueue& tcamSummaryGroupName() const noexcept {
     return tcamSummaryGroupName_;
   }
-  /// Adds a copy at the back. Stops the process when there is no memory for a block.
+  /// Adds a copy at the back. Stops the process, by abort, if the queue cannot allocate a block.
   void tcamSummaryGroupNameEnq(const Halvo::String& name) { tcamSummaryGroupName_.enq(name); }
-  /// Takes the front name; an empty string, and nothing changes, when there is none.
+  /// Removes the front name and returns it. If the queue is empty, returns an empty string.
   Halvo::String tcamSummaryGroupNameDeq() { return tcamSummaryGroupName_.deq(); }
-  /// Empty when the queue is.
+  /// An empty string if the queue is empty.
   Halvo::String tcamSummaryGroupNameFront() const { return tcamSummaryGroupName_.front(); }
   Halvo::String tcamSummaryGroupNameBack() const { return tcamSummaryGroupName_.back(); }
   void tcamSummaryGroupNameDelAll() noexcept { tcamSummaryGroupName_.delAll(); }
 
-  /// Set by the caller when its pass over a pipe is finished; false at first.
+  /// The caller sets it when its pass over a pipe is finished. False at first.
   bool pipeFinished() const noexcept { return pipeFinished_; }
   void pipeFinishedIs(bool pipeFinished) noexcept { pipeFinished_ = pipeFinished; }
 
-  /// Whether `name` is recorded already, to the byte; always false until pipeFinished is set.
-  /// Records nothing. Takes time by the number of names.
+  /// Whether `name` is recorded already, compared byte by byte. Always false until pipeFinished is
+  /// set. Does not record the name. The time grows with the number of names.
   bool isGroupPipeDuplicate(const Halvo::String& name) const noexcept;
 
  private:
@@ -55,10 +55,10 @@ class VELMOR_TCAM_API CliShowTcamSummaryGroupName : public Halvo::Node {
 
 /// The summary: one record for each group name, in ascending order of the names' bytes.
 ///
-/// Invariant: each record stands once, under its own name. Operations and life are those of
-/// CliShowTcamUsageChipInfo and its levels.
+/// Invariant: each record is in the map once, under its own name. The operations, ownership and
+/// memory rules are the same as for CliShowTcamUsageChipInfo and its levels.
 ///
-/// Threads: as CliShowTcamUsageChipInfo.
+/// Threads: same as CliShowTcamUsageChipInfo.
 ///
 ///     auto summary = Halvo::makePtr<CliShowTcamSummaryOrdered>();
 ///     auto group = summary->tcamSummaryIs("acl");

@@ -9,7 +9,7 @@ namespace VelmorTcam {
 #pragma clang diagnostic push
 #pragma clang diagnostic ignored "-Wexit-time-destructors"
 #endif
-/// Made on first use. Hidden, so that it dies with this library and no other binds to it.
+/// Made on first use. Hidden: it is destroyed with this library, and no other library binds to it.
 inline Zel::TraceHandle& traceHandle() {
   static Zel::TraceHandle handle("VelmorTcamCliTypes", false);
   return handle;
@@ -20,8 +20,8 @@ inline Zel::TraceHandle& traceHandle() {
 
 }  // namespace VelmorTcam
 
-/// A level-8 trace line of this library; PIECES is what is streamed: `"prefix" << "text"`. The line
-/// number is part of the output's contract. PIECES is not evaluated while the level is off.
+/// Writes a level-8 trace line of this library. PIECES is streamed, as in `"prefix" << "text"`, and
+/// is evaluated only while the level is on. Keep each LINE as it is: readers of the trace know it.
 #define VELMOR_TCAM_TRACE(LINE, FUNCTION, PIECES)                                             \
   ZEL_TRACE(::VelmorTcam::traceHandle(), 8, "VelmorTcamManagerBase/VelmorTcamCliTypes", LINE, \
             FUNCTION, PIECES)

@@ -1,4 +1,4 @@
-// The usage tree's objects: how they begin and end.
+// Makes and destroys the objects of the usage tree.
 #include "VelmorTcamManagerBase/VelmorTcamCliTypesUsage.h"
 
 namespace VelmorTcam {
@@ -14,7 +14,7 @@ CliShowTcamUsagePipeInfo::CliShowTcamUsagePipeInfo(S16 pipeId) noexcept : pipeId
 CliShowTcamUsageStageInfo::CliShowTcamUsageStageInfo(StageType stage) noexcept : stage_(stage) {}
 CliShowTcamUsageChipInfo::CliShowTcamUsageChipInfo() noexcept = default;
 
-// The flag comes first: what the emptying of the collection reaches can tell.
+// Set the flag first: code that runs while the collection is emptied can test it.
 CliShowTcamUsageFeaturePrioBucket::~CliShowTcamUsageFeaturePrioBucket() {
   flagSet(flagBeingDestroyed);
   featureInfoDelAll();

@@ -1,5 +1,6 @@
 // The usage tree: chip, stage, pipe, group priority, group, copy, feature priority. Each level is
-// declared before the one that holds it; the chip, with the rules of all of them, comes last.
+// declared before the one that holds it. The chip comes last; its comment has the rules of all
+// levels.
 #pragma once
 
 #include "Halvo/Node.h"
@@ -16,11 +17,11 @@ namespace VelmorTcam {
 
 /// The features of one priority, in order of arrival.
 ///
-/// Invariant: the queue holds one reference for each time that a feature stands in it; nothing
-/// looks for duplicates. Null pointers may be queued, too. Rules as the chip's.
+/// Invariant: the queue holds one reference for each time that a feature is in it. Duplicates are
+/// kept, and null pointers may be queued. Other rules: see CliShowTcamUsageChipInfo.
 class VELMOR_TCAM_API CliShowTcamUsageFeaturePrioBucket : public Halvo::Node {
   ZEL_NODE_TYPE;
-  /// What the slots of the queue are counted under.
+  /// The tag under which the slots of the queue are counted.
   VELMOR_COLLECTION_TAG(QE_FeatureInfo);
   using FeatureInfoQueue = Halvo::RQueue<Halvo::Ptr<CliShowTcamUsageFeatureInfo>, QE_FeatureInfo>;
 
@@ -29,18 +30,18 @@ class VELMOR_TCAM_API CliShowTcamUsageFeaturePrioBucket : public Halvo::Node {
 
   U32 featurePrio() const noexcept { return featurePrio_; }
 
-  /// The queue from front to back: count, iteration.
+  /// The queue from front to back. Has the count and iterators.
   const FeatureInfoQueue& featureInfo() const noexcept { return featureInfo_; }
-  /// Adds at the back. Stops the process when there is no memory for a block.
+  /// Adds at the back. Stops the process, by abort, if the queue cannot allocate a block.
   void featureInfoEnq(const Halvo::Ptr<CliShowTcamUsageFeatureInfo>& feature) {
     featureInfo_.enq(feature);
   }
-  /// Takes the front element, and its reference; null, and nothing changes, when there is none.
+  /// Removes the front element and returns it with its reference. Null if the queue is empty.
   Halvo::Ptr<CliShowTcamUsageFeatureInfo> featureInfoDeq() { return featureInfo_.deq(); }
   /// Null when the queue is empty.
   Halvo::Ptr<CliShowTcamUsageFeatureInfo> featureInfoFront() const { return featureInfo_.front(); }
   Halvo::Ptr<CliShowTcamUsageFeatureInfo> featureInfoBack() const { return featureInfo_.back(); }
-  /// Removes all and frees the queue's memory.
+  /// Removes all elements and frees the queue's memory.
   void featureInfoDelAll() noexcept { featureInfo_.delAll(); }
 
  private:
@@ -48,7 +49,8 @@ class VELMOR_TCAM_API CliShowTcamUsageFeaturePrioBucket : public Halvo::Node {
   FeatureInfoQueue featureInfo_;
 };
 
-/// One copy of a group: its counts, and its features by their priority. Rules as the chip's.
+/// One copy of a group: its counts, and its features by their priority. Rules: see
+/// CliShowTcamUsageChipInfo.
 class VELMOR_TCAM_API CliShowTcamUsageGroupPerCopyInfo : public Halvo::Node {
   ZEL_NODE_TYPE;
   VELMOR_COLLECTION_TAG(TN_FeaturePrioBucket);
@@ -60,18 +62,18 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupPerCopyInfo : public Halvo::Node {
 
   U32 copyId() const noexcept { return copyId_; }
 
-  /// Three numbers of hardware entries that the CLI keeps here, 0 at first; nothing relates them.
-  /// What this copy uses.
+  /// Three counts of hardware entries that the CLI keeps here, 0 at first. The library does not
+  /// check one against another. First, the entries that this copy uses.
   U32 usedEntries() const noexcept { return usedEntries_; }
   void usedEntriesIs(U32 usedEntries) noexcept { usedEntries_ = usedEntries; }
-  /// What is free in the hardware; no display text prints it.
+  /// The entries of the hardware that are free. No display text prints it.
   U32 freeEntries() const noexcept { return freeEntries_; }
   void freeEntriesIs(U32 freeEntries) noexcept { freeEntries_ = freeEntries; }
-  /// How many more this copy can use: the last number of groupInfoFmt.
+  /// How many more entries this copy can use: the last number of groupInfoFmt.
   U32 availableEntries() const noexcept { return availableEntries_; }
   void availableEntriesIs(U32 availableEntries) noexcept { availableEntries_ = availableEntries; }
 
-  /// The children by ascending featurePrio: count, generation, iteration.
+  /// The children by ascending featurePrio. Has the count, the generation and iterators.
   const FeaturePrioBucketMap& featurePrioBucket() const noexcept { return featurePrioBucket_; }
   Halvo::Ptr<CliShowTcamUsageFeaturePrioBucket> featurePrioBucket(U32 featurePrio) const {
     return featurePrioBucket_.get(featurePrio);
@@ -96,7 +98,7 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupPerCopyInfo : public Halvo::Node {
   FeaturePrioBucketMap featurePrioBucket_;
 };
 
-/// One group and its copies. Rules as the chip's.
+/// One group and its copies. Rules: see CliShowTcamUsageChipInfo.
 class VELMOR_TCAM_API CliShowTcamUsageGroupInfo : public Halvo::Node {
   ZEL_NODE_TYPE;
   VELMOR_COLLECTION_TAG(TN_GroupPerCopyInfo);
@@ -108,7 +110,7 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupInfo : public Halvo::Node {
 
   U32 groupId() const noexcept { return groupId_; }
 
-  /// The children by ascending copyId: count, generation, iteration.
+  /// The children by ascending copyId. Has the count, the generation and iterators.
   const GroupPerCopyInfoMap& groupPerCopyInfo() const noexcept { return groupPerCopyInfo_; }
   Halvo::Ptr<CliShowTcamUsageGroupPerCopyInfo> groupPerCopyInfo(U32 copyId) const {
     return groupPerCopyInfo_.get(copyId);
@@ -130,7 +132,7 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupInfo : public Halvo::Node {
   GroupPerCopyInfoMap groupPerCopyInfo_;
 };
 
-/// The groups of one priority. Rules as the chip's.
+/// The groups of one priority. Rules: see CliShowTcamUsageChipInfo.
 class VELMOR_TCAM_API CliShowTcamUsageGroupPriorityBucket : public Halvo::Node {
   ZEL_NODE_TYPE;
   VELMOR_COLLECTION_TAG(TN_GroupInfo);
@@ -142,7 +144,7 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupPriorityBucket : public Halvo::Node {
 
   U32 groupPriority() const noexcept { return groupPriority_; }
 
-  /// The children by ascending groupId: count, generation, iteration.
+  /// The children by ascending groupId. Has the count, the generation and iterators.
   const GroupInfoMap& groupInfo() const noexcept { return groupInfo_; }
   Halvo::Ptr<CliShowTcamUsageGroupInfo> groupInfo(U32 groupId) const {
     return groupInfo_.get(groupId);
@@ -163,7 +165,7 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupPriorityBucket : public Halvo::Node {
   GroupInfoMap groupInfo_;
 };
 
-/// One pipe and its groups by their priority. Rules as the chip's.
+/// One pipe and its groups by their priority. Rules: see CliShowTcamUsageChipInfo.
 class VELMOR_TCAM_API CliShowTcamUsagePipeInfo : public Halvo::Node {
   ZEL_NODE_TYPE;
   VELMOR_COLLECTION_TAG(TN_GroupPrioBucket);
@@ -175,7 +177,7 @@ class VELMOR_TCAM_API CliShowTcamUsagePipeInfo : public Halvo::Node {
 
   S16 pipeId() const noexcept { return pipeId_; }
 
-  /// The children by ascending groupPriority: count, generation, iteration.
+  /// The children by ascending groupPriority. Has the count, the generation and iterators.
   const GroupPrioBucketMap& groupPrioBucket() const noexcept { return groupPrioBucket_; }
   Halvo::Ptr<CliShowTcamUsageGroupPriorityBucket> groupPrioBucket(U32 groupPriority) const {
     return groupPrioBucket_.get(groupPriority);
@@ -197,7 +199,7 @@ class VELMOR_TCAM_API CliShowTcamUsagePipeInfo : public Halvo::Node {
   GroupPrioBucketMap groupPrioBucket_;
 };
 
-/// One stage of the pipeline and its pipes. Rules as the chip's.
+/// One stage of the pipeline and its pipes. Rules: see CliShowTcamUsageChipInfo.
 class VELMOR_TCAM_API CliShowTcamUsageStageInfo : public Halvo::Node {
   ZEL_NODE_TYPE;
   VELMOR_COLLECTION_TAG(TN_PipeInfo);
@@ -209,7 +211,8 @@ class VELMOR_TCAM_API CliShowTcamUsageStageInfo : public Halvo::Node {
 
   StageType stage() const noexcept { return stage_; }
 
-  /// The children by ascending pipeId: count, generation, iteration. -1 comes before 0.
+  /// The children by ascending pipeId; -1 comes before 0. Has the count, the generation and
+  /// iterators.
   const PipeInfoMap& pipeInfo() const noexcept { return pipeInfo_; }
   Halvo::Ptr<CliShowTcamUsagePipeInfo> pipeInfo(S16 pipeId) const { return pipeInfo_.get(pipeId); }
   Halvo::Ptr<CliShowTcamUsagePipeInfo> pipeInfoIs(S16 pipeId) { return pipeInfo_.childIs(pipeId); }
@@ -226,26 +229,30 @@ class VELMOR_TCAM_API CliShowTcamUsageStageInfo : public Halvo::Node {
   PipeInfoMap pipeInfo_;
 };
 
-/// The root of the usage tree: a chip and its stages.
+/// The root of the usage tree: a chip and its stages. These rules hold for every level.
 ///
-/// Invariant, of every level: a child stands once, under its own key, which is fixed when the child
-/// is made; a parent holds one reference on each child, and a child none on its parent.
+/// Invariant: a child is in its parent's collection once, under its own key, and that key never
+/// changes. A parent holds one reference on each child. A child holds none on its parent.
 ///
-/// Each level has the same operations on its collection <c>: `<c>Is(key)` gives the child of the
-/// key, which it makes with every other attribute at its default where there is none, and leaves
-/// alone where there is one; `<c>(key)` gives it or null, and never makes one; `<c>Del(key)` and,
-/// below the chip, `<c>Del(iterator)` remove a child and give it, null where there was none;
-/// `<c>DelAll()` removes all; `<c>()` is the collection, to count and to walk. A child that
-/// somebody else holds outlives its removal and its parent, with all that is below it.
+/// Each level has the same operations on its collection <c>:
+/// - `<c>Is(key)` returns the child with that key. If there is none, it makes one, with every other
+///   attribute at its default. A child that is present stays as it is.
+/// - `<c>(key)` returns the child with that key, or null. It never makes one.
+/// - `<c>Del(key)` and, below the chip, `<c>Del(iterator)` remove a child and return it, or return
+///   null if there was none.
+/// - `<c>DelAll()` removes all children.
+/// - `<c>()` is the collection, to count and to walk.
 ///
-/// Nodes live by reference count; their memory is the slab allocator's, each class counts its own
-/// objects in memAllocationTracker_. A destructor sets flagBeingDestroyed first, then empties the
-/// collection. What cannot be had of memory is thrown as std::bad_alloc and changes nothing; but a
-/// queue's block that cannot be had stops the process, by abort.
+/// Nodes live by reference count. A removed child, or a child of a destroyed parent, stays alive
+/// with its subtree as long as someone holds a reference to it. A destructor first sets
+/// flagBeingDestroyed, then empties the collection.
 ///
-/// Threads: a tree, with all below it, is built and changed by one at a time; any number may walk
-/// one that nobody changes, and distinct trees belong to distinct threads, while
-/// Halvo::ThreadControl's switch is on.
+/// Memory comes from the slab allocator. Each class counts its objects in memAllocationTracker_. On
+/// std::bad_alloc nothing has changed. A queue that cannot allocate a block aborts.
+///
+/// Threads: one thread at a time builds or changes a tree with all its levels. While
+/// Halvo::ThreadControl's switch is on, any number of threads may walk a tree that nobody changes,
+/// and distinct threads may use distinct trees.
 ///
 ///     auto chip = Halvo::makePtr<CliShowTcamUsageChipInfo>();
 ///     auto copy = chip->stageInfoIs(stageTypeIngress)->pipeInfoIs(0)->groupPrioBucketIs(1)
@@ -254,7 +261,7 @@ class VELMOR_TCAM_API CliShowTcamUsageStageInfo : public Halvo::Node {
 ///     for (auto [priority, bucket] : copy->featurePrioBucket()) show(*bucket);
 class VELMOR_TCAM_API CliShowTcamUsageChipInfo : public Halvo::Node {
   ZEL_NODE_TYPE;
-  /// What the table of stageInfo is counted under.
+  /// The tag under which the table of stageInfo is counted.
   VELMOR_COLLECTION_TAG(HN_StageInfo);
   using StageInfoMap =
       ChildHashMap<CliShowTcamUsageChipInfo, StageType, CliShowTcamUsageStageInfo, HN_StageInfo>;
@@ -262,7 +269,7 @@ class VELMOR_TCAM_API CliShowTcamUsageChipInfo : public Halvo::Node {
   CliShowTcamUsageChipInfo() noexcept;
   ~CliShowTcamUsageChipInfo() override;
 
-  /// The stages, in no order.
+  /// The stages, in no particular order.
   const StageInfoMap& stageInfo() const noexcept { return stageInfo_; }
   Halvo::Ptr<CliShowTcamUsageStageInfo> stageInfo(StageType stage) const {
     return stageInfo_.get(stage);

@@ -1,6 +1,6 @@
-// The export mark of libVelmorTcamCliHelper.so. Everything else in it is hidden.
+// The export mark of libVelmorTcamCliHelper.so. The library hides everything without it.
 //
-// Threads: nothing here but a mark.
+// Threads: does not apply to a mark.
 #pragma once
 
 #define VELMOR_TCAM_API __attribute__((visibility("default")))
