@@ -1,4 +1,4 @@
-// Counts heap allocations, ours and the standard library's alike: see AllocationCount.cpp.
+// Counts all heap allocations, ours and the standard library's. See AllocationCount.cpp.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -7,10 +7,10 @@
 
 namespace velmorbench {
 
-/// Calls of operator new so far, in the whole process.
+/// The calls of operator new so far, in the whole process.
 std::uint64_t allocationsSoFar() noexcept;
 
-/// The allocations since it was made.
+/// Counts the allocations since the object was made.
 class AllocationCount {
  public:
   AllocationCount() noexcept : before_(allocationsSoFar()) {}

@@ -1,5 +1,5 @@
-// The child maps of the usage tree and the summary beside std::map to std::shared_ptr, their nodes
-// included.
+// The child maps of the usage tree and the summary against a std::map to std::shared_ptr. The
+// children are made too.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -59,7 +59,7 @@ struct OursNames {
       Halvo::makePtr<VelmorTcam::CliShowTcamSummaryOrdered>();
 };
 
-// The same parents and children without a word more than they need.
+// The same parents and children, with no member that they do not need.
 template <class K, class Child>
 struct AltParent {
   using Key = K;
@@ -106,7 +106,7 @@ void create(benchmark::State& state) {
   auto const keys = keysIn<typename Parent::Key>(order, state.range(0));
   velmorbench::timeBuilding<Parent>(state, [&](Parent& parent) { fill(parent, keys); });
 }
-// All children are there, and asked for in another order than they came in.
+// All children are present. They are looked up in another order than they were added.
 template <class Parent, Order order>
 void get(benchmark::State& state) {
   auto keys = keysIn<typename Parent::Key>(order, state.range(0));

@@ -10,7 +10,7 @@ namespace {
 
 using Halvo::String;
 
-/// What snprintf takes for an argument: the same value, texts as pointers.
+/// An argument as snprintf takes it: the same value, with texts as pointers.
 template <class T>
 const T& plain(const T& value) {
   return value;
@@ -19,8 +19,8 @@ const char* plain(const String& text) { return text.c_str(); }
 
 String runtimeFormatText = "%11s|";
 
-// The formats are spelled at both calls, so that each compiler check and each constant is where a
-// caller would have it. The arguments are hidden from the optimiser in every round.
+// Both calls spell the format out, as a caller would, so that the compiler can check it and fold
+// constants. The optimiser does not see the arguments.
 #define FORMAT_BENCH(NAME, LABEL, DECLARATIONS, FORMAT, ...) \
   void BM_Ours##NAME(benchmark::State& state) {              \
     DECLARATIONS;                                            \

@@ -1,4 +1,4 @@
-// HashMap2018 beside std::unordered_map, with the same keys and values.
+// HashMap2018 against std::unordered_map, with the same keys and values.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -45,7 +45,7 @@ struct Alt {
   }
 };
 
-// What no map can beat: the elements as a plain array, without a way to change it under a walk.
+// The lower bound for a walk: the elements as a plain array, which allows no change during a walk.
 template <class K, class V>
 struct Plain {
   std::vector<std::pair<K, V>> elements;
@@ -66,7 +66,7 @@ Map smallMap(std::size_t count) {
   return map;
 }
 
-// Lookups in a row of random keys, present or absent.
+// Independent lookups of random keys, present or absent.
 template <class Map, bool hit>
 void smallFind(benchmark::State& state) {
   auto const count = static_cast<std::size_t>(state.range(0));
@@ -82,7 +82,7 @@ void smallFind(benchmark::State& state) {
     benchmark::DoNotOptimize(map.find(keys[next++ & 255]));
   }
 }
-// Each lookup's key depends on the result of the one before: what a single lookup takes.
+// Each lookup's key depends on the previous result: measures the latency of one lookup.
 template <class Map, bool hit>
 void smallFindChain(benchmark::State& state) {
   auto const count = static_cast<std::size_t>(state.range(0));
@@ -100,7 +100,7 @@ template <class Map>
 void smallBuild(benchmark::State& state) {
   auto const count = static_cast<std::size_t>(state.range(0));
   NodePtr const node = Halvo::makePtr<Record>();
-  // Others of their kind live on, as in a process that holds many.
+  // Other maps stay alive, as in a process that holds many.
   std::vector<Map> others;
   for (std::size_t n = 1; n <= 10; ++n) others.push_back(smallMap<Map>(n));
   for (auto _ : state) {
@@ -109,7 +109,7 @@ void smallBuild(benchmark::State& state) {
     benchmark::DoNotOptimize(&map);
   }
 }
-// The sum of what a walk meets: a walk that looks at nothing would be over with the links of a
+// Sums up the elements of a walk. A walk that reads no element would be over with the links of a
 // list.
 template <class Map>
 U64 sumOf(const Map& map) {
@@ -117,32 +117,33 @@ U64 sumOf(const Map& map) {
   map.walk([&sum](Kind key, const NodePtr& value) {
     sum += key;
     sum += reinterpret_cast<std::uintptr_t>(value.get());
-    // As with a body that does anything: the map may be another afterwards.
+    // As after any call in the body: the map may have changed.
     benchmark::ClobberMemory();
   });
   return sum;
 }
-// Walks of one map that do not wait for each other.
+// Walks of one map that do not depend on each other.
 template <class Map>
 void smallWalk(benchmark::State& state) {
   Map const map = smallMap<Map>(static_cast<std::size_t>(state.range(0)));
   for (auto _ : state) benchmark::DoNotOptimize(sumOf(map));
 }
-// Each walk begins with the result of the one before: what a single walk takes.
+// Each walk depends on the result of the previous one: measures the latency of one walk.
 template <class Map>
 void smallWalkChain(benchmark::State& state) {
   Map const map = smallMap<Map>(static_cast<std::size_t>(state.range(0)));
   const Map* at = &map;
   for (auto _ : state) {
     U64 const sum = sumOf(*at);
-    // Addresses of nodes add up to less than 2^63: the next map is the same one.
+    // The addresses of the nodes add up to less than 2^63, so `at` stays the same map.
     at = &map + (sum >> 63);
   }
   benchmark::DoNotOptimize(at);
 }
 
-// As many maps as give that many elements in all, one after the other, as whoever goes over all
-// shadows meets them: in memory that was in use before, in another order than it was taken.
+// Makes state.range(0) elements in maps of state.range(1) elements each, for a pass over all of
+// them, as over all shadows of a process. Their memory was in use before and was allocated in
+// another order.
 template <class Map>
 std::vector<Map> manyMaps(const benchmark::State& state) {
   auto const each = static_cast<std::size_t>(state.range(1));

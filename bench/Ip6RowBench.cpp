@@ -1,5 +1,5 @@
-// An IPv6 row with ten programmed qualifiers and counters: ours, and one flat snprintf of the same
-// bytes from a plain struct, with inet_ntop for its addresses.
+// An IPv6 row with ten programmed qualifiers and counters: ours against one flat snprintf of the
+// same bytes, from a plain struct and with inet_ntop for the addresses.
 #include <arpa/inet.h>
 #include <benchmark/benchmark.h>
 
@@ -63,7 +63,7 @@ Halvo::Ptr<VelmorTcam::VelmorTcamEntryShadow> shadowOf(const PlainIp6Entry& e) {
   return shadow;
 }
 
-// One call formats the row. Every decision is taken beforehand; only the numbers vary.
+// Formats the row with one call. All decisions are made beforehand; only the numbers vary.
 std::string flatRow(const PlainIp6Entry& e) {
   char src[INET6_ADDRSTRLEN];
   char dst[INET6_ADDRSTRLEN];

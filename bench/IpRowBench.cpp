@@ -1,5 +1,5 @@
-// An IPv4 row with ten programmed qualifiers and counters: ours, one flat snprintf of the same
-// bytes from a plain struct, and the straightforward build.
+// An IPv4 row with ten programmed qualifiers and counters: ours against one flat snprintf of the
+// same bytes from a plain struct, and against the straightforward way.
 #include <arpa/inet.h>
 #include <benchmark/benchmark.h>
 
@@ -20,7 +20,7 @@ const char* quad(std::uint32_t word, char (&text)[INET_ADDRSTRLEN]) {
   return inet_ntop(AF_INET, &network, text, sizeof text);
 }
 
-// One call formats the row. Every decision is taken beforehand; only the numbers vary.
+// Formats the row with one call. All decisions are made beforehand; only the numbers vary.
 std::string flatRow(const PlainEntry& e) {
   char srcIp[INET_ADDRSTRLEN];
   char srcMask[INET_ADDRSTRLEN];

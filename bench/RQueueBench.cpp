@@ -1,4 +1,4 @@
-// RQueue beside std::deque, with the same elements.
+// RQueue against std::deque, with the same elements.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -40,15 +40,15 @@ struct Alt {
     return element;
   }
 };
-// What no queue can beat at a walk: the elements side by side.
+// The lower bound for a walk: the elements side by side.
 template <class T>
 struct Array {
   std::vector<T> queue;
   void enq(const T& element) { queue.push_back(element); }
 };
 
-// The elements go round these records: with a single one, each step would wait for the count that
-// the step before it wrote.
+// The elements take turns with these records. With a single record each step would wait for the
+// count that the previous step wrote.
 constexpr std::size_t recordCount = 64;
 
 template <class T>
@@ -69,8 +69,9 @@ const std::array<T, recordCount>& elements() {
   return all;
 }
 
-// So many queues are filled, or emptied, between two pauses of the clock: a pause costs as much as
-// a hundred elements. Few enough, that they stay in the nearest caches where one of them does.
+// The number of queues to fill or empty between two pauses of the clock. A pause costs as much as a
+// hundred elements, so the number is large. It is small enough that the queues fit into the same
+// cache as one of them.
 std::int64_t batchOf(std::int64_t size) { return std::clamp<std::int64_t>(4000 / size, 1, 64); }
 
 template <class Queue, class T>
@@ -79,7 +80,7 @@ void fill(Queue& queue, std::int64_t size) {
   for (std::size_t i = 0; i < static_cast<std::size_t>(size); ++i) queue.enq(all[i % recordCount]);
 }
 
-// Makes queues and fills them; their end is not counted.
+// Makes queues and fills them. Their destruction is not counted.
 template <class Queue, class T>
 void enqueue(benchmark::State& state) {
   std::int64_t const size = state.range(0);
@@ -93,7 +94,7 @@ void enqueue(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * size);
 }
-// Reads each element, and not what it points to.
+// Reads each element, but not the object that it points to.
 template <class Queue, class T>
 void walk(benchmark::State& state) {
   Queue queue;
@@ -101,12 +102,12 @@ void walk(benchmark::State& state) {
   for (auto _ : state) {
     for (const T& each : queue.queue) {
       const Record* const record = &*each;
-      asm volatile("" : : "r"(record));  // DoNotOptimize would be content with the slot's address
+      asm volatile("" : : "r"(record));  // DoNotOptimize would only need the slot's address
     }
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
-// Empties queues; the end of the empty ones is not counted.
+// Empties queues. The destruction of the empty queues is not counted.
 template <class Queue, class T>
 void dequeue(benchmark::State& state) {
   std::int64_t const size = state.range(0);
@@ -122,7 +123,7 @@ void dequeue(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * size);
 }
-// A queue in balance: one in, one out.
+// A queue in balance: one element in, one out.
 template <class Queue, class T>
 void pass(benchmark::State& state) {
   Queue queue;

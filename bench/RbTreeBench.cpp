@@ -1,4 +1,4 @@
-// RbTreeSet and RbTreeMap beside std::set and std::map with the standard allocator.
+// RbTreeSet and RbTreeMap against std::set and std::map with the standard allocator.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
@@ -28,7 +28,7 @@ struct HN_Bench {
 };
 constinit Zel::AllocationTracker HN_Bench::memAllocationTracker_{"HN_Bench"};
 
-// As the entries of a feature: 80 bytes.
+// As large as the entries of a feature: 80 bytes.
 struct Entry {
   U32 priority = 0;
   U32 id = 0;
@@ -136,7 +136,7 @@ struct AltNames {
 using velmorbench::Order;
 using velmorbench::shuffled;
 
-// Another order each time: a processor learns the branches of one that comes again.
+// Uses another order each time: a processor learns the branches of an order that repeats.
 void shuffleAgain(Order order, std::vector<U32>& keys, std::mt19937& random) {
   if (order == shuffled) std::shuffle(keys.begin(), keys.end(), random);
 }
@@ -188,7 +188,7 @@ void del(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
-// Not a time: bytes an element, of both allocators, as the counter says.
+// The counter holds the result: bytes for each element, by both allocators. The time means nothing.
 template <class Tree, Order order>
 void memory(benchmark::State& state) {
   auto const keys = velmorbench::numbers(order, state.range(0));

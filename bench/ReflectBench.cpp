@@ -1,4 +1,4 @@
-// Reading and invoking attributes generically, beside the direct call.
+// Reading and invoking attributes by reflection, against the direct call.
 #include <benchmark/benchmark.h>
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
@@ -16,7 +16,7 @@ auto groupCopy() {
   return copy;
 }
 
-// The object as any Node: the compiler must not see through to its class.
+// The object as a Node: the compiler must not see its class.
 template <class T>
 Halvo::Node& asNode(const T& object) {
   Halvo::Node* node = object.get();
@@ -57,7 +57,7 @@ void BM_Read_U32_ByDescriptor(benchmark::State& state) {
 }
 BENCHMARK(BM_Read_U32_ByDescriptor);
 
-// The last attribute of the deepest class, through two bases.
+// The last attribute of the most derived class, found through two bases.
 void BM_Read_Enumeration_ByNumberInBase(benchmark::State& state) {
   auto const format = Halvo::makePtr<VelmorTcam::IpEntryRequestCliFormat>();
   Halvo::Node& node = asNode(format);

@@ -1,4 +1,4 @@
-// One entry, in the shapes that the row benchmarks compare.
+// One entry, in the forms that the row benchmarks compare.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,4 @@
-// Reading entries of a snapshot: the streaming reader against a document tree a line.
+// Reading the entries of a snapshot: the streaming reader against one document tree for each line.
 #include <benchmark/benchmark.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint32_t entryCount = 100000;
 
-/// A snapshot in memory, and its path.
+/// A snapshot in memory that has a path.
 class MemoryFile {
  public:
   MemoryFile() : descriptor_(memfd_create("snapshot", 0)) {
@@ -99,7 +99,7 @@ void BM_AltReadSnapshot(benchmark::State& state) {
 }
 BENCHMARK(BM_AltReadSnapshot)->Name("read_snapshot/nlohmann")->Unit(benchmark::kMillisecond);
 
-/// The lines alone: what no reader can beat.
+/// The lower bound for a reader: the lines alone.
 void BM_AltLinesAlone(benchmark::State& state) {
   std::string const path = memoryFile().path();
   for (auto _ : state) {

@@ -1,4 +1,5 @@
-// The IPv4 row as one would first write it with the standard library: the yardstick of RowBench.
+// The IPv4 row as a first version with the standard library would make it: a yardstick for
+// IpRowBench.
 #pragma once
 
 #include <arpa/inet.h>

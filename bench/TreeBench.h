@@ -1,5 +1,5 @@
-// What the benchmarks of the ordered collections share: orders of keys, sizes, and the pairs of
-// ours and the standard library's.
+// Shared by the benchmarks of the ordered collections: orders of keys, sizes, and the registration
+// of our class beside the standard library's.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -17,7 +17,7 @@ namespace velmorbench {
 
 enum Order { sorted, reversed, shuffled };
 
-/// The ascending keys in another order.
+/// Puts the ascending keys into another order.
 template <class Key>
 std::vector<Key> inOrder(Order order, std::vector<Key> keys, unsigned seed = 1) {
   if (order == reversed) std::reverse(keys.begin(), keys.end());
@@ -25,17 +25,17 @@ std::vector<Key> inOrder(Order order, std::vector<Key> keys, unsigned seed = 1) 
   return keys;
 }
 
-/// The numbers from 0 on.
+/// The numbers from 0 on, in this order.
 inline std::vector<std::uint32_t> numbers(Order order, std::int64_t count, unsigned seed = 1) {
   std::vector<std::uint32_t> all(static_cast<std::size_t>(count));
   std::iota(all.begin(), all.end(), 0U);
   return inOrder(order, std::move(all), seed);
 }
 
-/// The places, among `count` keys, of those to look up one after the other: once from first to
-/// last. Where the keys are shuffled and few, again and again, each time in another order: a
-/// processor learns the branches of a short sequence that comes again, and then shows what no use
-/// of the collection sees.
+/// The indexes, among `count` keys, of the keys to look up: each key once, from first to last. If
+/// the keys are few and shuffled, all of them come several times, each time in another order. A
+/// processor learns the branches of a short sequence that repeats, which no use of the collection
+/// has.
 inline std::vector<std::uint32_t> lookups(Order order, std::size_t count) {
   std::vector<std::uint32_t> round(count);
   std::iota(round.begin(), round.end(), 0);
@@ -52,7 +52,7 @@ inline void sizes(benchmark::internal::Benchmark* b) {
   b->Arg(10)->Arg(1000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMicrosecond);
 }
 
-/// Makes a Tree and fills it, again and again; its end is not counted.
+/// Makes and fills one Tree after the other. Their destruction is not counted.
 template <class Tree, class Fill>
 void timeBuilding(benchmark::State& state, Fill fill) {
   for (auto _ : state) {
@@ -72,8 +72,8 @@ void timeWalking(benchmark::State& state, const Tree& tree) {
 
 }  // namespace velmorbench
 
-/// Registers the function template `bench` for the classes Ours`kind` and Alt`kind`, which stands
-/// for the standard library.
+/// Registers the function template `bench` for the classes Ours`kind` and Alt`kind`. Alt is the
+/// standard library's.
 #define VELMOR_BENCH_PAIR(group, bench, kind, order, range) \
   BENCHMARK_TEMPLATE(bench, Ours##kind, velmorbench::order) \
       ->Name(group "/" #kind "/" #bench "/" #order "/ours") \

@@ -1,4 +1,4 @@
-// Text of addresses: ours against the C library's.
+// Text of addresses: ours against the C library.
 #include <arpa/inet.h>
 #include <benchmark/benchmark.h>
 
@@ -32,7 +32,7 @@ std::vector<Trelix::IpAddr> ip4Addresses() {
   return addresses;
 }
 
-// Addresses as configurations hold them: a documentation prefix, a subnet, zeros, an interface.
+// Addresses as in configurations: a documentation prefix, a subnet, zeros, an interface.
 std::vector<Trelix::Ip6Addr> ip6Addresses() {
   Random random(6);
   std::vector<Trelix::Ip6Addr> addresses;

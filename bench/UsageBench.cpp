@@ -1,4 +1,4 @@
-// The usage tree beside the same tree of std::map, std::set, std::deque and std::shared_ptr.
+// The usage tree against the same tree made of std::map, std::set, std::deque and std::shared_ptr.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
@@ -22,7 +22,7 @@ using VelmorTcam::StageType;
 using VelmorTcam::U32;
 using VelmorTcam::U64;
 
-// Where entry n stands: 1024 features in all, filled in turn.
+// The place of entry n: there are 1024 features, filled in turn.
 struct Where {
   explicit Where(U32 n) : slot(n % 1024) {}
   StageType stage() const { return static_cast<StageType>(1 + slot % 2); }
@@ -154,7 +154,7 @@ void fill(Tree& tree, const std::vector<U32>& all) {
   for (U32 const n : all) tree.add(n);
 }
 
-// What a command does: fill, print, drop.
+// The work of a command: fill, print, drop.
 template <class Tree, Order order>
 void life(benchmark::State& state) {
   auto const all = numbers(order, state.range(0));
@@ -188,7 +188,7 @@ void destroy(benchmark::State& state) {
   }
   state.SetItemsProcessed(state.iterations() * state.range(0));
 }
-// Not a time: bytes an entry, of both allocators, as the counter says.
+// The counter holds the result: bytes for each entry, by both allocators. The time means nothing.
 template <class Tree, Order order>
 void memory(benchmark::State& state) {
   auto const all = numbers(order, state.range(0));

@@ -42,7 +42,7 @@ void BM_OursEnumFromName(benchmark::State& state) {
   eachName(state, [](std::string_view name) { return Zel::enum8FromName(module, 0, name); });
 }
 void BM_AltEnumFromNameLinear(benchmark::State& state) {
-  // Hidden, as in generic code, so that the names' sizes are not compiled in.
+  // Hidden from the compiler, as in generic code, so that it does not know the names' sizes.
   std::span<const Zel::EnumValue> hidden = values;
   benchmark::DoNotOptimize(hidden);
   eachName(state, [&](std::string_view name) {

@@ -14,11 +14,11 @@ int main() {
     return 1;
   }
   {
-    // The loaded library has told the runtime its types.
+    // The library registered its types when it was loaded.
     const Zel::TypeDescriptor* const type = Zel::findType("VelmorTcam::VelmorTcamCliFormat");
     if (type == nullptr) return 1;
     auto const node = Zel::createNode(*type, {});
-    // Virtual operations need no symbol of the library.
+    // Calls of virtual operations need no symbol of the library.
     auto const& format = static_cast<const VelmorTcam::CliFormat&>(*node);
 
     auto const shadow = Halvo::makePtr<VelmorTcam::VelmorTcamEntryShadow>(17);
@@ -26,6 +26,6 @@ int main() {
                                VelmorTcam::RequestKey("office"), VelmorTcam::RuleId(10),
                                "tcp from 10/8", shadow, 1234, nullptr);
   }
-  // Nothing of the library may be left when it goes: the formatter is gone here.
+  // The formatter is gone here: no object of the library may be left when it is unloaded.
   ::dlclose(library);
 }

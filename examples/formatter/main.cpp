@@ -1,5 +1,5 @@
-// Prints an entry of an IPv4 access list. The library formats what the entry matches on; the action
-// is the access list's own to say.
+// Prints an entry of an IPv4 access list. The library formats the match; the access list supplies
+// the action.
 #include <cstdio>
 
 #include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
@@ -9,7 +9,7 @@ class PermitFormat : public VelmorTcam::IpEntryRequestCliFormat {
  public:
   Halvo::String formatActions(const PtrConst&) const override { return "permit"; }
 };
-// Without its own formatActions the class would compile, and stop the process at the first entry.
+// A class without formatActions would compile too, but stop the process at the first entry.
 static_assert(VelmorTcam::CompleteFormatter<PermitFormat>);
 
 int main() {

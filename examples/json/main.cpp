@@ -1,5 +1,5 @@
-// Prints an entry as JSON: a formatter that says what the object holds, and a printer that writes
-// it. displayEntryRequest brings the two together, and writes no row when it has a printer.
+// Prints an entry as JSON. The formatter decides the members of the object; the printer writes
+// them. With a printer, displayEntryRequest writes no row.
 #include <cstdio>
 #include <iostream>
 #include <ostream>
@@ -73,7 +73,7 @@ class JsonPrinter : public pravo::Printer {
   }
 
   std::ostream& out_;
-  bool isFirst_ = true;  // nothing stands yet in what is open
+  bool isFirst_ = true;  // nothing has been written yet in the open container
   int depth_ = 0;
 };
 
@@ -103,7 +103,7 @@ class AclFormat : public VelmorTcam::IpEntryRequestCliFormat {
   }
 
  private:
-  /// Nothing where the entry does not match on it: the status is asked first, always.
+  /// Prints nothing if the entry does not match on it. The status must be read first.
   static void printAddress(const VelmorTcam::VelmorTcamEntryShadow& shadow,
                            VelmorTcam::QualifierType type, pravo::Printer& printer) {
     if (shadow.getHwQualStatus(type, type) != VelmorTcam::hwQualStatusProgrammed) return;

@@ -15,7 +15,7 @@ namespace {
 
 void print(const Halvo::String& text) { std::cout << text.view(); }
 
-/// Counts an entry in the feature of that name, which is made where the copy has none yet.
+/// Adds an entry to the feature with that name. Makes the feature if the copy does not have it.
 void entryAdd(CliShowTcamUsageGroupPerCopyInfo& copy, VelmorTcam::U32 featurePriority,
               std::string_view featureName, const CliShowTcamUsageEntryInfo& entry) {
   auto const bucket = copy.featurePrioBucketIs(featurePriority);
@@ -72,7 +72,7 @@ CliShowTcamUsageEntryInfo entryOf(VelmorTcam::U32 priority, VelmorTcam::U32 id,
 
 int main() {
   auto const chip = Halvo::makePtr<CliShowTcamUsageChipInfo>();
-  // Every step makes its child where there is none yet.
+  // Each call returns the child, and makes it first if it is not there.
   auto const copy = chip->stageInfoIs(VelmorTcam::stageTypeIngress)
                         ->pipeInfoIs(0)
                         ->groupPrioBucketIs(10)
