@@ -1,4 +1,4 @@
-// The collections and the string: sequences of operations against the standard library's.
+// The collections and the string: sequences of operations, against the standard library's.
 #include "Containers.h"
 
 #include <algorithm>
@@ -20,7 +20,7 @@ using velmorfuzz::String;
 
 // --- HashMap2018
 
-/// Few values: long chains, and tags that agree.
+/// Gives few values, for long chains and for equal tags.
 struct PoorHash {
   template <class K>
   std::size_t operator()(const K& key) const {
@@ -28,7 +28,7 @@ struct PoorHash {
   }
 };
 
-/// The first bytes of a text, as many as make a value no larger than a pointer.
+/// The first bytes of a text, as many as fit into a value no larger than a pointer.
 class ShortText {
  public:
   ShortText() = default;
@@ -119,7 +119,7 @@ class HashMapRun {
       case 8: {
         std::size_t const before = map_.memoryBytes();
         map_.reserve(in_.number<std::uint16_t>() % 600U);
-        // Elements that moved show in the generation.
+        // If elements moved, the generation shows it.
         if (map_.memoryBytes() != before && !map_.empty()) generation_ += 2;
         break;
       }
@@ -137,7 +137,7 @@ class HashMapRun {
         useHeld();
         break;
       case 14: {
-        // A copy is the same, and on its own.
+        // A copy has the same elements and is independent.
         Map copy(map_);
         FUZZ_CHECK(copy.size() == map_.size() && copy.generation() == 1);
         for (auto const& [k, v] : model_) FUZZ_CHECK_TEXT(copy.get(k), v);
@@ -150,7 +150,7 @@ class HashMapRun {
         break;
       }
       case 15: {
-        // Away and back. No iterator may be used that saw it.
+        // Move the map away and back. An iterator from before must not be used.
         held_.reset();
         Map other(std::move(map_));
         generation_ += 2;
@@ -164,7 +164,7 @@ class HashMapRun {
         break;
       }
       default: {
-        // Many at a time, since a table grows only so.
+        // Many at once, so that a table grows.
         unsigned const count = in_.below(64);
         unsigned const seed = in_.u8();
         for (unsigned i = 0; i < count; ++i) {
@@ -182,7 +182,7 @@ class HashMapRun {
     FUZZ_CHECK(met == model_);
   }
 
-  /// Removal by iterator, as it goes: everything is met once.
+  /// Removes by iterator during a walk. The walk meets every element once.
   void walkAndDelete() {
     unsigned const mask = in_.u8();
     Model met;
@@ -221,7 +221,7 @@ class HashMapRun {
     if (in_.flag()) {
       ++at;
       if (at == map_.end()) return;
-      // Never what is not there.
+      // An element that is present, always.
       FUZZ_CHECK(at.isFresh() && model_.count(at.key()) == 1);
       FUZZ_CHECK_TEXT(at.value(), model_[at.key()]);
     } else {
@@ -250,11 +250,11 @@ void queue(Input& in) {
   auto const first = in.oddNumber<std::uint32_t>();
   Queue queue(first);
   std::deque<std::string> model;
-  // Walks what was there when it was made.
+  // Walks the elements that were there when it was made.
   Queue::const_iterator held;
   bool isHeld = false;
   std::deque<std::string> toCome;
-  std::size_t before = 0;  // elements in front of the one that it stands at
+  std::size_t before = 0;  // elements in front of its element
   unsigned budget = 60000;
   while (!in.empty() && budget != 0) {
     --budget;
@@ -279,7 +279,7 @@ void queue(Input& in) {
         unsigned const count = in.flag() ? 1U : in.number<std::uint16_t>() % 9000U;
         for (unsigned i = 0; i < count; ++i) {
           bool const isThere = !model.empty();
-          // It must not be used once its element has gone.
+          // The iterator must not be used once its element has gone.
           if (before == 0 && !toCome.empty()) isHeld = false;
           if (before != 0) --before;
           FUZZ_CHECK_TEXT(queue.deq(), isThere ? model.front() : "");
@@ -289,7 +289,7 @@ void queue(Input& in) {
         break;
       }
       case 4:
-        // One of its own.
+        // Enqueue an element of the queue itself.
         if (!model.empty()) {
           queue.enq(in.flag() ? *queue.frontPeek() : *queue.backPeek());
           std::string const back = queue.back().str();
@@ -357,7 +357,7 @@ void checkSame(const String& text, const std::string& model) {
   FUZZ_CHECK(text.size() == model.size() && text.capacity() >= text.size());
   FUZZ_CHECK(text.c_str()[text.size()] == '\0');
   FUZZ_CHECK(text.capacity() >= String::inlineCapacity);
-  // What may always be read: a sanitizer sees where it may not.
+  // These bytes may always be read. A sanitizer reports it if they may not.
   char readable[String::readableBytes];
   std::memcpy(readable, text.data(), sizeof readable);
   FUZZ_CHECK(readable[0] == text.data()[0]);
@@ -382,7 +382,7 @@ void string(Input& in) {
         break;
       }
       case 1:
-        // From within itself.
+        // A part of the string itself.
         s.append(s.view().substr(from, part.size()));
         m += std::string(part);
         break;
@@ -481,13 +481,13 @@ void string(Input& in) {
         String copy(s);
         String const moved(std::move(copy));
         checkSame(moved, m);
-        FUZZ_CHECK(copy.empty());  // NOLINT(bugprone-use-after-move): that is promised
+        FUZZ_CHECK(copy.empty());  // NOLINT(bugprone-use-after-move): the class promises it
         copy = "again";
         FUZZ_CHECK_TEXT(copy, "again");
         break;
       }
       case 20:
-        // Only the contents count, and bytes are unsigned.
+        // The order goes by the contents alone, as unsigned bytes.
         FUZZ_CHECK((text[0] <=> text[1]) ==
                    (std::string_view(model[0]) <=> std::string_view(model[1])));
         FUZZ_CHECK((text[0] == text[1]) == (model[0] == model[1]));

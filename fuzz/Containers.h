@@ -1,4 +1,4 @@
-// What the parts of the target `containers` share.
+// Shared by the parts of the target `containers`.
 #pragma once
 
 #include <cstdint>
@@ -15,12 +15,12 @@ namespace velmorfuzz {
 
 using Halvo::String;
 
-/// What all elements here are counted under.
+/// The tag under which all elements of this target are counted.
 struct ItemTag {
   static Zel::AllocationTracker memAllocationTracker_;
 };
 
-/// Keys that share long beginnings, so that an order has to look far.
+/// Keys that begin alike, so that a comparison has to read far.
 template <class K>
 K keyNumbered(unsigned number) {
   if constexpr (std::is_same_v<K, String>) {

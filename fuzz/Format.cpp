@@ -1,5 +1,6 @@
-// The run-time door of Zel::_fmt: any format text and typed arguments against the C library, byte
-// for byte, and against the grammar by a reading of its own.
+// The run-time form of Zel::_fmt, with any format text and typed arguments. Its output is compared
+// byte for byte with the C library's, and its check of the format with a second reader of the
+// grammar.
 #include "Zel/Format/Format.h"
 
 #include <cstdio>
@@ -20,16 +21,16 @@ using Zel::FormatDetail::ArgKind;
 
 enum PlainColour : unsigned { colourRed = 7, colourAll = 0xFFFFFFFF };
 
-/// An argument as Zel's functions take it, and as the oracle does.
+/// An argument, in the form for Zel's functions and in the form for the oracle.
 struct Argument {
   Arg arg;
   ArgKind kind;
-  long number = 0;                ///< of an integer: its bits as the calling convention has them
+  long number = 0;                ///< of an integer: its bits in the calling convention
   const char* pointed = nullptr;  ///< of a const char*, or an array
   std::string text;               ///< of a text
 };
 
-/// What keeps the arguments alive.
+/// Keeps the arguments alive.
 struct Storage {
   std::deque<std::string> texts;
   std::deque<String> strings;
@@ -115,12 +116,12 @@ Argument argument(Input& in, Storage& storage) {
     case 15:
       return text(storage.texts.emplace_back(in.text(in.below(160))));
     case 16: {
-      // Not ended by a NUL, and a read behind it is seen.
+      // Not ended by a NUL: a sanitizer reports a read past the end.
       std::string_view const bytes = in.text(in.below(80));
       return text(bytes);
     }
     case 17: {
-      // An array that is full, or ends before.
+      // An array that is full, or has a NUL before its end.
       auto& bytes = storage.arrays.emplace_back().bytes;
       std::string_view const from = in.text(8);
       for (std::size_t i = 0; i < 8; ++i) bytes[i] = i < from.size() ? from[i] : '\0';
@@ -145,13 +146,13 @@ std::string printed(const std::string& format, Args... args) {
   return text;
 }
 
-/// Reads a format by its grammar and makes the expected text of it.
+/// Reads a format by the grammar and makes the text that is expected of it.
 class Oracle {
  public:
   Oracle(std::string_view format, const std::vector<Argument>& arguments)
       : format_(format), arguments_(arguments) {}
 
-  /// False when the format does not fit.
+  /// False if the format does not fit the arguments.
   bool read() {
     while (at_ < format_.size()) {
       if (format_[at_] != '%') {
@@ -165,18 +166,18 @@ class Oracle {
     }
     return next_ == arguments_.size();
   }
-  /// Whether the text is too long to be compared, or the oracle does not know it.
+  /// Whether the text cannot be compared: it is too long, or the oracle does not know it.
   bool isSkipped() const { return isSkipped_; }
   const std::string& expected() const { return expected_; }
 
  private:
-  // What is wider is not interesting, and takes long.
+  // Wider texts take long and show nothing new.
   static constexpr long widest = 3000;
 
   bool at(std::string_view set) const {
     return at_ < format_.size() && set.find(format_[at_]) != set.npos;
   }
-  /// Digits as they stand; false beyond what a number may be.
+  /// Reads digits. False beyond the largest number of the grammar.
   bool number(long& value, std::string& text) {
     value = 0;
     while (at("0123456789")) {
@@ -211,7 +212,7 @@ class Oracle {
       std::string precisionText;
       if (at("*")) {
         if (!star(precision, precisionText)) return false;
-        // Written out, a negative one would be another thing.
+        // A negative precision means none. Written out as a number it would mean something else.
         if (precision >= 0) piece += '.' + precisionText;
       } else {
         if (!number(precision, precisionText)) return false;
@@ -265,7 +266,8 @@ class Oracle {
     return true;
   }
 
-  /// The C library ends a text at a NUL; Zel prints those of a text that knows its size.
+  /// The C library ends a text at its first NUL. Zel prints all bytes of a text that knows its
+  /// size.
   void sized(const std::string& piece, const Argument& argument) {
     if (argument.kind == ArgKind::cString) {
       expected_ += printed(piece, argument.pointed);
@@ -292,7 +294,7 @@ class Oracle {
   bool isSkipped_ = false;
 };
 
-/// Whether Zel takes the format: what the door asks before it stops the process.
+/// Whether Zel accepts the format: the check that comes before it stops the process.
 bool isTaken(std::string_view format, const std::vector<ArgKind>& kinds) {
   using namespace Zel::FormatDetail;
   const char* at = format.data();
@@ -311,7 +313,7 @@ bool isTaken(std::string_view format, const std::vector<ArgKind>& kinds) {
   return next == kinds.size();
 }
 
-/// The templates of the door itself.
+/// Checks the public templates of the run-time form.
 void checkDoor(std::string_view format, const Argument& argument, std::string_view expected) {
   auto const check = [&](const auto& value) {
     FUZZ_CHECK_TEXT(Zel::_fmt(Zel::runtimeFormat(format), value), expected);
@@ -363,7 +365,7 @@ FUZZ_TARGET(format) {
   String out("some text before, of a size that leaves little room");
   Zel::FormatDetail::formatAppendRuntime(out, format, args.data(), kinds.data(), kinds.size());
   FUZZ_CHECK_TEXT(out, "some text before, of a size that leaves little room" + oracle.expected());
-  // The format and the arguments may be the text itself.
+  // The format and the arguments may be the text that is appended to.
   String self(format);
   for (Argument& each : arguments) {
     if (each.kind == ArgKind::text && each.text == format) each.arg.text = self.data();

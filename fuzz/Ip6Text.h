@@ -1,4 +1,4 @@
-// The canonical text of an IPv6 address by the letter of RFC 5952, group by group.
+// The canonical text of an IPv6 address, written from the rules of RFC 5952, group by group.
 #pragma once
 
 #include <array>

@@ -1,4 +1,4 @@
-// The door by which libFuzzer enters a program that holds one target.
+// The entry point for libFuzzer in a program that holds one target.
 #include "Target.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

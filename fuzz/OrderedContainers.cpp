@@ -1,4 +1,4 @@
-// RbTreeMap and RbTreeSet against std::map, iterators that outlive changes included.
+// RbTreeMap and RbTreeSet against std::map, with iterators that outlive changes.
 #include <iterator>
 #include <map>
 #include <optional>
@@ -13,7 +13,7 @@ namespace velmorfuzz {
 
 namespace {
 
-/// What a collection does with elements: sets have no values.
+/// The operations of a collection on its elements. Sets have no values.
 template <class K>
 struct MapAccess {
   using Collection = Zel::RbTreeMap<K, String, ItemTag>;
@@ -79,13 +79,13 @@ class OrderedRun {
   }
 
  private:
-  /// An iterator, and what it should know.
+  /// An iterator and the state that it should have.
   struct Held {
     Iterator at;
-    std::optional<K> key;  ///< the one last held
+    std::optional<K> key;  ///< the key that it last held
     bool isAtEnd;
-    Halvo::U32 made;  ///< the generation when it was made
-    Halvo::U32 seen;  ///< the generation when it was made or last stepped
+    Halvo::U32 made;  ///< the generation at which it was made
+    Halvo::U32 seen;  ///< the generation at which it was made or last stepped
   };
 
   K key() { return keyOf<K>(in_); }
@@ -228,7 +228,7 @@ class OrderedRun {
     if (held_.empty()) return;
     Held& held = held_[in_.below(static_cast<unsigned>(held_.size()))];
     FUZZ_CHECK(held.at.generation() == held.made);
-    // Its element is sure to be the same one where nothing has been removed.
+    // If nothing has been removed, it still stands at the same element.
     if (!held.isAtEnd && held.seen == generation_) checkStands(held.at, model_.find(*held.key));
     if constexpr (isMap) {
       if (held.key) FUZZ_CHECK(held.at.key() == *held.key);

@@ -1,5 +1,6 @@
-// Generic operations: sequences of any attribute, operation and arguments on objects and values of
-// every type. What is refused changes nothing; what is done changes counts as the operation says.
+// Reflection: sequences of any attribute, operation and arguments, on objects and values of every
+// type. A refused operation changes nothing. An operation that is done changes the counts as it
+// says.
 #include "Zel/Types/Reflect.h"
 
 #include <array>
@@ -28,7 +29,7 @@ using Zel::TypeDescriptor;
 using Zel::Value;
 
 std::vector<const TypeDescriptor*> allTypes() {
-  // By name: the order of the modules is that in which they were loaded.
+  // Finds the modules by name: their order is the order in which they were loaded.
   std::vector<const TypeDescriptor*> types;
   for (const char* const module : {"VelmorTcamCliTypes", "VelmorTcamEntryShadow"}) {
     for (const auto* at = Halvo::ModuleInspectData::first(); at != nullptr; at = at->next()) {
@@ -47,7 +48,7 @@ std::vector<const Attribute*> attributesOf(const TypeDescriptor& type) {
 
 bool isCollection(const Attribute& attribute) { return attribute.supports(Op::count); }
 
-/// What becomes of an operation.
+/// The outcome of an operation.
 enum class Outcome { done, notSupported, refused };
 
 class Run {
@@ -86,7 +87,7 @@ class Run {
     return *types[in_.below(static_cast<unsigned>(types.size()))];
   }
 
-  /// A value of the type, from bytes; of a node, sometimes one that there is, or null.
+  /// A value of the type, made from bytes. For a node type sometimes an existing node, or null.
   Value valueOf(const TypeDescriptor& type, unsigned depth) {
     std::string_view const name = type.name;
     if (type.kind == Zel::TypeKind::enumeration) {
@@ -129,7 +130,7 @@ class Run {
       return Value();
     }
   }
-  /// Keeps its contract: what is programmed is there.
+  /// A shadow that keeps its contract: a programmed qualifier has its data.
   Ptr<VelmorTcam::VelmorTcamEntryShadow> shadow() {
     auto made = Halvo::makePtr<VelmorTcam::VelmorTcamEntryShadow>(in_.oddNumber<Halvo::U64>());
     auto const types = VelmorTcam::qualifierTypeValues();
@@ -160,7 +161,7 @@ class Run {
     if (shape < 64) return valueOf(basic[shape % std::size(basic)](), depth);
     return valueOf(anyType(), depth);
   }
-  /// One argument too many, too few, or another.
+  /// Adds an argument, removes one or replaces one.
   void spoil(std::vector<Value>& arguments, unsigned depth) {
     unsigned const way = in_.below(3);
     if (way == 0 || arguments.empty()) {
@@ -208,7 +209,7 @@ class Run {
     return arguments;
   }
 
-  /// Whether the operation itself stops the process, as its class promises.
+  /// Whether the operation itself stops the process, as its class documents.
   static bool stops(const TypeDescriptor& type, const Attribute& attribute, Op op,
                     const std::vector<Value>& arguments) {
     std::string_view const name = attribute.name;
@@ -221,7 +222,7 @@ class Run {
     if (name == "formatActions") return true;
     if (name == "formatEntryRequest") return typeName != "VelmorTcam::VelmorTcamCliFormat";
     if (name == "formatQualifierIpLength") {
-      // One "%s", however it is written, is held elsewhere.
+      // Other texts with one "%s" belong to the target `format`.
       return arguments.size() > 1 && arguments[1].is<String>() &&
              arguments[1].as<String>() != "%11s|";
     }
@@ -276,9 +277,9 @@ class Run {
   void operate() {
     std::size_t const at = slot();
     const TypeDescriptor* const type = pool_[at].type();
-    Value const held = pool_[at];  // whatever becomes of the slot
+    Value const held = pool_[at];  // keeps the value when the slot changes
     if (held.record() != nullptr) {
-      // A record is the slot's own.
+      // A record is copied: the operation changes the copy.
       Value changed = held;
       operateOn(changed, *type, changed);
       if (in_.flag()) pool_[at] = std::move(changed);
@@ -308,7 +309,7 @@ class Run {
     unsigned const choice = in_.u8();
     Op op = static_cast<Op>(choice);
     if (choice < 240 && attribute != nullptr) {
-      // One that is supported.
+      // Choose an operation that the attribute supports.
       unsigned wanted = choice % static_cast<unsigned>(__builtin_popcount(attribute->operations));
       U32 bits = attribute->operations;
       for (; wanted != 0; --wanted) bits &= bits - 1;
@@ -409,7 +410,7 @@ class Run {
     if (count < 50) checkWalk(object, attribute);
   }
 
-  /// A cursor goes on, whatever became of its collection.
+  /// A cursor can go on, whatever happened to its collection.
   void walkOn() {
     const Value held = pool_[slot()];
     if (!held.is<Ptr<Zel::Cursor>>()) return;
@@ -427,7 +428,7 @@ class Run {
     pool_[elementAt] = std::move(element);
   }
 
-  /// What can be asked of any value.
+  /// The questions that any value answers.
   void looks() {
     const Value value = pool_[slot()];
     const Value other = pool_[slot()];

@@ -5,9 +5,9 @@
 //     fuzz_replay --unpack FILE.txt DIRECTORY
 //     fuzz_replay --pack DIRECTORY FILE.txt
 //
-// A PATH is a file, which is one input; FILE.txt, which holds many; or a directory of inputs. One
-// that fails stops the process; -v names each before it runs. A PATH may be missing; that no input
-// was found is a failure.
+// A PATH is a file, which is one input; a FILE.txt, which holds many inputs; or a directory of
+// inputs. An input that fails stops the process. -v names each input before it runs. A PATH may be
+// missing, but it is a failure if no input was found at all.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -27,7 +27,7 @@ namespace {
 using velmorfuzz::Target;
 
 std::vector<std::string> inputsAt(const std::string& path) {
-  // Not every target has every kind.
+  // Not every target has seeds, a corpus and crashes.
   if (!std::filesystem::exists(path)) return {};
   if (path.ends_with(".txt")) return velmorfuzz::packedInputs(path);
   if (std::filesystem::is_regular_file(path)) return {velmorfuzz::contentsOf(path)};
@@ -35,7 +35,7 @@ std::vector<std::string> inputsAt(const std::string& path) {
 }
 
 void run(const Target& target, const std::string& input) {
-  // A copy of exactly its size: a sanitizer sees a read past its end.
+  // A copy of exactly this size, so that a sanitizer reports a read past its end.
   std::unique_ptr<std::uint8_t[]> const bytes(new std::uint8_t[input.size()]);
   std::copy(input.begin(), input.end(), bytes.get());
   velmorfuzz::Input in(bytes.get(), input.size());
@@ -61,7 +61,7 @@ int replay(const std::string& name, const std::vector<std::string>& paths, bool 
 
 void unpack(const std::string& from, const std::string& to) {
   std::filesystem::create_directories(to);
-  // The name of the file's directory keeps those of two files apart.
+  // The directory's name keeps files of the same name apart.
   std::string const name = std::filesystem::path(from).parent_path().filename().string();
   std::size_t number = 0;
   for (std::string const& input : velmorfuzz::packedInputs(from)) {
@@ -69,7 +69,7 @@ void unpack(const std::string& from, const std::string& to) {
   }
 }
 
-/// Short inputs first, each once.
+/// Writes each input once, short inputs first.
 void pack(const std::string& from, const std::string& to) {
   std::vector<std::string> inputs = velmorfuzz::inputsIn(from);
   std::sort(inputs.begin(), inputs.end(), [](const std::string& a, const std::string& b) {

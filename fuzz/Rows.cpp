@@ -1,8 +1,8 @@
-// Rows and cells of whole entries: bytes become a shadow, and what the formatters print of it is
-// compared with rows made by the C library's printf.
+// Rows and cells of whole entries: makes a shadow from bytes, and compares the formatters' output
+// with rows made by the C library's printf.
 //
-// The shadows keep their contract: what is programmed has its record, of the kind that the
-// qualifier takes. (An IPv6 address alone may lack its record, and then reads as zero.)
+// The shadows keep their contract: a programmed qualifier has its record, of the kind that it
+// takes. (Only an IPv6 address may lack its record; it then reads as zero.)
 #include <arpa/inet.h>
 
 #include <array>
@@ -25,7 +25,7 @@ using Halvo::String;
 using velmorfuzz::Input;
 using Octets = std::array<std::uint8_t, 16>;
 
-/// What an entry matches on, as plain values: the oracle's side of a shadow.
+/// The match of an entry as plain values: the oracle's counterpart of a shadow.
 struct Entry {
   struct Data {
     std::uint8_t status = 0;
@@ -45,7 +45,7 @@ struct Entry {
   std::map<int, Range> ranges;
   std::string action;
 
-  /// Null where the qualifier is not programmed.
+  /// Null if the qualifier is not programmed.
   const Data* programmed(int type) const {
     auto const found = qualifiers.find(type);
     return found == qualifiers.end() || found->second.status != 7 ? nullptr : &found->second;
@@ -105,7 +105,7 @@ std::string range(const Entry& e, int checker) {
   return format("%11s|", format("%d-%d", found->second.low, found->second.high).c_str());
 }
 
-/// -1 where the port carries no ICMP.
+/// -1 if the port carries no ICMP type or code.
 int icmp(const Entry& e, int type) {
   const auto* const proto = e.programmed(101);
   if (proto == nullptr || e.programmed(118) == nullptr) return -1;
@@ -246,7 +246,7 @@ std::string ip6Row(const Entry& e, std::uint32_t number, std::uint64_t hits) {
 Octets octetsOf(Input& in) {
   Octets octets{};
   unsigned const shape = in.u8();
-  // A mask, or an address with runs of zeros.
+  // Either a mask or an address with runs of zeros.
   if ((shape & 128) != 0) {
     unsigned const ones = in.below(129);
     for (unsigned i = 0; i < ones; ++i) octets[i / 8] |= static_cast<std::uint8_t>(128 >> i % 8);
@@ -271,7 +271,7 @@ constexpr int listed[] = {8,   15,  20,  25,  28,  36,  92,  95,  97,
 bool isIp6(int type) { return type == 20 || type == 25 || type == 158 || type == 163; }
 bool isMac(int type) { return type == 28 || type == 164; }
 
-/// One more thing about the entry.
+/// Changes one thing in the entry and in its shadow.
 void change(Input& in, Entry& entry, VelmorTcamEntryShadow& shadow) {
   unsigned const what = in.below(24);
   if (what < 18) {
@@ -331,7 +331,7 @@ void change(Input& in, Entry& entry, VelmorTcamEntryShadow& shadow) {
       break;
     }
     case 22: {
-      // Another hardware qualifier, or one that no cell reads: changes nothing.
+      // A qualifier implemented by another one changes no cell.
       auto const type = static_cast<QualifierType>(listed[in.below(18)]);
       auto const other = static_cast<QualifierType>(in.u8());
       auto const status = static_cast<HwQualStatus>(in.u8());
@@ -345,7 +345,7 @@ void change(Input& in, Entry& entry, VelmorTcamEntryShadow& shadow) {
       break;
     }
     default: {
-      // An IPv6 record of another kind reads as zero.
+      // For an IPv6 qualifier a record of another kind reads as zero.
       int const number = listed[std::array{2, 3, 14, 15}[in.below(4)]];
       auto const type = static_cast<QualifierType>(number);
       shadow.hwQualIs(type, Qualifier(in.number<std::uint32_t>(), 0xFFFFFFFF));
@@ -424,6 +424,6 @@ FUZZ_TARGET(rows) {
     int const expected = icmp(entry, type);
     FUZZ_CHECK(isIcmp == (expected >= 0) && carried == (isIcmp ? expected : 0));
   }
-  // Nothing is held behind.
+  // The formatters hold no reference after they return.
   FUZZ_CHECK(shadow->useCount() == 2);
 }

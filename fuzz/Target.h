@@ -1,12 +1,12 @@
-// What every fuzz target is made of: its name, the bytes it is given, and its checks.
+// The parts of a fuzz target: its name, the bytes that it is given, and its checks.
 //
 //     FUZZ_TARGET(text) {
 //       std::string_view const text = in.rest();
 //       FUZZ_CHECK(parsed(text) == expected(text));
 //     }
 //
-// A target is deterministic: it keeps nothing from one input to the next, so that an input that
-// once failed fails whenever it is run.
+// A target is deterministic: it keeps nothing from one input to the next. So an input that once
+// failed fails in every run.
 #pragma once
 
 #include <cstddef>
@@ -17,7 +17,7 @@
 
 namespace velmorfuzz {
 
-/// The bytes of one input, taken from the front. Behind the last there are zeros for ever.
+/// The bytes of one input, taken from the front. After the last byte it gives zeros without end.
 class Input {
  public:
   Input(const std::uint8_t* data, std::size_t size) : at_(data), end_(data + size) {}
@@ -33,9 +33,9 @@ class Input {
     return static_cast<Number>(bits);
   }
   bool flag() { return (u8() & 1) != 0; }
-  /// 0 to bound - 1; takes one byte. `bound` is at most 256.
+  /// A number from 0 to bound - 1. Takes one byte. `bound` is at most 256.
   unsigned below(unsigned bound) { return u8() % bound; }
-  /// A number of any size, small ones and the borders of its type often.
+  /// Any number of the type. Small numbers and the limits of the type are frequent.
   template <class Number>
   Number oddNumber() {
     using Unsigned = std::make_unsigned_t<Number>;
@@ -52,14 +52,14 @@ class Input {
         return number<Number>();
     }
   }
-  /// The next bytes, at most `count`.
+  /// The next `count` bytes, or as many as are left.
   std::string_view text(std::size_t count) {
     if (count > size()) count = size();
     std::string_view const taken(reinterpret_cast<const char*>(at_), count);
     at_ += count;
     return taken;
   }
-  /// A short text, its length before it.
+  /// A text of up to 255 bytes. The byte in front of it is its length.
   std::string_view shortText() { return text(u8()); }
   std::string_view rest() { return text(size()); }
 
@@ -70,7 +70,7 @@ class Input {
 
 using Run = void (*)(Input& in);
 
-/// A target that this program holds; they stand in a list.
+/// A target of this program, in the list of all its targets.
 struct Target {
   Target(const char* targetName, Run targetRun);
 
@@ -82,7 +82,7 @@ struct Target {
 
 [[noreturn]] void checkFailed(const char* file, int line, const std::string& what);
 
-/// Stops the process, and shows both texts, unless they are the same.
+/// Shows both texts and stops the process, unless the texts are equal.
 void checkTextsAre(const char* file, int line, std::string_view text, std::string_view expected);
 
 }  // namespace velmorfuzz

@@ -1,5 +1,5 @@
-// Text forms: addresses against the C library, enumeration names against their lists, and records:
-// whatever reads prints, and what is printed reads back the same.
+// Text forms: addresses against the C library, names of enumerations against their lists, and
+// records. Whatever reads can be printed, and the printed text reads back as the same value.
 #include <arpa/inet.h>
 
 #include <array>
@@ -30,7 +30,7 @@ using Trelix::NetU16;
 using velmorfuzz::Input;
 using Zel::Value;
 
-/// What the C library reads; it knows no text with a NUL.
+/// The C library's result for the text. It knows no text with a NUL.
 template <int family, class Octets>
 std::optional<Octets> readByLibc(std::string_view text) {
   Octets octets{};
@@ -109,7 +109,7 @@ void netU16Parse(Input& in) {
   checkParse<NetU16>(text, expected);
 }
 
-/// Zeros and ones often, so that runs and masks come up.
+/// Often zeros and ones, so that runs and masks occur.
 std::array<std::uint8_t, 16> oddOctets(Input& in) {
   std::array<std::uint8_t, 16> octets{};
   unsigned const zeros = in.number<std::uint16_t>();
@@ -133,7 +133,7 @@ void addressPrint(Input& in) {
   Ip6Addr const ip6 = Ip6Addr::fromBytes(octets);
   std::string const expected = velmorfuzz::ip6Text(octets);
   checkPrint(ip6, expected);
-  // The C library writes the old IPv4-compatible addresses its own way.
+  // The C library writes the old IPv4-compatible addresses in another form.
   if (ip6.hostOrder(0) != 0 || ip6.hostOrder(1) != 0 || ip6.hostOrder(2) != 0) {
     FUZZ_CHECK(::inet_ntop(AF_INET6, octets.data(), text, sizeof text) != nullptr);
     FUZZ_CHECK_TEXT(text, expected);
@@ -155,7 +155,7 @@ void addressPrint(Input& in) {
   checkPrint(word, text);
 }
 
-/// An error is a line of text about the input.
+/// Whether `body` parses. The message of an error must be one line and not empty.
 template <class Body>
 bool parses(Body body) {
   try {
@@ -250,7 +250,7 @@ void checkIsPlain(std::string_view text) {
   }
 }
 
-/// `print` and `read` for one type; `same` compares in full.
+/// Prints and reads a value of one type. `same` compares two values in full.
 template <class T, class Same>
 void recordText(std::string_view text, Same same) {
   std::optional<T> value;
@@ -312,7 +312,7 @@ void recordTexts(Input& in) {
   }
 }
 
-/// By the type's name, as inspection does.
+/// Reads and prints values by the name of their type, as inspection does.
 void valueTexts(Input& in) {
   static constexpr const char* names[] = {
       "VelmorTcam::CliDisplayStrings", "VelmorTcam::CliShowTcamUsageEntryInfo",
@@ -341,11 +341,11 @@ void entryPrint(Input& in) {
   checkIsPlain(printed);
   auto const again = Zel::strepToValue<VelmorTcam::CliShowTcamUsageEntryInfo>(printed);
   FUZZ_CHECK(isSame(entry, again));
-  // Off the front, and no byte more.
+  // Reading from the front takes exactly the record.
   Zel::CharRange range(printed);
   VelmorTcam::CliShowTcamUsageEntryInfo const front(range);
   FUZZ_CHECK(range.empty() && isSame(entry, front));
-  // Nothing less than all of it reads.
+  // A record that is cut short does not read.
   std::size_t const cut = entry.hits() % printed.size();
   FUZZ_CHECK(!parses([&] {
     (void)Zel::strepToValue<VelmorTcam::CliShowTcamUsageEntryInfo>(printed.substr(0, cut));

@@ -1,5 +1,5 @@
 // The usage tree and the summary: sequences of their public operations against a model of plain
-// maps, with subtrees that are held after they were removed.
+// maps. Some removed subtrees are held and used further.
 #include <deque>
 #include <map>
 #include <memory>
@@ -18,7 +18,7 @@ using Halvo::Ptr;
 using Halvo::String;
 using velmorfuzz::Input;
 
-// --- the levels, as one sees them from above
+// --- the levels of the tree, behind one interface
 
 template <class Node>
 struct Level;
@@ -70,7 +70,7 @@ struct FeatureModel {
   std::uint32_t reserved = 0;
 };
 
-/// A node of any level; children by key as a number.
+/// A node of any level, with its children by their key as a number.
 struct NodeModel {
   std::map<std::int64_t, std::shared_ptr<NodeModel>> children;
   std::uint32_t generation = 1;
@@ -95,7 +95,7 @@ class Run {
     for (auto const& [node, model] : removedPipes_) check(*node, *model);
     for (auto const& feature : features_) check(*feature);
     checkSummary();
-    // What is held outlives the tree.
+    // Held nodes outlive the tree.
     chip_.reset();
     for (auto const& [node, model] : removedCopies_) check(*node, *model);
     for (auto const& feature : features_) {
@@ -114,7 +114,7 @@ class Run {
     }
   }
 
-  /// One operation on this node, or further down.
+  /// Does one operation on this node or on one below it.
   template <class Node>
   void visit(Node& node, NodeModel& model) {
     using Access = Level<Node>;
@@ -128,9 +128,9 @@ class Run {
       if (!isThere) childModel = std::make_shared<NodeModel>();
       Ptr<typename Access::Child> const child = Access::make(node, key);
       FUZZ_CHECK(child && keyOf(*child) == key && Access::get(node, key) == child);
-      // The one here and the collection's, and where it was removed and kept, none other.
+      // There are two references: this one and the collection's.
       FUZZ_CHECK(child->useCount() == 2);
-      // Held: the operation may remove what is above.
+      // Kept: the operation may remove a node above.
       std::shared_ptr<NodeModel> const kept = childModel;
       descend(*child, *kept);
     } else if (what < 12) {
@@ -191,7 +191,7 @@ class Run {
   void deleteAt(Node& node, NodeModel& model, Key key) {
     if constexpr (requires { Level<Node>::all(node).at(key); }) {
       auto const at = Level<Node>::all(node).at(key);
-      // Another removal may come between.
+      // Sometimes remove another child in between.
       if (in_.flag()) {
         auto const other = this->key<Key>();
         removed(Level<Node>::del(node, other), model, static_cast<std::int64_t>(other));
@@ -382,7 +382,7 @@ class Run {
   };
 
   String name() {
-    // The order goes by bytes, whatever they are.
+    // Some names are any bytes: the order goes by bytes.
     unsigned const shape = in_.u8();
     if (shape < 200) return "group" + std::to_string(shape % 20);
     return String(in_.text(shape - 190));
