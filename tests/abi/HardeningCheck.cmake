@@ -1,8 +1,8 @@
-# Looks at how a library or program may be attacked:
+# Checks that a library or program is hardened against attacks:
 #
 #   cmake -DFILE=... -DREADELF=... [-DOPTIONS=stack_protector,fortify,rpath] -P HardeningCheck.cmake
 #
-# OPTIONS: what is to be seen beside what is so in every build. rpath: there is none but $ORIGIN.
+# OPTIONS: checks beyond those for every build. rpath: it has none but $ORIGIN.
 function(read what output)
   execute_process(COMMAND ${READELF} -W ${what} ${FILE} OUTPUT_VARIABLE text
     RESULT_VARIABLE failed ERROR_VARIABLE errors)

@@ -1,5 +1,5 @@
-# Installs the components one by one, stripped: each holds what belongs to it, and all of them are the
-# whole.
+# Installs the components one by one, stripped. Each holds its own files, and together they are a
+# full installation.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 function(list_files directory variable)

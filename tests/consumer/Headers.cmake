@@ -1,4 +1,4 @@
-# Builds a source that includes every installed header.
+# Builds a source file that includes every installed header.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 run(${CMAKE_COMMAND} -S ${SOURCE}/tests/consumer/headers -B ${WORK} ${project_options}

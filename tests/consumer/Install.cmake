@@ -1,4 +1,4 @@
-# Installs the build tree, moves the whole elsewhere, and runs what was installed.
+# Installs the build tree, moves the installation elsewhere, and runs tcamshow from there.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 file(REMOVE_RECURSE ${WORK} ${INSTALLED})

@@ -1,5 +1,5 @@
-# Builds two examples by the compiler alone with what pkg-config says: one with the library, one with
-# the runtimes.
+# Builds two examples with the compiler alone and the options of pkg-config: one with the library,
+# one with the runtimes.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 find_program(PKG_CONFIG pkg-config)
@@ -22,7 +22,7 @@ foreach(pair formatter=velmor-tcam-cli-helper dlopen=velmor-platform)
   string(STRIP "${version}" version)
   expect_equal("the version of ${package}" "${version}" ${VERSION})
   run(${PKG_CONFIG} --cflags --libs ${package} OUTPUT options)
-  # No path but of the place where the whole has been moved to.
+  # All paths lie in the place where the installation was moved to.
   separate_arguments(options UNIX_COMMAND "${options}")
   foreach(option ${options})
     if(option MATCHES "^-[IL](.*)")
@@ -33,7 +33,7 @@ foreach(pair formatter=velmor-tcam-cli-helper dlopen=velmor-platform)
       endif()
     endif()
   endforeach()
-  # Which C++ the headers need is the packages' to say.
+  # No -std here: the packages' own options must say it.
   run(${COMPILER} ${flags} ${SOURCE}/examples/${example}/main.cpp
     -o ${WORK}/${example} ${options})
   run(${WORK}/${example} OUTPUT printed)

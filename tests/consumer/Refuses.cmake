@@ -1,4 +1,5 @@
-# Configures with directories that nothing could be moved with: each is refused by its name.
+# Configures with absolute directories, which would stop the installation from being moved. Each is
+# refused by its name.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 foreach(directory CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)

@@ -1,7 +1,7 @@
-# What the scripts of this directory share.
+# Shared by the scripts of this directory.
 cmake_minimum_required(VERSION 3.25)
 
-# run(COMMAND... [OUTPUT variable] [DIRECTORY directory]): stops the test when the command fails.
+# run(COMMAND... [OUTPUT variable] [DIRECTORY directory]): fails the test if the command fails.
 function(run)
   cmake_parse_arguments(ARG "" "OUTPUT;DIRECTORY" "" ${ARGN})
   if(ARG_DIRECTORY)
@@ -18,7 +18,7 @@ function(run)
   endif()
 endfunction()
 
-# Whether what a command printed is what the file holds.
+# Expects that a command printed the contents of a file.
 function(expect_output what printed file)
   file(READ ${file} expected)
   if(NOT printed STREQUAL expected)
@@ -32,6 +32,6 @@ function(expect_equal what got expected)
   endif()
 endfunction()
 
-# How a project is configured that is to use this build.
+# Options to configure a project that uses this build.
 set(project_options -G ${GENERATOR} -DCMAKE_CXX_COMPILER=${COMPILER} "-DCMAKE_CXX_FLAGS=${FLAGS}"
   -DCMAKE_BUILD_TYPE=${BUILD_TYPE})

@@ -1,8 +1,8 @@
-# Builds a project that this one is a part of, and looks at what became of it. Without optimisation:
-# the libraries are built once more.
+# Builds a project that includes this one as a subdirectory, and checks the result. Builds without
+# optimisation, because it builds the libraries again.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
-# The objects of an earlier run serve again; what it configured does not.
+# Keeps the objects of an earlier run, but not its configuration.
 file(REMOVE_RECURSE ${WORK}/prefix ${WORK}/CMakeCache.txt)
 run(${CMAKE_COMMAND} -S ${SOURCE}/tests/consumer/subproject -B ${WORK} ${project_options}
   -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O0 -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
@@ -11,7 +11,7 @@ run(${CMAKE_COMMAND} --build ${WORK})
 run(${WORK}/program OUTPUT printed)
 expect_output("the program" "${printed}" ${SOURCE}/examples/formatter/output.txt)
 
-# The program is compiled as its own project says: the directories of headers are all that is added.
+# The program has its own project's options. Only include directories are added.
 file(READ ${WORK}/compile_commands.json commands)
 string(JSON count LENGTH "${commands}")
 math(EXPR last "${count} - 1")
@@ -27,7 +27,7 @@ endforeach()
 string(REGEX MATCHALL " -[^ Ioc][^ ]*" options "${own}")
 expect_equal("the program's options" "${options}" " -O0; -std=gnu++20")
 
-# Nothing of this project is installed with the project around it, or is tested by it.
+# The outer project neither installs nor tests anything of this one.
 run(${CMAKE_COMMAND} --install ${WORK} --prefix ${WORK}/prefix)
 file(GLOB_RECURSE installed RELATIVE ${WORK}/prefix ${WORK}/prefix/*)
 expect_equal("what is installed" "${installed}" "bin/program")

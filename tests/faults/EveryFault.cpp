@@ -20,7 +20,7 @@ volatile sig_atomic_t abortIsRight = 0;
 
 enum ChildExit { exitSurvived = 0, exitBeyond = 10, exitFailed = 11, exitWrongAbort = 12 };
 
-/// Keeps every slab full but for room for so many objects of each size.
+/// Fills all slabs, except for room for a given number of objects of each size.
 class FilledSlabs {
  public:
   explicit FilledSlabs(std::size_t room) {
@@ -58,7 +58,7 @@ class FilledSlabs {
   std::vector<std::pair<std::size_t, std::vector<void*>>> held_;
 };
 
-/// Whether objects come from slabs at all: not so under a sanitizer that looks after each of them.
+/// Whether objects come from slabs at all. With a sanitizer that tracks each object they do not.
 bool slabsAreUsed() {
   auto const before = Sobrel::slabUsage().liveBytes;
   void* const object = Sobrel::slabAlloc(8);
@@ -67,7 +67,7 @@ bool slabsAreUsed() {
   return used;
 }
 
-/// False when `path` has fewer than `at` allocations. `problem` is empty when all was well.
+/// False if `path` has fewer than `at` allocations. `problem` is empty if the run was good.
 bool runOnce(const std::function<void(Fault&)>& path, std::uint64_t at, bool all, bool keepsMemory,
              std::string& problem) {
   Sobrel::slabTrim();
@@ -89,7 +89,7 @@ bool runOnce(const std::function<void(Fault&)>& path, std::uint64_t at, bool all
   return reached;
 }
 
-/// As runOnce, in a process of its own.
+/// Same as runOnce, in a process of its own.
 bool runInChild(const std::function<void(Fault&)>& path, std::uint64_t at, bool all,
                 bool keepsMemory, std::string& problem, bool& aborted) {
   std::fflush(nullptr);
@@ -133,7 +133,7 @@ bool runInChild(const std::function<void(Fault&)>& path, std::uint64_t at, bool 
 void Fault::mayAbort(bool may) noexcept { abortIsRight = may ? 1 : 0; }
 
 void everyFault(const char* name, const std::function<void(Fault&)>& path, PathOptions options) {
-  // What is made once stays: the runs that count find it made.
+  // One run without a fault first: it makes the objects that live until the process ends.
   if (!options.keepsMemory) {
     std::string problem;
     runOnce(path, ~std::uint64_t{0}, false, true, problem);

@@ -1,4 +1,4 @@
-// Runs a path through the libraries once for each of its allocations, which fails.
+// Runs a path through the libraries once for each of its allocations. That allocation fails.
 #pragma once
 
 #include <functional>
@@ -7,15 +7,15 @@
 
 #include "FailingMemory.h"
 
-/// One run of a path. What is done by tries() meets the fault; all else has memory.
+/// One run of a path. The fault can hit only the steps done by tries(). All else has memory.
 class Fault {
  public:
   class CheckFailed : public std::logic_error {
     using std::logic_error::logic_error;
   };
 
-  /// Does `step`. False when it threw std::bad_alloc; there is memory again then. Everything else
-  /// that it throws is thrown on.
+  /// Does `step`. False if it threw std::bad_alloc; from then on there is memory again. Passes on
+  /// every other exception.
   template <class Step>
   bool tries(Step&& step) {
     if (isOver_) {
@@ -37,7 +37,7 @@ class Fault {
       throw;
     }
   }
-  /// As tries(), for a step that may stop the process by abort.
+  /// Same as tries(), for a step that may abort the process.
   template <class Step>
   bool triesOrAborts(Step&& step) {
     mayAbort(true);
@@ -45,7 +45,7 @@ class Fault {
     mayAbort(false);
     return isDone;
   }
-  /// Does `step`, which must not need memory.
+  /// Does `step` and checks that it needs no memory.
   template <class Step>
   void withoutMemory(Step&& step) {
     auto const before = FailingMemory::refused();
@@ -66,16 +66,18 @@ class Fault {
 };
 
 struct PathOptions {
-  /// Each run is a process of its own: the path may abort, or leaves its mark on the process.
+  /// Each run has its own process, because the path may abort or change the process for good.
   bool inChild = false;
-  /// What the path takes once, it keeps until the process ends.
+  /// The path keeps memory until the process ends.
   bool keepsMemory = false;
 };
 
-/// Runs `path` for n = 1, 2, ... until n is beyond its allocations, with the n-th failing and with
-/// it and all later ones failing; and that again with the slabs so full that they have room for 0,
-/// 1, ... more objects of each size. The test fails when a run fails a check, throws, leaves memory
-/// behind, or ends the process other than by the abort that it announced. Prints and records how
-/// many faults it survived, and how many of them by abort.
+/// Runs `path` for n = 1, 2, ... up to the number of its allocations: once with the n-th allocation
+/// failing, and once with it and all later ones failing. Repeats that with slabs that are full
+/// except for room for 0, 1, ... more objects of each size.
+///
+/// The test fails if a run fails a check, throws, leaves memory behind, or ends the process in
+/// another way than by the abort that it announced. Prints and records the number of faults
+/// survived, and how many of them by abort.
 void everyFault(const char* name, const std::function<void(Fault&)>& path,
                 PathOptions options = {});

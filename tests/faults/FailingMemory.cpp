@@ -32,7 +32,7 @@ void* aligned(std::size_t alignment, std::size_t size) noexcept {
   return ::posix_memalign(&memory, alignment, size) == 0 ? memory : nullptr;
 }
 
-// Null when it fails.
+// Null if the allocation fails.
 void* taken(std::size_t size, std::size_t alignment = 0) noexcept {
   if (failsNow()) return nullptr;
   std::size_t const bytes = size != 0 ? size : 1;
@@ -71,7 +71,7 @@ std::int64_t live() noexcept { return liveCount; }
 
 }  // namespace FailingMemory
 
-// The program's definition stands before the C library's.
+// The program's definition is found before the C library's.
 extern "C" __attribute__((visibility("default"))) void* aligned_alloc(std::size_t alignment,
                                                                       std::size_t size) noexcept {
   return failsNow() ? nullptr : aligned(alignment, size);

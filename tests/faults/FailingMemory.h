@@ -1,28 +1,28 @@
-// The program's own allocation functions, of which a chosen one fails.
+// The program's own allocation functions. A chosen allocation fails.
 #pragma once
 
 #include <cstdint>
 
-/// Every way to memory of the libraries and of what they are built on comes by here: operator new
-/// in all its forms, and aligned_alloc, where the slabs come from. One thread.
+/// All memory of the libraries, and of the libraries below them, comes through here: operator new
+/// in all its forms, and aligned_alloc, which the slabs use. For one thread.
 namespace FailingMemory {
 
-/// Allocation number `at`, from 1, fails from now on, and with `all` every later one too.
+/// From now on allocation number `at`, counted from 1, fails. With `all` every later one fails too.
 void failAt(std::uint64_t at, bool all) noexcept;
-/// None fails, none is counted, until resume().
+/// Until resume(), no allocation fails or is counted.
 void pause() noexcept;
 void resume() noexcept;
 
-/// Every one fails from now on, and is counted apart; false: back to what failAt() said.
+/// True: from now on every allocation fails and is counted apart. False: failAt() applies again.
 void exhaustedIs(bool exhausted) noexcept;
-/// Allocations that failed for that.
+/// The number of allocations that failed because of exhaustedIs().
 std::uint64_t refused() noexcept;
 
-/// Allocations since failAt(), the failed ones included.
+/// The number of allocations since failAt(), with the failed ones.
 std::uint64_t seen() noexcept;
-/// How many of them failed.
+/// The number of failed ones among them.
 std::uint64_t failed() noexcept;
-/// What operator new gave and has not got back.
+/// The number of blocks of operator new that are not yet deleted.
 std::int64_t live() noexcept;
 
 }  // namespace FailingMemory

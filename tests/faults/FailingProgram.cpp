@@ -1,4 +1,5 @@
-// main() of a program that fails one of its allocations; the program's own is called tcamshowMain.
+// main() of a program in which one allocation fails. The program's own main() is named
+// tcamshowMain.
 #include <cstdio>
 #include <cstdlib>
 
@@ -21,8 +22,8 @@ void reportWrite() {
 
 }  // namespace
 
-// The environment: FAULT_AT is the number of the allocation, from 1; FAULT_ALL makes all later ones
-// fail too; FAULT_REPORT names a file that gets the number of allocations and of those that failed.
+// Environment: FAULT_AT is the number of the allocation that fails, from 1. FAULT_ALL lets all
+// later ones fail too. FAULT_REPORT names a file for the numbers of allocations and of failed ones.
 int main(int argc, char** argv) {
   const char* const at = std::getenv("FAULT_AT");
   report = std::getenv("FAULT_REPORT");

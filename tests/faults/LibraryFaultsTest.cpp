@@ -170,7 +170,7 @@ TEST(Faults, ValueText) {
     } else {
       fault.check(read == CliShowTcamUsageEntryInfo(1, 2), "the value is as it was");
     }
-    // The message of an error needs memory too.
+    // The error's message needs memory too.
     bool isRefused = false;
     bool const isDone = fault.tries([&] {
       try {
@@ -204,12 +204,12 @@ TEST(Faults, LogLines) {
             },
             &seen);
       };
-      // Lets one message through in its life.
+      // This handle lets one message through in all.
       Zel::LogHandle handle(descriptor, Halvo::Duration(), 1.0, 0, 1);
       if (toSink) watch();
       bool const isDone = fault.tries([&] { handle.log(argument); });
       fault.check(!toSink || seen.records == (isDone ? 1 : 0), "the message came, or did not");
-      // What was not logged has not used up what may be.
+      // A message that was not logged does not count against the limit.
       watch();
       handle.log(argument);
       Zel::LogHandle::sinkIs(nullptr, nullptr);

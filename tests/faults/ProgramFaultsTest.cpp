@@ -13,7 +13,7 @@
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__)
-constexpr std::uint64_t stride = 37;  // a process takes its time there
+constexpr std::uint64_t stride = 37;  // each run starts a process, which takes time
 #else
 constexpr std::uint64_t stride = 1;
 #endif
@@ -49,7 +49,7 @@ TEST(ProgramFaults, EveryFailureIsToldOnStandardErrorAndByTheStatus) {
       ASSERT_GT(outcome.failed, 0U);
       ++survived;
       if (outcome.result.status == 0) {
-        // What was not to be had was not needed: the parser's own buffer.
+        // The failed allocation was not needed: it was for the parser's own buffer.
         ASSERT_EQ(outcome.result.err, "");
         ASSERT_EQ(outcome.result.out, sound.result.out);
         continue;

@@ -1,4 +1,4 @@
-// Where the paths under test write to.
+// The file that the paths under test write to.
 #pragma once
 
 #include <sys/mman.h>
@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <string>
 
-/// A file without a name, to be written to by its descriptor.
+/// A file without a name. Its descriptor is for writing.
 class Sink {
  public:
   Sink() : descriptor_(::memfd_create("sink", MFD_CLOEXEC)) {}
@@ -16,7 +16,7 @@ class Sink {
   Sink& operator=(const Sink&) = delete;
 
   int descriptor() const { return descriptor_; }
-  /// What was written since the last time.
+  /// The text written since the last call.
   std::string take() {
     std::string text(1 << 17, '\0');
     ssize_t const size = ::pread(descriptor_, text.data(), text.size(), 0);

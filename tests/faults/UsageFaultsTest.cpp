@@ -18,7 +18,7 @@ using Halvo::String;
 using Zel::Op;
 using Zel::Value;
 
-/// What a walk over the whole tree meets.
+/// The text of a walk over the whole tree.
 std::string walked(const CliShowTcamUsageChipInfo& chip) {
   std::string text;
   auto const number = [&text](char level, auto key) {
@@ -62,7 +62,7 @@ std::string walked(const CliShowTcamUsageChipInfo& chip) {
   return text;
 }
 
-/// Does `step`; where memory fails, checks that `state()` is as it was, and does it again.
+/// Does `step`. If memory fails, checks that `state()` has not changed, and does the step again.
 template <class State, class Step>
 void stepOf(Fault& fault, const State& state, Step step) {
   auto const before = state();
@@ -101,7 +101,7 @@ TEST(Faults, UsageTree) {
                          fault, [&] { return feature->entrySet().size(); },
                          [&] { feature->entrySetIs(entry); });
                    }
-                   // A block that cannot be had stops the process.
+                   // A queue that cannot allocate a block stops the process.
                    auto const queued = features->featureInfo().size();
                    if (!fault.triesOrAborts([&] { features->featureInfoEnq(feature); })) {
                      fault.check(false, "to queue a reference throws nothing");
@@ -112,7 +112,7 @@ TEST(Faults, UsageTree) {
                std::string const whole = walked(*chip);
                if (expected.empty()) expected = whole;
                fault.check(whole == expected, "the tree is whole");
-               // Walking takes memory for the text alone.
+               // Only the text of the walk needs memory.
                std::string met;
                met.reserve(whole.size() + 64);
                if (!fault.tries([&] { met = walked(*chip); })) met = walked(*chip);
@@ -139,7 +139,7 @@ TEST(Faults, Summary) {
                  for (int f = 0; f < 4; ++f) {
                    auto const queued = group->tcamSummaryGroupName().size();
                    auto const enqueue = [&] { group->tcamSummaryGroupNameEnq(name(f)); };
-                   // The name's copy may throw; the block that holds it may not be had.
+                   // Copying the name may throw. Allocating the block may abort.
                    if (!fault.triesOrAborts(enqueue)) {
                      fault.check(group->tcamSummaryGroupName().size() == queued,
                                  "nothing is queued");
@@ -178,7 +178,7 @@ TEST(Faults, Summary) {
              {.inChild = true});
 }
 
-/// The operation's result. Throws what it throws.
+/// Returns the operation's result and passes on its exceptions.
 Value done(Halvo::Node& node, U32 number, Op op, std::vector<Value> const& arguments = {}) {
   Value result;
   if (Zel::attributeOp(node, number, op, arguments, result) != Zel::OpResult::done) {
@@ -200,7 +200,7 @@ TEST(Faults, Reflection) {
   everyFault(
       "reflection",
       [](Fault& fault) {
-        // Every step's own allocations, those of arguments and results too.
+        // Includes the allocations for the arguments and results of each step.
         auto const step = [&fault](const auto& state, auto action) {
           stepOf(fault, state, std::move(action));
         };

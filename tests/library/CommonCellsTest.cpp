@@ -63,7 +63,7 @@ TEST(TcpControlCell, ShowsALetterForEachFlagAndIsBlankWhenAbsent) {
       {0, "       |"},      {1, " F     |"},      {2, "  S    |"},
       {4, "   R   |"},      {8, "    P  |"},      {16, "     A |"},
       {32, "      U|"},     {18, "  S  A |"},     {63, " FSRPAU|"},
-      {0xFFC0, "       |"}, {0xFFFF, " FSRPAU|"}, {0x30000, "       |"},  // beyond 16 bits
+      {0xFFC0, "       |"}, {0xFFFF, " FSRPAU|"}, {0x30000, "       |"},  // only the low 16 bits
   };
   for (auto const& row : rows) {
     for (U32 const mask : {0U, 63U}) {
@@ -144,7 +144,7 @@ TEST(IpLengthCellDeathTest, StopsOnAnEmptyFormatAndOnOneThatDoesNotFit) {
   }
 }
 
-// Both ports are one algorithm: each row runs for both, under its own range checker.
+// Both port cells use one algorithm: each row runs for both, with each one's own range checker.
 TEST(PortCells, PrintPortsRangesAndAny) {
   struct Row {
     U32 value;
@@ -213,14 +213,14 @@ TEST(PortCells, ShowIcmpTypeAndCode) {
       {"type 0", 1, true, 0, 0xFF00, false, 0, 0, "          0|", "          *|"},
       {"type with a partial mask", 1, true, 0x0800, 0x0100, false, 0, 0, "          8|",
        "          *|"},
-      // The code shows as a port where the source port is not programmed.
+      // If the source port is not programmed, the code shows as a port.
       {"code alone, full mask", 1, false, 0, 0, true, 3, 65535, "          *|", "          3|"},
       {"code alone, byte mask", 1, false, 0, 0, true, 3, 255, "          *|", "    3-65283|"},
       {"code beside an any-port source", 1, true, 0, 0, true, 3, 255, "          *|",
        "          3|"},
       {"code in a full-mask qualifier", 1, true, 0x0800, 0xFF00, true, 0x0103, 65535,
        "          8|", "          3|"},
-      // A mask that leaves the byte free falls back to the port form.
+      // If the mask leaves the byte free, the cell shows a port.
       {"type byte free", 1, true, 5, 0x00FF, true, 0x0300, 0xFF00, "    5-65285|", "   768-1023|"},
       {"not ICMP", 6, true, 2048, 65280, true, 3, 255, "  2048-2303|", "    3-65283|"},
       {"protocol beyond 8 bits", 0x101, true, 2048, 65280, false, 0, 0, "          8|",
@@ -280,7 +280,7 @@ TEST(L4PortIfIcmp, LeavesTheFlagAloneUnlessThereIsATypeOrCode) {
   }
 }
 
-// Every cell reads any status but 7 as absent.
+// Every cell takes each status but 7 for absent.
 TEST(CommonCells, TakeEveryOtherStatusForAbsent) {
   for (U8 const status : absentStatuses) {
     SCOPED_TRACE(int{status});
@@ -298,7 +298,7 @@ TEST(CommonCells, TakeEveryOtherStatusForAbsent) {
   }
 }
 
-// A port's cell asks the virtual range check, which a subclass may answer otherwise.
+// The port cells call the virtual range check, which a subclass may override.
 class OwnRangeCheck : public IpFormat {
  public:
   String formatQualifierRangeCheck(const Ptr<const Shadow>&, RangeCheckerType type) const override {

@@ -1,4 +1,4 @@
-// What stops the process where debugging is on alone. Compiled without NDEBUG in every build.
+// Faults that stop the process only where debugging is on. Compiled without NDEBUG in every build.
 #include <gtest/gtest.h>
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
@@ -23,7 +23,7 @@ TEST(DebugAssertionDeathTest, AnotherSetsIteratorRemovesNothing) {
                "bool Zel::RbTreeOf::del\\(const iterator&\\)\n$");
   EXPECT_DEATH(mine.entrySetDel(other.entrySet().end()), "^assertion failed: at.owner == this at ");
   EXPECT_TRUE(mine.entrySetDel(mine.entrySet().begin()));
-  // An iterator that was never given a set means nothing anywhere.
+  // An iterator that belongs to no set removes nothing, in any build.
   EXPECT_FALSE(mine.entrySetDel(Feature::EntrySet::iterator()));
 }
 

@@ -1,4 +1,4 @@
-// The flags of an object that is gone.
+// Reads the flags of an object after its destruction.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,17 +11,17 @@
 
 namespace velmortest {
 
-/// Expects that the destructor of a Class made from `args` turns the flag word `before` into
-/// `left`.
+/// Makes a Class from `args`, sets its flag word to `before`, destroys it, and expects that the
+/// word is `left`.
 template <class Class, class... Args>
 void expectFlagsLeft(Halvo::U32 before, Halvo::U32 left, const Args&... args) {
   using Halvo::U32;
-  // In place, so that the word can be looked at when the object is gone but its memory is not.
+  // The object lies in this memory, so that its flag word can be read after its destruction.
   alignas(Class) unsigned char place[sizeof(Class)];
   auto* const object = new (place) Class(args...);
   U32 const all = 0xFFFFFFFF;
   auto const offset = [&] {
-    // Find the flag word: the one that turns to a chosen pattern.
+    // Find the flag word by writing a known pattern.
     object->flagClear(all);
     object->flagSet(0x5A5A5A5A);
     for (std::size_t at = 0; at + 4 <= sizeof(Class); at += 4) {

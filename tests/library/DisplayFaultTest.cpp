@@ -1,4 +1,4 @@
-// displayEntryRequest where the descriptor does not take the row.
+// displayEntryRequest on descriptors that do not take the row.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -14,7 +14,7 @@
 #include "ShadowFixture.h"
 
 #if defined(__SANITIZE_ADDRESS__)
-// g++ comes without the header that declares them.
+// The headers of g++ do not declare these.
 extern "C" void __lsan_disable();
 extern "C" void __lsan_enable();
 #endif
@@ -22,7 +22,7 @@ extern "C" void __lsan_enable();
 namespace VelmorTcam {
 namespace {
 
-// The C library's dprintf does not give back its buffer when the descriptor is not open.
+// The C library's dprintf does not free its buffer if the descriptor is not open.
 class LeakOfTheCLibrary {
  public:
 #if defined(__SANITIZE_ADDRESS__)
@@ -73,7 +73,7 @@ struct Ends {
   }
 };
 
-// What is in the pipe now.
+// Reads the present content of the pipe.
 std::string taken(int descriptor) {
   std::string text;
   char buffer[65536];
@@ -162,7 +162,8 @@ TEST(DisplayFault, ASignalThatInterruptsTheWriteLeavesABeginning) {
     isDone = true;
   });
   for (pollfd room{pipe.write, POLLOUT, 0}; ::poll(&room, 1, 0) != 0;) std::this_thread::yield();
-  // Until it is inside the write, a signal interrupts nothing.
+  // A signal interrupts nothing until the thread is inside the write: send signals until it is
+  // done.
   while (!isDone) {
     ASSERT_EQ(::pthread_kill(writer.native_handle(), SIGUSR1), 0);
     std::this_thread::yield();
@@ -177,7 +178,7 @@ TEST(DisplayFault, ASignalThatInterruptsTheWriteLeavesABeginning) {
 
 TEST(DisplayFault, ARowIsOneWrite) {
   int ends[2];
-  // Each write is a message of its own.
+  // On this socket each write is a message of its own.
   ASSERT_EQ(::socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0, ends), 0);
   display(ends[0]);
   display(ends[0]);

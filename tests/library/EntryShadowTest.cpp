@@ -76,7 +76,7 @@ TEST(EntryShadow, CreatesOnceAndRemoves) {
   EXPECT_EQ(shadow->getHwQualStatus(qualifierSrcIp, qualifierSrcIp), 0);
   EXPECT_EQ(shadow->getHwQualStatus(qualifierSrcIp, qualifierDstIp), 0);
   EXPECT_EQ(shadow->getHwQualStatus(qualifierDstIp, qualifierSrcIp), hwQualStatusRequested);
-  // What was removed lives on in the caller's pointer.
+  // A removed object lives on in the caller's pointer.
   EXPECT_EQ(status->hwQualDataDel(qualifierSrcIp), data);
   EXPECT_EQ(status->hwQualDataDel(qualifierSrcIp), nullptr);
 
@@ -139,7 +139,7 @@ TEST(EntryShadow, GivesBackAllItsMemory) {
   EXPECT_EQ(live(), before);
 }
 
-#if !defined(__SANITIZE_ADDRESS__)  // the slabs hold every node and table only without it
+#if !defined(__SANITIZE_ADDRESS__)  // under ASan, nodes and tables do not come from slabs
 TEST(EntryShadow, WithTenQualifiersTakesAtMost1600Bytes) {
   auto const before = Sobrel::slabUsage().liveBytes;
   ShadowOf const shadow = [] {

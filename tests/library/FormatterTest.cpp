@@ -1,4 +1,5 @@
-// The formatters as objects: tree, attributes, slots, dispatch, abstract operations, life.
+// The formatters as objects: class tree, attributes, slots, dispatch, abstract operations,
+// lifetime.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -21,7 +22,7 @@ using velmortest::ShadowOf;
 using velmortest::slotOf;
 using velmortest::String;
 
-// What a formatter writes to a descriptor.
+// Collects the text that a formatter writes to a descriptor.
 class Pipe {
  public:
   Pipe() { EXPECT_EQ(::pipe(ends_), 0); }
@@ -98,7 +99,7 @@ TEST(Formatter, ConceptTellsWhichClassesCanShowEntries) {
   struct Permit : IpEntryRequestCliFormat {
     String formatActions(const PtrConst&) const override { return "permit"; }
   };
-  // The access does not matter: the operations are called through the base.
+  // Access does not matter: the operations are called through the base class.
   class Hidden : public Ip6EntryRequestCliFormat {
     String formatActions(const PtrConst&) const override { return "permit"; }
   };
@@ -161,7 +162,7 @@ TEST(Formatter, VirtualOperationsKeepTheirSlots) {
   };
 #define SLOT(CLASS, OPERATION, EXPECTED) \
   {#CLASS "::" #OPERATION, slotOf(&CLASS::OPERATION), EXPECTED}
-  // The destructor has the first two: complete and deleting.
+  // The destructor takes the first two slots: complete and deleting.
   Row const rows[] = {
       SLOT(Halvo::Node, lastUserGone, 2),
       SLOT(Halvo::Node, publisher, 3),
@@ -192,7 +193,7 @@ TEST(Formatter, VirtualOperationsKeepTheirSlots) {
       SLOT(Ip6EntryRequestCliFormat, formatQualifierIp6HopLimit, 24),
       SLOT(MacEntryRequestCliFormat, formatQualifierMacAddr, 20),
       SLOT(MacEntryRequestCliFormat, formatQualifierEtherType, 21),
-      // Overrides stay where the operation was declared.
+      // An override keeps the slot of the operation that it overrides.
       SLOT(IpEntryRequestCliFormat, formatEntryRequest, 7),
       SLOT(Ip6EntryRequestCliFormat, formatSequenceNum, 12),
       SLOT(MacEntryRequestCliFormat, formatEntryRequest, 7),
@@ -213,7 +214,7 @@ TEST(Formatter, ClassesHaveNoFurtherVirtualOperations) {
   EXPECT_EQ(slotCount<VelmorTcamCliFormat>(), 11U);
 }
 
-// Counts the calls of the hook.
+// Counts the calls of handleInitialized.
 class Hooked : public IpFormat {
  public:
   void handleInitialized() override { ++calls; }
@@ -241,7 +242,7 @@ TEST(Formatter, HeaderOperationsPrintNothing) {
   EXPECT_EQ(pipe.read(), "");
 }
 
-// Says what it was called with.
+// Records the arguments of its calls.
 class Recording : public CliFormat {
  public:
   String formatEntryRequest(const RequestKey& key, const RuleId& rule, const String& description,

@@ -24,7 +24,7 @@ TEST(GenericFormat, PrintsAnEntryInOneLine) {
   Row const rows[] = {
       {0x1a2b, 42, "permit ip any any", "    0x00001a2b           42 hits - permit ip any any\n"},
       {0, 0, "", "    0x00000000            0 hits - \n"},
-      // Only the low half of the id.
+      // Only the low 32 bits of the id.
       {0x1234567890ABCDEF, 1, "x", "    0x90abcdef            1 hits - x\n"},
       {0xFFFFFFFFFFFFFFFF, 999999999999, "x", "    0xffffffff 999999999999 hits - x\n"},
       // Wider hits widen the line.
@@ -56,7 +56,7 @@ TEST(GenericFormat, PrintsAGroup) {
       {3, 2, 0, 1, 1, "TCAM group 3 in PIPE 0 uses 1 entry and can use up to 1 more.\n"},
       {3, 255, 255, 5, 6, "TCAM group 3 in PIPE 255 uses 5 entries and can use up to 6 more.\n"},
       {65535, 1, 0, 2, 2, "TCAM group 65535 uses 2 entries and can use up to 2 more.\n"},
-      // A group is its low 16 bits.
+      // Only the low 16 bits of the group's number.
       {65536 + 7, 1, 0, 2, 2, "TCAM group 7 uses 2 entries and can use up to 2 more.\n"},
       // Counts from 2^31 up show as negative numbers.
       {1, 1, 0, 0x80000000, 0xFFFFFFFF,

@@ -25,7 +25,7 @@ constexpr const char* macHeader =
     "Id   | Seq | Src Mac         | Src Mask        | Dest Mac        | Dest Mask       "
     "|EType|VlanId|VlanMask|Action|Hits\n";
 
-// Each death test runs the statement in a process that has not filled the table yet.
+// Each death test runs its statement in a process that has not filled the table yet.
 TEST(CliHeaderDeathTest, StopsBeforeTheTableIsFilled) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   for (U32 type = 0; type < 5; ++type) {

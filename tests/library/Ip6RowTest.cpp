@@ -77,7 +77,7 @@ TEST(Ip6Row, ShowsEveryCell) {
 
 TEST(Ip6Row, DoesNotShowTheDscp) {
   EXPECT_EQ(rowOf(Ip6Format(), ShadowOf(5).qual(qualifierDSCP, 46, 63)), emptyRow());
-  // It is not even read: a record that is not set does not stop the process.
+  // The row does not even read it: a record that is not set does not stop the process.
   EXPECT_EQ(rowOf(Ip6Format(), ShadowOf(5).unset(qualifierDSCP)), emptyRow());
 }
 
@@ -105,8 +105,8 @@ TEST(Ip6Row, EndsEachOfItsThreeLines) {
   EXPECT_EQ(row.back(), '\n');
 }
 
-// The first line stands under the header up to the VLAN cells. The other two stand one column to
-// the right from their second cell on.
+// Up to the VLAN cells, the first line stands under its header. From their second cell on, the
+// other two lines stand one column to the right of theirs.
 TEST(Ip6Row, StandsBesideTheHeaderAsScriptsKnowIt) {
   initializeCliHeaders();
   std::vector<std::string> const header = linesOf(getCliHeader(cliHeaderTypeIp6).str());
@@ -130,7 +130,7 @@ TEST(Ip6Row, StandsBesideTheHeaderAsScriptsKnowIt) {
     EXPECT_EQ(rowBars[0], headerBars[0]);
     for (std::size_t i = 1; i < rowBars.size(); ++i) EXPECT_EQ(rowBars[i], headerBars[i] + 1);
   }
-  // The flags stand under a blank column; the header's label is over the blank cell.
+  // The flags stand under a blank header; the header "Flags" stands over a blank cell.
   std::string const flags =
       linesOf(rowOf(Ip6Format(), ShadowOf(5).qual(qualifierTcpControl, 2, 63)))[1];
   EXPECT_EQ(header[1].find("Flags"), 7u);
@@ -156,7 +156,7 @@ class OwnCells : public Ip6Format {
   String formatActions(const Ptr<const Shadow>&) const override { return "action"; }
 };
 
-// All but the sequence: that cell is the class's own, whatever a subclass makes of it.
+// A subclass can change every cell but the sequence: the row always uses its own.
 TEST(Ip6Row, TakesTheCellsOfASubclassButForTheSequence) {
   EXPECT_EQ(rowOf(OwnCells(), ShadowOf(1)),
             "1    |10       |proto|sip|sport|vlan|\n"
@@ -164,7 +164,7 @@ TEST(Ip6Row, TakesTheCellsOfASubclassButForTheSequence) {
             "     |tc|       |                                       |%13s|len|hop|\n");
 }
 
-// A subclass that answers the range check changes the ports and the length.
+// A subclass that overrides the range check changes the port cells and the length.
 TEST(Ip6Row, AsksTheVirtualRangeCheck) {
   class Own : public Ip6Format {
    public:
@@ -235,7 +235,7 @@ TEST(Ip6AddressCells, PrintAddressAndPrefixLength) {
       {"widest", allOnes, allOnes, "ffff:ffff:ffff:ffff:ffff:ffff:ffff:ffff|            *|"},
       {"mapped", "::ffff:192.0.2.1", allOnes,
        "                       ::ffff:192.0.2.1|            *|"},
-      // Only the leading ones count.
+      // Only the leading ones count as the prefix length.
       {"not contiguous", "2001:db8::1",
        "ffff:0:ffff::", "                            2001:db8::1|           16|"},
       {"not contiguous, to the last bit", "::1", "fffe:ffff:ffff:ffff:ffff:ffff:ffff:ffff",
@@ -314,24 +314,24 @@ TEST(Ip6AddressCells, FallBackToTheAlternative) {
     EXPECT_EQ(format.formatQualifierSrcIp6(shadow), row.cells);
     EXPECT_EQ(format.formatQualifierDstIp6(shadow), row.cells);
   }
-  // The first wins also where it matches any address.
+  // The first qualifier wins also when it matches any address.
   EXPECT_EQ(
       format.formatQualifierSrcIp6(
           ShadowOf().ip6(qualifierSrcIp6, "::1", "::").ip6(qualifierSrcIp6Alt, "::2", allOnes)),
       anyAddress);
-  // Each direction has an alternative of its own.
+  // Source and destination have separate alternatives.
   ShadowOf const source = ShadowOf().ip6(qualifierSrcIp6Alt, "::2", allOnes);
   EXPECT_EQ(format.formatQualifierDstIp6(source), anyAddress);
 }
 
-// There is no telling an address record that was never given from one that matches anything.
+// An IPv6 record that was never set looks like one that matches any address.
 TEST(Ip6AddressCells, ReadARecordThatIsNotSetAsZero) {
   Ip6Format const format;
   EXPECT_EQ(format.formatQualifierSrcIp6(ShadowOf().unset(qualifierSrcIp6)), anyAddress);
   EXPECT_EQ(format.formatQualifierSrcIp6(ShadowOf().unset(qualifierSrcIp6Alt)), anyAddress);
   EXPECT_EQ(format.formatQualifierDstIp6(ShadowOf().unset(qualifierDstIp6)), anyAddress);
   EXPECT_EQ(format.formatQualifierDstIp6(ShadowOf().unset(qualifierDstIp6Alt)), anyAddress);
-  // A record of another kind is not set as an address.
+  // A record of another kind counts as an address that is not set.
   EXPECT_EQ(format.formatQualifierSrcIp6(ShadowOf().qual(qualifierSrcIp6, 1, 0xFFFFFFFF)),
             anyAddress);
 }

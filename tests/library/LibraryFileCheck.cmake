@@ -1,4 +1,4 @@
-# Looks at the library's file: cmake -DLIBRARY=... -DREADELF=... -P LibraryFileCheck.cmake
+# Checks the library's file: cmake -DLIBRARY=... -DREADELF=... -P LibraryFileCheck.cmake
 execute_process(COMMAND ${READELF} -SW ${LIBRARY} OUTPUT_VARIABLE sections RESULT_VARIABLE failed)
 if(failed)
   message("skipped: no readelf")
@@ -6,7 +6,7 @@ if(failed)
 endif()
 
 if(DEFINED INITIALIZERS)
-  # The platform: only so many units have something to construct.
+  # The platform: this many units construct objects at load.
   execute_process(COMMAND ${NM} --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols)
   string(REGEX MATCHALL "_GLOBAL__sub_I[^\n]*" initializers "${symbols}")
   list(LENGTH initializers count)
@@ -16,14 +16,14 @@ if(DEFINED INITIALIZERS)
   return()
 endif()
 
-# Two descriptors of 40 bytes, one section, writable by the loader that relocates it.
+# One section with two descriptors of 40 bytes. The loader relocates it, so it is writable.
 if(NOT sections MATCHES "\\.corvex_logmsg +PROGBITS +[0-9a-f]+ +[0-9a-f]+ 000050 00 +WA")
   message(FATAL_ERROR "the log section is not one of 80 bytes:\n${sections}")
 endif()
 execute_process(COMMAND ${READELF} -rW ${LIBRARY} OUTPUT_VARIABLE relocations)
 string(REGEX MATCH "\\.corvex_logmsg +PROGBITS +([0-9a-f]+)" unused "${sections}")
 math(EXPR begin "0x${CMAKE_MATCH_1}")
-# The pointers' targets stand in the file: the relocation's addend is the text's address.
+# The texts are in the file: each relocation's addend is the address of its text.
 string(REGEX MATCH "\\.rodata +PROGBITS +([0-9a-f]+) +([0-9a-f]+)" unused "${sections}")
 math(EXPR rodata "0x${CMAKE_MATCH_1} - 0x${CMAKE_MATCH_2}")
 string(ASCII 1 one)
@@ -74,15 +74,15 @@ foreach(severity 3 6)
   endif()
 endforeach()
 
-# What runs at load: the compiler's own entry and one each of the two units that have something to
-# construct, in the order of the units.
+# Functions that run at load: the compiler's own, and one for each of the two units that construct
+# objects.
 execute_process(COMMAND ${NM} --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols)
 string(REGEX MATCHALL "_GLOBAL__sub_I[^\n]*" initializers "${symbols}")
 list(LENGTH initializers count)
 if(NOT count EQUAL 2)
   message(FATAL_ERROR "static initialisation in other units: ${initializers}")
 endif()
-# A sanitizer registers each unit too.
+# A sanitizer adds one function for each unit.
 if(NOT SANITIZE AND NOT sections MATCHES "\\.init_array +INIT_ARRAY +[0-9a-f]+ +[0-9a-f]+ 0000(18|10) ")
   message(FATAL_ERROR "something else runs at load:\n${sections}")
 endif()

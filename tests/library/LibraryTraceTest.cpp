@@ -1,4 +1,4 @@
-// The trace lines of the library, and its log messages, as its host sees them.
+// The library's trace lines and log messages, as its host sees them.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -32,7 +32,7 @@ void PrintTo(const Line& line, std::ostream* out) {
        << line.function << ": " << line.text;
 }
 
-/// The records of the library's handle while it lives, level 8 on.
+/// Collects the records of the library's handle. Level 8 is on while the object lives.
 class Traced {
  public:
   explicit Traced(unsigned level = 8) : level_(level) {
@@ -136,11 +136,11 @@ TEST(LibraryLog, HasAHandleForEachOfItsMessagesInOrder) {
   EXPECT_STREQ(restart.explanation, "Unexpected restart of the Velmor agent occurred.");
   EXPECT_STREQ(restart.codeString, "\x02");
   EXPECT_EQ(restart.severity, 3U);
-  // Back to back in their section, the restart first.
+  // The descriptors lie back to back in their section, the restart first.
   EXPECT_EQ(&change, &restart + 1);
 }
 
-// The agent logs the library's messages, which the library itself never does.
+// The agent logs the library's messages. The library itself never logs them.
 TEST(LibraryLog, LetsTheAgentLogItsMessages) {
   struct Row {
     const char* key;

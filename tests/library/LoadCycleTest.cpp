@@ -1,5 +1,5 @@
-// Opens the library, works with it, closes it, and sees that nothing of it is left. This program is
-// linked to neither library: what it calls of them is in modules that it opens, too.
+// Opens the library, uses it, closes it, and checks that nothing of it is left. This program is
+// linked to neither library. The modules that it opens call them.
 #include <dlfcn.h>
 #include <elf.h>
 #include <gtest/gtest.h>
@@ -25,7 +25,7 @@
 #define VELMOR_ADDRESS_SANITIZER 1
 #endif
 #ifdef VELMOR_ADDRESS_SANITIZER
-// g++ comes without the header that declares it.
+// The headers of g++ do not declare it.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
@@ -47,7 +47,7 @@ class Opened {
     EXPECT_NE(address, nullptr) << ::dlerror();
     return reinterpret_cast<Function*>(address);
   }
-  /// What is to be added to an address of the file.
+  /// The difference between an address in memory and in the file.
   std::uintptr_t base() const {
     struct link_map* map = nullptr;
     EXPECT_EQ(::dlinfo(handle_, RTLD_DI_LINKMAP, &map), 0);
@@ -117,12 +117,12 @@ class MemoryFile {
 };
 
 constexpr int cycles = 100;
-// What the heap holds is compared from here on: the loader and the C library keep some memory of
-// the first cycles.
+// The heap is compared from this cycle on: the loader and the C library keep some memory of the
+// first cycles.
 constexpr int settled = 10;
-// A leak of one object in a cycle, however small, comes to more. AddressSanitizer itself keeps
-// about a hundred bytes for each library in each cycle, so there only a slab or a table is seen
-// here; its search for leaks sees the rest.
+// The growth that is allowed in all cycles together. A leak of one object in each cycle, however
+// small, exceeds it. AddressSanitizer keeps about a hundred bytes for each library in each cycle.
+// With it this limit finds only a leaked slab or table; its own search for leaks finds the rest.
 #ifdef VELMOR_ADDRESS_SANITIZER
 constexpr std::size_t slack = std::size_t{1024} * (cycles - settled);
 #else
@@ -199,7 +199,7 @@ void PrintTo(const Message& message, std::ostream* out) {
        << testing::PrintToString(message.codeString) << " / " << message.severity;
 }
 
-/// Where a section of the file is to be loaded, and its size.
+/// The header of a section of the file: its address when loaded, and its size.
 Elf64_Shdr sectionOf(const char* path, std::string_view name) {
   std::ifstream stream(path, std::ios::binary);
   std::string const file{std::istreambuf_iterator<char>(stream), {}};

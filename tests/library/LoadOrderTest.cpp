@@ -1,6 +1,6 @@
-// What the library does as it is loaded and unloaded. This program is not linked to the library: it
-// opens it, and stands in for the runtime's three operations that the library may call at load, so
-// that it sees each call and its order.
+// The calls that the library makes when it is loaded and unloaded. This program is not linked to
+// the library but opens it. It replaces the three operations of the runtime that the library may
+// call at load, and so sees each call and their order.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 
@@ -14,13 +14,13 @@
 
 namespace {
 
-// Never destroyed: modules are unloaded when the program has ended, too.
+// Never destroyed: some modules are unloaded after the end of the program.
 std::vector<std::string>& events() {
   static auto* const list = new std::vector<std::string>;
   return *list;
 }
 
-// The platform, which comes with the library or with this program, has a module of its own.
+// Skips the platform's own module.
 void record(const char* what, const Zel::TypeModule& module) {
   if (std::string_view(module.name) == "VelmorTcamEntryShadow") return;
   events().push_back(std::string(what) + " " + module.name);
@@ -28,7 +28,7 @@ void record(const char* what, const Zel::TypeModule& module) {
 
 }  // namespace
 
-// An executable's definition of a symbol comes before any library's.
+// A symbol defined in the executable is found before any library's.
 #define STAND_IN __attribute__((visibility("default")))
 
 STAND_IN void Halvo::ModuleInspectData::loaded() noexcept { record("loaded", module_); }

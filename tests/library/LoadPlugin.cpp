@@ -1,5 +1,5 @@
-// What a command-line interface does with the library, in a module that LoadCycleTest.cpp opens and
-// closes: prints a table and a usage tree.
+// A module that uses the library as a command-line interface does: it prints a table and a usage
+// tree. LoadCycleTest.cpp opens and closes it.
 #include <cstdio>
 #include <string>
 
@@ -80,7 +80,7 @@ void printUsage(int fd) {
 }  // namespace
 
 extern "C" void loadPluginPrint(int fd) {
-  // With its trace lines, which go nowhere.
+  // Trace lines are on and go nowhere.
   Zel::TraceControl::sinkIs([](const Zel::TraceRecord&, void*) {}, nullptr);
   Zel::TraceControl::levelIs("VelmorTcamCliTypes", 8, true);
   printTable(fd);

@@ -1,4 +1,4 @@
-// What the modules that LoadCycleTest.cpp opens offer to it.
+// The functions of the modules that LoadCycleTest.cpp opens.
 #pragma once
 
 #include <string>
@@ -6,5 +6,5 @@
 /// LoadPlugin.cpp: prints a table and a usage tree to a file.
 extern "C" [[gnu::visibility("default")]] void loadPluginPrint(int fd);
 
-/// PlatformProbe.cpp: what the platform's lists hold, a line each.
+/// PlatformProbe.cpp: appends the contents of the platform's lists, a line each.
 extern "C" [[gnu::visibility("default")]] void platformProbe(std::string* text);

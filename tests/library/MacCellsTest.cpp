@@ -29,7 +29,7 @@ TEST(MacAddressCells, PrintAddressAndMask) {
        "00:00:5e:00:53:01|ff:ff:00:00:00:00|"},
       {"not contiguous", "01:00:00:00:00:01", "01:00:00:00:00:ff",
        "01:00:00:00:00:01|01:00:00:00:00:ff|"},
-      // No mask is a wildcard here.
+      // No mask counts as a wildcard here.
       {"mask 0", "00:00:5e:00:53:01", "00:00:00:00:00:00", "00:00:5e:00:53:01|00:00:00:00:00:00|"},
       {"all 0, but set", "00:00:00:00:00:00", "00:00:00:00:00:00",
        "00:00:00:00:00:00|00:00:00:00:00:00|"},
@@ -123,7 +123,7 @@ TEST(MacFormat, HasTheCommonSequenceCell) {
 
 TEST(MacCellsDeathTest, StopOnAQualifierThatIsNoMacAddress) {
   EXPECT_DEATH((void)format.formatQualifierMacAddr(ShadowOf(), qualifierEtherType), MAC_TYPE_SITE);
-  // Before any look-up: what the shadow lacks is not noticed.
+  // Checked before any lookup: the missing data is not noticed.
   EXPECT_DEATH((void)format.formatQualifierMacAddr(ShadowOf().statusOnly(qualifierEtherType),
                                                    qualifierEtherType),
                MAC_TYPE_SITE);
@@ -136,7 +136,7 @@ TEST(MacCellsDeathTest, StopOnARecordThatIsNotSet) {
   for (QualifierType const type : macTypes) {
     EXPECT_DEATH((void)format.formatQualifierMacAddr(ShadowOf().unset(type), type),
                  SITE("!!qualData->ethQual\\(\\)", "610", "formatQualifierMacAddr", MAC_ARGUMENTS));
-    // A record of another kind is not set as a MAC address.
+    // A record of another kind counts as a MAC address that is not set.
     EXPECT_DEATH((void)format.formatQualifierMacAddr(ShadowOf().qual(type, 1, 1), type),
                  SITE("!!qualData->ethQual\\(\\)", "610", "formatQualifierMacAddr", MAC_ARGUMENTS));
   }
@@ -163,7 +163,7 @@ TEST(MacFormatDeathTest, HasNoRowOfItsOwn) {
                     "const PtrConst&, U64"));
 }
 
-// A subclass's row is its own to make.
+// A subclass makes its own row.
 TEST(MacFormat, LetsASubclassSupplyTheRow) {
   class Own : public MacEntryRequestCliFormat {
    public:

@@ -1,5 +1,5 @@
-// Shows LoadCycleTest.cpp what the platform's lists hold. A module that is linked to the platform
-// alone, and stays while the library comes and goes.
+// Shows the platform's lists to LoadCycleTest.cpp. This module is linked to the platform alone, and
+// stays loaded while the library comes and goes.
 #include <string_view>
 
 #include "Halvo/MemoryTracker.h"

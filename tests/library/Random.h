@@ -1,4 +1,4 @@
-// Random operations against a model: how many, and where the numbers come from.
+// Random operations against a model: their number, and the random numbers.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@ inline constexpr int manySteps = 1'000'000;
 inline constexpr int manySteps = 50'000;
 #endif
 
-/// The same 32-bit numbers in every run.
+/// Gives the same 32-bit numbers in every run.
 class Random {
  public:
   explicit Random(std::uint32_t seed) : engine_(seed) {}

@@ -1,4 +1,4 @@
-// What the tests of reflection share.
+// Shared by the tests of reflection.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ inline const TypeDescriptor& typeNamed(const std::string& name) {
   return type != nullptr ? *type : Zel::typeOf<bool>();
 }
 
-/// The result of an operation that is expected to be supported.
+/// Does an operation and returns its result. The operation is expected to be supported.
 template <class Object>
 Value call(Object&& object, Halvo::U32 number, Op op, std::vector<Value> const& arguments = {}) {
   Value result;
@@ -47,14 +47,14 @@ inline Halvo::U32 attributeNumber(const std::string& type, const char* attribute
   return found == nullptr ? 0 : found->number;
 }
 
-/// The attributes of a type, its bases' first.
+/// The attributes of a type, those of its bases first.
 inline std::vector<const Attribute*> attributesOf(const TypeDescriptor& type) {
   std::vector<const Attribute*> all;
   Zel::forEachAttribute(type, [&](const Attribute& attribute) { all.push_back(&attribute); });
   return all;
 }
 
-/// A value of the type, made from the number where the type is made from something.
+/// A value of the type, made from the number if its constructor takes something.
 inline Value valueOf(const TypeDescriptor& type, Halvo::U32 number) {
   std::string const name = type.name;
   if (name == "bool") return Value(number % 2 != 0);
@@ -78,7 +78,7 @@ inline Value valueOf(const TypeDescriptor& type, Halvo::U32 number) {
   return Value(Zel::createNode(type, arguments));
 }
 
-/// All that can be read of an object, to be compared.
+/// All readable state of an object as a text, for comparison.
 inline std::string stateOf(const Value& object) {
   const TypeDescriptor* const type = object.type();
   if (type == nullptr || type->attributes.empty()) return object.text().str();
@@ -111,14 +111,14 @@ inline std::string stateOf(const Value& object) {
   return state + "}";
 }
 
-/// Puts something into every attribute that takes something.
+/// Puts values into every attribute that takes some.
 inline void fill(const Value& object) {
   auto const node = object.as<Ptr<Node>>();
   for (const Attribute* attribute : attributesOf(*object.type())) {
     for (Halvo::U32 number : {3U, 1U, 2U}) {
       switch (attribute->kind) {
         case AttributeKind::readWrite:
-          // A plain formatter stops the process when it is set ready.
+          // A plain formatter stops the process when `initialized` is set.
           if (std::string(attribute->name) == "initialized") break;
           call(*node, attribute->number, Op::write, {valueOf(attribute->type(), number)});
           break;
@@ -140,7 +140,7 @@ inline void fill(const Value& object) {
   }
 }
 
-/// A message of the error that `body` is expected to throw.
+/// The message of the error that `body` is expected to throw.
 template <class Error, class Body>
 std::string errorOf(Body body) {
   try {

@@ -1,4 +1,4 @@
-// Generic operations: scalars, children, entries, queues, operations, and the walk over them.
+// Reflection: scalars, children, entries, queues, operations, and walks over collections.
 #include <set>
 
 #include "ReflectionFixture.h"
@@ -157,7 +157,7 @@ TEST(ReflectionOperation, EveryChildMapTakesItsKeys) {
     for (U32 number : {3U, 1U, 2U}) {
       Value const key = valueOf(attribute.keyType(), number);
       auto const child = call(*node, row.number, Op::createOrGet, {key}).as<Ptr<Node>>();
-      // The child's first attribute is the key that it stands under.
+      // The child's first attribute is its key.
       EXPECT_EQ(call(*child, 130, Op::read), key);
       EXPECT_EQ(call(*node, row.number, Op::lookup, {key}).as<Ptr<Node>>(), child);
       keys.push_back(key.text().str());
@@ -172,7 +172,7 @@ TEST(ReflectionOperation, EveryChildMapTakesItsKeys) {
     call(*node, row.number, Op::delAll);
     EXPECT_EQ(walked(*node, row.number), Texts{});
     Value result;
-    // A key of another type is told with its attribute.
+    // The error for a key of a wrong type names the attribute.
     std::string const what = errorOf<Zel::ArgumentError>([&] {
       Value const wrong(U8{1});
       static_cast<void>(Zel::attributeOp(*node, row.number, Op::createOrGet, {&wrong, 1}, result));
@@ -222,7 +222,7 @@ TEST(ReflectionOperation, AFalseSetValueIsRefused) {
   auto const feature = cliShowTcamUsageFeatureInfoFactory("acl");
   call(*feature, 133, Op::insert, {Value(entry(1, 1)), Value(true)});
   Value result;
-  for (U32 id : {1U, 2U}) {  // present, and not
+  for (U32 id : {1U, 2U}) {  // present, and absent
     EXPECT_EQ(errorOf<Zel::SetFalseValueError>([&] {
                 std::vector<Value> const arguments = {Value(entry(1, id)), Value(false)};
                 static_cast<void>(Zel::attributeOp(*feature, 133, Op::insert, arguments, result));
@@ -254,7 +254,7 @@ TEST(ReflectionOperation, QueuesOfFeaturesAreFirstInFirstOut) {
   EXPECT_EQ(met, features);
   EXPECT_EQ(call(*bucket, 132, Op::dequeue), features.front());
   EXPECT_EQ(call(*bucket, 132, Op::count).as<U32>(), 5U);
-  // A feature is not a bucket.
+  // A bucket in place of a feature.
   Value const wrong(Halvo::makePtr<CliShowTcamUsageFeaturePrioBucket>(U32{2}));
   EXPECT_EQ(errorOf<Zel::ArgumentError>([&] {
               static_cast<void>(Zel::attributeOp(*bucket, 132, Op::enqueue, {&wrong, 1}, element));
@@ -387,7 +387,7 @@ TEST(ReflectionOperationDeathTest, AbstractOperationsStopTheProcessHereToo) {
                "Trying to instantiate abstract class CliFormat");
 }
 
-// What is reached from an object that must not change must not change either.
+// An object that must not change gives out children that must not change either.
 TEST(ReflectionOperation, AConstantObjectGivesConstantChildren) {
   auto const chip = Halvo::makePtr<CliShowTcamUsageChipInfo>();
   auto const bucket = chip->stageInfoIs(stageTypeIngress)
@@ -430,14 +430,14 @@ TEST(ReflectionOperation, AConstantObjectGivesConstantChildren) {
     EXPECT_EQ(row.changeable.kind(), Value::Kind::node);
     EXPECT_EQ(row.constant.as<Ptr<const Node>>(), row.changeable.as<Ptr<Node>>());
   }
-  // And so on downwards.
+  // The same holds further down.
   Value const constStage = call(constChip, stageInfo, Op::lookup, {stage});
   EXPECT_EQ(call(*constStage.as<Ptr<const Node>>(),
                  attributeNumber("CliShowTcamUsageStageInfo", "pipeInfo"), Op::lookup,
                  {Value(Halvo::S16{0})})
                 .kind(),
             Value::Kind::constNode);
-  // An absent child is a null pointer, constant too.
+  // An absent child is a null pointer, also from a constant object.
   EXPECT_EQ(call(constChip, stageInfo, Op::lookup, {Value(stageTypeEgress)}).text(), "null");
 }
 
@@ -464,7 +464,7 @@ TEST(ReflectionOperation, CursorsWithstandChanges) {
   ASSERT_TRUE(cursor->next(at, element));
   chip->stageInfoDelAll();
   EXPECT_FALSE(cursor->next(at, element));
-  // Each removed as it is met: none is missed, and none is met twice.
+  // Removing each child as it is met: the walk misses none and meets none twice.
   for (StageType type : {stageTypeLookup, stageTypeIngress, stageTypeEgress}) {
     chip->stageInfoIs(type);
   }
@@ -481,7 +481,7 @@ TEST(ReflectionOperation, CursorsWithstandChanges) {
     group->tcamSummaryGroupNameDelAll();
     for (int i = 0; i < count; ++i) group->tcamSummaryGroupNameEnq(String(std::to_string(i)));
   };
-  // Every combination of elements met, taken and added between.
+  // Every combination of elements met before, then taken and added.
   for (int size : {1, 4, 5, 12, 40}) {
     for (int before = 0; before <= size; ++before) {
       for (int taken = 0; taken <= size; ++taken) {
@@ -532,7 +532,7 @@ TEST(ReflectionOperation, TheResultMayBeWhatKeepsTheObject) {
   Node& node = *value.as<Ptr<Node>>();
   EXPECT_EQ(Zel::attributeOp(node, 130, Op::read, {}, value), OpResult::done);
   EXPECT_EQ(value.as<String>(), String(200, 'n'));
-  // And among the arguments.
+  // The result may be one of the arguments, too.
   auto const group = Halvo::makePtr<CliShowTcamSummaryGroupName>("g");
   EXPECT_EQ(Zel::attributeOp(*group, 132, Op::enqueue, {&value, 1}, value), OpResult::done);
   EXPECT_TRUE(value.empty());

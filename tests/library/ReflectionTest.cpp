@@ -1,4 +1,4 @@
-// The type module: its types, and every attribute with its number, kind and operations.
+// The type module: its types, and each attribute with its number, kind and operations.
 #include <algorithm>
 #include <set>
 
@@ -411,7 +411,7 @@ TEST(Reflection, NodesTellTheirTypeAndTracker) {
   }
 }
 
-// What the operation would need, and some that it would not.
+// Arguments that fit some operation of the attribute, and some that fit none.
 std::vector<std::vector<Value>> argumentLists(const Attribute& attribute) {
   std::vector<std::vector<Value>> lists = {
       {}, {Value(true)}, {Value(U32{7})}, {Value(String("7"))}};
@@ -451,7 +451,7 @@ TEST(Reflection, UnsupportedOperationsChangeNothing) {
         }
       }
     }
-    // Unknown attributes, whatever the operation.
+    // Unknown attributes support no operation.
     for (U32 number : {0U, 1U, 7U, 129U, 150U, 0xFFFFFFFFU}) {
       for (U32 op = 0; op < Zel::opCount; ++op) {
         Value result(U32{7});
@@ -476,7 +476,7 @@ TEST(Reflection, ArgumentsThatDoNotFitChangeNothing) {
         auto const op = static_cast<Op>(number);
         if (!attribute->supports(op)) continue;
         SCOPED_TRACE(std::string(type->name) + "::" + attribute->name + " " + Zel::opName(op));
-        // Six arguments are too many for all; a cursor is the right type for none.
+        // Six arguments are too many for any operation, and no operation takes a cursor.
         Value result(U32{7});
         std::string what = errorOf<Zel::ArgumentError>([&] {
           static_cast<void>(Zel::attributeOp(*node, attribute->number, op,
@@ -530,7 +530,7 @@ TEST(Reflection, ConstantObjectsOnlyAnswerWhatLeavesThemAsTheyAre) {
     }
     EXPECT_EQ(stateOf(object), before);
   }
-  // The one operation attribute that changes its object.
+  // The only operation that changes its object.
   EXPECT_EQ(Zel::findAttribute(Zel::typeOf<CliFormat>(), "handleInitialized")->constOperations, 0U);
 }
 
@@ -540,7 +540,8 @@ TEST(Reflection, AttributesOfOtherTypesAreNotSupported) {
   Value result;
   EXPECT_EQ(Zel::attributeOp(*chip, foreign, Op::read, {}, result), OpResult::notSupported);
   EXPECT_TRUE(result.empty());
-  // An attribute of the base is the derived object's too, not the other way round.
+  // A derived object has the attributes of its base. A base object does not have those of a derived
+  // one.
   auto const ip = Halvo::makePtr<IpEntryRequestCliFormat>();
   const Attribute& base = *Zel::findAttribute(Zel::typeOf<CliFormat>(), "headerType");
   EXPECT_EQ(Zel::attributeOp(*ip, base, Op::read, {}, result), OpResult::done);

@@ -1,4 +1,4 @@
-// Generic values: kinds, texts, equality, hashes, and the module's value types.
+// Values of reflection: kinds, texts, equality, hashes, and the module's value types.
 #include <random>
 #include <vector>
 
@@ -32,7 +32,7 @@ TEST(ReflectionValue, HoldsExactlyWhatItWasMadeFrom) {
   for (std::size_t i = 0; i < std::size(values); ++i) {
     for (std::size_t k = 0; k < std::size(values); ++k) {
       EXPECT_EQ(values[i] == values[k], i == k) << i << " " << k;
-      // Copies and moves, from every kind to every kind.
+      // Copy and move from every kind to every kind.
       Value to = values[k];
       to = values[i];
       EXPECT_EQ(to, values[i]);
@@ -100,7 +100,7 @@ TEST(ReflectionValue, TextsReadBackAsTheyWere) {
     SCOPED_TRACE(row.text);
     EXPECT_EQ(row.value.text(), row.text);
     EXPECT_EQ(Value::fromText(*row.value.type(), row.text), row.value);
-    // All of a text must be used.
+    // The whole text must be used.
     EXPECT_THROW(static_cast<void>(Value::fromText(*row.value.type(), String(row.text) + "!")),
                  Zel::ParseError);
   }

@@ -1,4 +1,4 @@
-// What the library's tests share: shadows to format, and formatters that supply the action cell.
+// Shared by the library's tests: shadows to format, and formatters that supply the action cell.
 #pragma once
 
 #include <sys/wait.h>
@@ -21,7 +21,7 @@ using VelmorTcam::U64;
 using VelmorTcam::U8;
 using Shadow = VelmorTcam::VelmorTcamEntryShadow;
 
-/// A shadow to be filled in one expression:
+/// Fills a shadow in one expression:
 ///
 ///     ShadowOf(5).qual(qualifierSrcIp, 0x0A000001, 0xFFFFFFFF).range(rangeCheckerIpLength, 64,
 ///     1500)
@@ -60,12 +60,12 @@ class ShadowOf {
     shadow_->counterStatusIs(status);
     return *this;
   }
-  /// A status of 7 with the nodes in place, but a record that was never given.
+  /// A status of 7 and the nodes, but a record that is not set.
   ShadowOf& unset(VelmorTcam::QualifierType type) {
     shadow_->qualifierIs(type)->hwQualDataIs(type);
     return statusOnly(type);
   }
-  /// A status of 7 and nothing behind it.
+  /// A status of 7 without any data.
   ShadowOf& statusOnly(VelmorTcam::QualifierType type) {
     shadow_->hwQualStatusIs(type, type, VelmorTcam::hwQualStatusProgrammed);
     return *this;
@@ -81,7 +81,7 @@ class ShadowOf {
   Ptr<Shadow> shadow_;
 };
 
-/// A formatter of the library with an action cell.
+/// One of the library's formatters, with an action cell.
 template <class Base>
 class WithAction : public Base {
  public:
@@ -94,7 +94,7 @@ class WithAction : public Base {
 using IpFormat = WithAction<VelmorTcam::IpEntryRequestCliFormat>;
 using Ip6Format = WithAction<VelmorTcam::Ip6EntryRequestCliFormat>;
 
-/// The MAC table's own cells behind the sequence number: a row that no subclass has to supply.
+/// A MAC row: the sequence cell and the MAC table's own cells.
 class MacCellsFormat : public VelmorTcam::MacEntryRequestCliFormat {
  public:
   String formatEntryRequest(const VelmorTcam::RequestKey&, const VelmorTcam::RuleId& rule,
@@ -106,7 +106,7 @@ class MacCellsFormat : public VelmorTcam::MacEntryRequestCliFormat {
   }
 };
 
-/// A shadow that leaves no cell of any table empty, and has long ones.
+/// A shadow that fills each cell of every table, some with long texts.
 inline Ptr<const Shadow> fullShadow() {
   using namespace VelmorTcam;
   return ShadowOf(0xFFFFFFFFFFFFFFFF)
@@ -131,7 +131,7 @@ inline Ptr<const Shadow> fullShadow() {
       .counters();
 }
 
-/// One whose port cells show an ICMP type and code.
+/// A shadow whose port cells show an ICMP type and code.
 inline Ptr<const Shadow> icmpShadow() {
   using namespace VelmorTcam;
   return ShadowOf(5)
@@ -140,7 +140,7 @@ inline Ptr<const Shadow> icmpShadow() {
       .qual(qualifierL4DstPort, 3, 255);
 }
 
-/// The counts of the shadow and of all that is below it.
+/// The use counts of the shadow and of all nodes below it.
 inline std::vector<U32> useCounts(const Shadow& shadow) {
   std::vector<U32> counts{shadow.useCount()};
   for (auto const& status : shadow.qualifier()) {
@@ -150,7 +150,7 @@ inline std::vector<U32> useCounts(const Shadow& shadow) {
   return counts;
 }
 
-/// The row of an entry whose key and description do not matter.
+/// A row, for tests in which key and description do not matter.
 template <class Format>
 std::string rowOf(const Format& format, const Ptr<const Shadow>& shadow, U32 sequence = 10,
                   U64 hits = 42) {
@@ -160,8 +160,8 @@ std::string rowOf(const Format& format, const Ptr<const Shadow>& shadow, U32 seq
       .str();
 }
 
-// A status of 7 with nothing behind it breaks the shadow's contract: the process stops on the spot.
-// Sanitizers report the fault and exit in their own way; without them it is a plain signal, and
+// A status of 7 without data breaks the shadow's contract: the process stops on the spot. A
+// sanitizer reports the fault and exits in its own way. Without one it is a plain signal, and
 // nothing is printed.
 inline bool stoppedOnTheSpot(int status) {
 #if defined(__SANITIZE_ADDRESS__)

@@ -8,7 +8,7 @@
 #include "../platform/FailingNew.h"
 #include "ShadowFixture.h"
 
-// The slabs come from here; the program's definition stands before the C library's.
+// The slabs come from here: the program's definition is found before the C library's.
 extern "C" __attribute__((visibility("default"))) void* aligned_alloc(std::size_t alignment,
                                                                       std::size_t size) noexcept {
   void* memory = nullptr;
@@ -26,8 +26,8 @@ using velmortest::Shadow;
 TEST(EntryShadow, KeepsNoKeyWithoutAChildWhenMemoryRunsOut) {
   auto const types = qualifierTypeValues();
   int failures = 0;
-  // The slabs that are begun give some objects more each time, so that every allocation of a
-  // shadow's life is the one that fails in some round.
+  // Each round uses up one more object of the slabs first. So each allocation in a shadow's life is
+  // the one that fails in some round.
   for (std::size_t round = 0; round < 400; ++round) {
     std::vector<Ptr<Shadow>> shadows;
     shadows.reserve(10'000);

@@ -76,7 +76,7 @@ TEST_F(SummaryTest, GivesWhatItRemoves) {
   EXPECT_EQ(summary->tcamSummaryDel(summary->tcamSummary().end()), nullptr);
   EXPECT_EQ(summary->tcamSummaryDel(at)->groupName(), "b");
   EXPECT_EQ(summary->tcamSummaryDel(at), nullptr);
-  // Stale: the key that it last held.
+  // Stale: it removes by the key that it last held.
   ++at;
   EXPECT_EQ(at.key(), "c");
   summary->tcamSummaryDel("d");
@@ -159,7 +159,7 @@ TEST_F(SummaryTest, KnowsARecordedNameOnceThePipeIsFinished) {
     for (auto const& name : row.names) group->tcamSummaryGroupNameEnq(String(name));
     group->pipeFinishedIs(row.pipeFinished);
     EXPECT_EQ(group->isGroupPipeDuplicate(String(row.name)), row.isDuplicate);
-    // The test records nothing.
+    // The question records nothing.
     EXPECT_EQ(group->tcamSummaryGroupName().size(), row.names.size());
     group->pipeFinishedIs(false);
     EXPECT_FALSE(group->isGroupPipeDuplicate(String(row.name)));

@@ -73,7 +73,7 @@ TEST(UsageEntry, OrdersByFallingPriorityThenRisingId) {
     EXPECT_EQ(row.b<row.a, row.order> 0);
     EXPECT_EQ(row.a == row.b, row.order == 0);
     EXPECT_EQ(row.a != row.b, row.order != 0);
-    // What the set goes by says the same.
+    // The number that the set orders by gives the same order.
     using Order = Zel::RbTreeOrder<Entry, std::less<Entry>>;
     EXPECT_EQ(Order::hint(row.a) < Order::hint(row.b), row.order < 0);
     EXPECT_EQ(Order::hint(row.a) == Order::hint(row.b), row.order == 0);
@@ -272,10 +272,10 @@ TEST_F(UsageFeature, CountsRealRemovalsOnly) {
 TEST_F(UsageFeature, DeletesByIterator) {
   Feature feature("acl");
   for (U32 id = 1; id <= 5; ++id) feature.entrySetIs(Entry(1, id));
-  // At the end: nothing.
+  // At the end it removes nothing.
   EXPECT_FALSE(feature.entrySetDel(feature.entrySet().end()));
   expectGenerations(feature, 1);
-  // Fresh: the entry under it, and the walk goes on behind it.
+  // A fresh iterator removes the entry under it. The walk goes on behind it.
   auto at = feature.entrySet().begin();
   EXPECT_EQ(at.generation(), 1U);
   ++at;
@@ -285,14 +285,14 @@ TEST_F(UsageFeature, DeletesByIterator) {
   EXPECT_EQ(at.key().entryId(), 3U);
   // A step does not change the generation at which the iterator was made.
   EXPECT_EQ(at.generation(), 1U);
-  // Stale: the key that it last held, here still present,
+  // A stale iterator removes the entry of the key that it last held: here it is present,
   EXPECT_TRUE(feature.entrySetDel(Entry(1, 1)));
   EXPECT_TRUE(feature.entrySetDel(at));
   expectGenerations(feature, 7);
-  // now gone,
+  // here it is gone,
   EXPECT_FALSE(feature.entrySetDel(at));
   expectGenerations(feature, 7);
-  // and there anew.
+  // and here it was added again.
   feature.entrySetIs(Entry(1, 3));
   EXPECT_TRUE(feature.entrySetDel(at));
   EXPECT_EQ(pairsOf(feature), (Pairs{{1, 4}, {1, 5}}));
@@ -301,17 +301,17 @@ TEST_F(UsageFeature, DeletesByIterator) {
   feature.entrySetIs(Entry(2, 1));
   EXPECT_TRUE(feature.entrySetDel(first));
   EXPECT_EQ(pairsOf(feature), (Pairs{{2, 1}, {1, 5}}));
-  // Walked to the end: nothing while that is fresh,
+  // An iterator that walked to the end removes nothing while it is fresh.
   at = feature.entrySet().at(Entry(1, 5));
   ++at;
   ASSERT_TRUE(at == feature.entrySet().end());
   EXPECT_FALSE(feature.entrySetDel(at));
   EXPECT_EQ(feature.entrySet().size(), 2U);
-  // the key that it last held once that is stale,
+  // Once it is stale, it removes by the key that it last held,
   EXPECT_TRUE(feature.entrySetDel(Entry(2, 1)));
   EXPECT_TRUE(feature.entrySetDel(at));
   EXPECT_TRUE(feature.entrySet().empty());
-  // also where the removal came before the step to the end,
+  // also if the other removal came before the step to the end,
   feature.entrySetIs(Entry(1, 1));
   feature.entrySetIs(Entry(1, 2));
   at = feature.entrySet().at(Entry(1, 2));
@@ -320,7 +320,7 @@ TEST_F(UsageFeature, DeletesByIterator) {
   ASSERT_TRUE(at == feature.entrySet().end());
   EXPECT_TRUE(feature.entrySetDel(at));
   EXPECT_TRUE(feature.entrySet().empty());
-  // and so when all are gone, too.
+  // and also if all entries were removed.
   feature.entrySetIs(Entry(1, 1));
   at = feature.entrySet().begin();
   feature.entrySetDelAll();
@@ -339,7 +339,7 @@ TEST_F(UsageFeature, OwnsItsEntries) {
   EXPECT_EQ(held->entrySet().size(), 1000U);
 }
 
-// The model: std::set, and the two generations by their definition.
+// The model is a std::set and the two generations as documented.
 TEST_F(UsageFeature, DoesAsTheModel) {
   struct ModelIterator {
     Feature::EntrySet::iterator at;
@@ -357,7 +357,7 @@ TEST_F(UsageFeature, DoesAsTheModel) {
     if (!made.isAtEnd) {
       made.key = at.key();
     } else if (!model.empty()) {
-      made.key = *model.rbegin();  // it walked there
+      made.key = *model.rbegin();  // where it has walked to the end
     }
     return made;
   };
@@ -393,7 +393,7 @@ TEST_F(UsageFeature, DoesAsTheModel) {
         if (iterators.empty()) break;
         ModelIterator& it = iterators[random() % iterators.size()];
         ASSERT_EQ(it.at.generation(), it.generation);
-        // A stale one deletes by its key, a fresh one at the end nothing.
+        // A stale iterator removes by its key. A fresh one at the end removes nothing.
         bool expected = false;
         if (it.key && !(it.isAtEnd && it.generation == generation)) {
           expected = model.erase(*it.key) != 0;

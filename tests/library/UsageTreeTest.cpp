@@ -1,4 +1,4 @@
-// The usage tree: each level alone, the queue of features, and the life of the whole.
+// The usage tree: each level alone, the queue of features, and the lifetime of the whole tree.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -38,7 +38,7 @@ void expectNothingLeft() {
   }
 }
 
-// What a level of ordered children is called.
+// Describes one level with ordered children.
 #define LEVEL(NAME, PARENT, PARENT_KEY, CHILD, CHILD_KEY, KEY, COLLECTION, TAG)   \
   struct NAME {                                                                   \
     using Parent = PARENT;                                                        \
@@ -144,7 +144,7 @@ TYPED_TEST(UsageLevel, DeletesByIterator) {
   EXPECT_EQ(at.value(), TypeParam::get(*parent, 3));
   // A step does not change the generation at which the iterator was made.
   EXPECT_EQ(at.generation(), 1U);
-  // Stale: the key that it last held.
+  // Stale: it removes by the key that it last held.
   TypeParam::del(*parent, 1);
   EXPECT_EQ(TypeParam::keyOf(*TypeParam::delAt(*parent, at)), 3);
   EXPECT_EQ(TypeParam::delAt(*parent, at), nullptr);
@@ -152,7 +152,7 @@ TYPED_TEST(UsageLevel, DeletesByIterator) {
   TypeParam::is(*parent, 3);
   EXPECT_EQ(TypeParam::keyOf(*TypeParam::delAt(*parent, at)), 3);
   EXPECT_EQ(keysOf<TypeParam>(*parent), (std::vector<Key>{4, 5}));
-  // Behind the last.
+  // At the end it removes nothing.
   at = all.at(5);
   ++at;
   EXPECT_TRUE(at == all.end());
@@ -168,7 +168,7 @@ TYPED_TEST(UsageLevel, IteratorKeepsItsKeyWhenTheChildIsGone) {
   EXPECT_EQ(at.key(), 2);
   TypeParam::delAll(*parent);
   EXPECT_EQ(at.key(), 2);
-  // So does a walk that removes what it meets.
+  // A walk goes on when each child is removed as it is met.
   for (int key = 1; key <= 3; ++key) TypeParam::is(*parent, static_cast<Key>(key));
   std::vector<Key> met;
   for (auto const [key, child] : TypeParam::all(*parent)) {
@@ -205,7 +205,7 @@ TYPED_TEST(UsageLevel, DoesAsTheModel) {
   U32 generation = 1;
   velmortest::Random random(3);
   for (int step = 0; step < velmortest::manySteps / 2; ++step) {
-    // Keys on both sides of zero: of a signed number, and of the highest unsigned one.
+    // Keys on both sides of zero: negative ones for signed types, the highest for unsigned types.
     Key const key = static_cast<Key>(random() % 64 - 32);
     switch (random() % 8) {
       case 0:
@@ -359,7 +359,7 @@ TEST_F(UsageTree, CollectionsAreRanges) {
   EXPECT_EQ(std::ranges::distance(chip->stageInfo()), 1);
 }
 
-// A copied node would share the children of the original, or lose what a derived class adds.
+// A copy would share its children with the original, or lose the members of a derived class.
 TEST_F(UsageTree, NodesAreNotCopied) {
   auto const expectNotCopied = []<class... Class> {
     static_assert(
@@ -519,7 +519,7 @@ TEST_F(UsageTree, QueueDoesAsTheModel) {
   }
 }
 
-// Looks at the nodes above when it goes.
+// Calls a function when it is destroyed.
 class Watcher : public Feature {
  public:
   using Feature::Feature;
@@ -592,7 +592,7 @@ void expectDescribed(const char* name, Args... args) {
   SCOPED_TRACE(name);
   auto const slabBytes = Sobrel::slabUsage().liveBytes;
   auto const node = makePtr<Class>(args...);
-#if !defined(__SANITIZE_ADDRESS__)  // the slabs hold every node only without it
+#if !defined(__SANITIZE_ADDRESS__)  // under ASan, nodes do not come from slabs
   EXPECT_GE(Sobrel::slabUsage().liveBytes, slabBytes + sizeof(Class));
 #else
   static_cast<void>(slabBytes);
@@ -623,7 +623,7 @@ TEST_F(UsageTree, EveryClassIsDescribedAndCounted) {
 template <class Class>
 void expectNodeSlots() {
   using velmortest::slotOf;
-  // The destructor has the slots 0 and 1.
+  // The destructor takes the slots 0 and 1.
   EXPECT_EQ(slotOf(&Class::lastUserGone), 2U);
   EXPECT_EQ(slotOf(&Class::publisher), 3U);
   EXPECT_EQ(slotOf(&Class::typeData), 4U);

@@ -1,4 +1,4 @@
-// Where virtual operations stand in their class's table.
+// The slots of virtual operations in their class's table.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 namespace velmortest {
 
-/// A pointer to a virtual member function holds one more than its slot's offset in the table.
+/// A pointer to a virtual member function holds the offset of its slot in the table, plus one.
 template <class Member>
 std::size_t slotOf(Member member) {
   std::ptrdiff_t words[2];
@@ -23,7 +23,7 @@ template <class Class>
 struct OneMore : Class {
   virtual void oneMore() {}
 };
-/// The slots that a class's table has: where the next operation would stand.
+/// The number of slots of a class: the slot that the next operation would take.
 template <class Class>
 std::size_t slotCount() {
   return slotOf(&OneMore<Class>::oneMore);

@@ -1,4 +1,4 @@
-// A global operator new that counts, for the whole test program and the libraries it loads.
+// A global operator new that counts, for the test program and the libraries that it loads.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@ namespace CountedNew {
 inline constexpr std::size_t largest = std::size_t{1} << 30;
 
 extern std::size_t allocations;
-/// The size of the last one that was refused.
+/// The size of the last allocation that was refused.
 extern std::size_t lastRefused;
 
 }  // namespace CountedNew

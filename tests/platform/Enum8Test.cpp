@@ -81,7 +81,7 @@ TEST(Enum8, RefusesWhatIsNoName) {
 }
 
 TEST(Enum8, ReadsNoByteBesideTheName) {
-  // Exact, so that a sanitizer sees the first byte too far, on either side.
+  // Exactly as large as the name, so that a sanitizer sees a read before or behind it.
   for (std::size_t size = 1; size < 40; ++size) {
     auto const name = std::make_unique<char[]>(size);
     std::fill_n(name.get(), size, 'x');
@@ -108,7 +108,7 @@ TEST(Enum8, SaysWhatIsWrong) {
               Zel::enum8FromSequence(in, module, 0);
             }),
             "Paint::Colour: expected a name at '=7'");
-  // A message quotes 64 bytes, and says when there were more.
+  // A message quotes 64 bytes, and shows that there were more.
   EXPECT_EQ(whatOf<Zel::ParseError>([] { Zel::enum8FromName(module, 1, std::string(64, 'x')); }),
             "Field: no value is named '" + std::string(64, 'x') + "'");
   EXPECT_EQ(whatOf<Zel::ParseError>([] { Zel::enum8FromName(module, 1, std::string(65, 'x')); }),

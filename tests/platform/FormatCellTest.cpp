@@ -1,5 +1,5 @@
-// Formats of one or two fields, which have a way of their own: against the C library, for texts and
-// numbers on both sides of each border of it.
+// Formats with one or two fields, which have a faster path: against the C library, with texts and
+// numbers on both sides of each limit of the path.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -21,7 +21,7 @@ constexpr unsigned long longs[] = {0,          9999,           10000,        999
                                    0xFFFFFFFF, 0x100000000,    LONG_MAX,     1UL << 63,
                                    ULONG_MAX,  0xFEDCBA987654, ULONG_MAX - 1};
 
-// The three doors of a text, and the door of a format that is read as it is used.
+// Each type of text argument, and the format at run time.
 #define EXPECT_TEXT_CELL(FORMAT)                                            \
   do {                                                                      \
     SCOPED_TRACE(FORMAT);                                                   \
@@ -120,7 +120,7 @@ TEST(FormatCell, PrintsTwoNumbersOfEveryBase) {
   EXPECT_NUMBER_CELLS("0x%04x/%d", ints);
   EXPECT_NUMBER_CELLS("%x:%X", ints);
   EXPECT_NUMBER_CELLS("%X.%x.", ints);
-  // Too long for a string's own room.
+  // Too long for a string's inline buffer.
   EXPECT_NUMBER_CELLS("%44d|%-44d|", ints);
   EXPECT_NUMBER_CELLS("%-44u|%44x|", ints);
   EXPECT_NUMBER_CELLS("abcd%40X|%40d12345678", ints);

@@ -1,4 +1,4 @@
-// What the C library prints, to compare with.
+// The C library's output, to compare with.
 #pragma once
 
 #include <cstdio>
@@ -6,7 +6,8 @@
 
 #include "Halvo/String.h"
 
-/// The C library's text for a format that need not be constant nor free of flags that say nothing.
+/// The C library's text for a format. The format need not be a constant and may have flags without
+/// effect.
 template <class... Args>
 [[gnu::noinline]] Halvo::String printed(const char* format, Args... args) {
 #pragma GCC diagnostic push

@@ -1,4 +1,4 @@
-// Random formats and arguments through the run-time door, against the C library.
+// Random formats and arguments at run time, against the C library.
 #include <gtest/gtest.h>
 
 #include <climits>
@@ -28,7 +28,7 @@ class Generator {
     return values.begin()[below(static_cast<unsigned>(values.size()))];
   }
 
-  /// Bits of all magnitudes, and the borders often.
+  /// Numbers of all magnitudes. The limits of the types are frequent.
   std::uint64_t bits() {
     switch (below(4)) {
       case 0:
@@ -75,7 +75,8 @@ class Generator {
                                "12345678", "a literal text that leaves hardly any room for more "});
   }
 
-  /// A conversion for an argument such as `value`; `width` and `precision`: whether a star is one.
+  /// A conversion for an argument of type T. `width` and `precision` say which of the two is a
+  /// star.
   template <class T>
   std::string conversion(const T&, bool width, bool precision) {
     std::string text = "%";
@@ -181,8 +182,8 @@ TEST(FormatRandom, AgreesOnSizedTexts) {
   }
 }
 
-/// Any bytes at all in a format: it fits and prints, or the process stops; which of them is decided
-/// as the grammar says, by a reading of its own.
+/// Whether a format fits one int. Decides it for any bytes, by reading the grammar in another way
+/// than Zel does.
 bool fitsOneInt(const std::string& format) {
   std::size_t conversions = 0;
   for (std::size_t i = 0; i < format.size(); ++i) {

@@ -26,7 +26,7 @@ enum Color { red, green = 7 };
 enum Wide : unsigned long { widest = ULONG_MAX };
 enum Narrow : signed char { lowest = -3 };
 
-/// All doors give `EXPECTED`, and so does the C library.
+/// Every way to format gives `EXPECTED`, and so does the C library.
 #define EXPECT_FORMAT(EXPECTED, FORMAT, ...)                                     \
   do {                                                                           \
     SCOPED_TRACE(FORMAT);                                                        \
@@ -321,7 +321,7 @@ TEST(Format, TakesNulBytesInARuntimeFormatForText) {
 }
 
 TEST(Format, ReadsATextNoFurtherThanItsPrecision) {
-  // Exact, so that a sanitizer sees the first byte too far.
+  // Exactly as large as the text, so that a sanitizer sees a read behind it.
   auto const text = std::make_unique<char[]>(4);
   std::memcpy(text.get(), "abcd", 4);
   const char* const unterminated = text.get();
@@ -412,7 +412,7 @@ TEST(Format, AppendsTheStringToItself) {
 }
 
 TEST(Format, ThrowsBeyondTheLargestStringAndLeavesTheStringAsItWas) {
-  // A size that no text has: it must be refused by its size alone.
+  // No text has this size: it must be refused for its size alone.
   std::string_view const endless("x", String::maxSize());
   String out("before");
   EXPECT_THROW(_fmtAppend(out, "%d%s", 7, endless), std::length_error);
@@ -428,7 +428,7 @@ TEST(Format, ThrowsBeyondTheLargestStringAndLeavesTheStringAsItWas) {
 
 TEST(Format, AsksForTheRoomOfTheLargestWidths) {
   String out("before");
-  // With the NUL.
+  // The size that is refused includes the NUL.
   EXPECT_THROW(_fmtAppend(out, "%2147483647d|%s", 7, "end"), std::bad_alloc);
   EXPECT_EQ(lastRefused, 2147483647U + 4U + 6U + 1U);
   EXPECT_EQ(out, "before");
@@ -465,7 +465,7 @@ TEST(FormatDeathTest, StopsWhenARuntimeFormatDoesNotFit) {
   constexpr const char* stop =
       "^assertion failed: the format's conversions fit its arguments at platform/Zel/Format:0 in "
       "Halvo::String Zel::_fmt\\(RuntimeFormat, const Args&\\.\\.\\.\\)\n$";
-  // Each format with one int for its argument.
+  // Each format gets one int, which it does not fit.
   for (const char* const format : {"",
                                    "text",
                                    "%%",

@@ -1,4 +1,4 @@
-// What the tests of hash maps share.
+// Shared by the tests of hash maps.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,10 +22,10 @@ using Zel::HashMap2018;
 
 enum Kind : U8 { kindNone = 0, kindSome = 8, kindOther = 20, kindLast = 255 };
 
-// Counts itself and carries a number; copying throws on demand.
+// Carries a number and counts the live objects. Copying throws on demand.
 struct Counted {
   static int live;
-  static int copiesLeft;  // below zero: any number
+  static int copiesLeft;  // below zero: no limit
   explicit Counted(int n = 0) : number(n) { ++live; }
   Counted(const Counted& other) : number(other.number) {
     if (copiesLeft == 0) throw std::runtime_error("copy");

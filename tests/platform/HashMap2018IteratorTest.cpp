@@ -1,4 +1,4 @@
-// Iterators of hash maps: steps, removals, changes in between.
+// Iterators of hash maps: steps, removals, and changes in between.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -259,7 +259,7 @@ TEST(HashMap2018, StepWithoutMemoryForTheKeyLeavesTheIterator) {
       try {
         ++at;
         memoryIsOut = false;
-        continue;  // the key that the iterator held had room for it
+        continue;  // the old key's memory was large enough
       } catch (const std::bad_alloc&) {
         memoryIsOut = false;
       }

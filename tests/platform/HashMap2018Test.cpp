@@ -1,4 +1,4 @@
-// Hash maps: what they hold, and how their tables grow and shrink.
+// Hash maps: their elements, and how their tables grow and shrink.
 #include <gtest/gtest.h>
 
 #include <new>
@@ -191,8 +191,9 @@ TEST(HashMap2018, FailedAllocationLeavesTheMapAsItWas) {
   EXPECT_THROW(map.reserve(std::size_t{1} << 36), std::length_error);
 }
 
-// A single element whose value is no larger than a pointer stands in the map itself; here it, its
-// like in a block, and larger ones change places in all ways.
+// A single element whose value is no larger than a pointer is held in the map itself. Here maps
+// with such an element, with the same element in a block, and with larger values are exchanged in
+// all ways.
 template <class V, class MakeValue>
 void exchangeInAllWays(MakeValue makeValue) {
   using Map = HashMap2018<U8, V>;
@@ -342,7 +343,7 @@ TEST(HashMap2018, EqualHashesWorkAndChurnDoesNotDegradeTheTable) {
   EXPECT_EQ(churned.memoryBytes(), bytes);
 }
 
-// A long random life beside an oracle; `makeKey` turns a random number to a key.
+// A long random life against an oracle. `makeKey` makes a key from a random number.
 template <class K, class Hash, class Tag = void, class MakeKey>
 void liveRandomly(int steps, U32 keyRange, MakeKey makeKey) {
   using Map = HashMap2018<K, U64, Hash, Tag>;
@@ -357,7 +358,7 @@ void liveRandomly(int steps, U32 keyRange, MakeKey makeKey) {
     U32 const n = random() % keyRange;
     K const key = makeKey(n);
     std::string const name = nameOf(n);
-    // Phases of growing and of shrinking.
+    // Phases of growing and of shrinking take turns.
     U32 const what = random() % 10 + (step / 3000 % 2 == 0 ? 0 : 3);
     if (what < 5) {
       bool const isNew = oracle.emplace(name, ++value).second;
@@ -430,7 +431,7 @@ TEST(HashMap2018, WithATagHasItsTablesCounted) {
   {
     HashMap2018<U8, U8, std::hash<U8>, HN_Counted> map;
     EXPECT_EQ(tracker.liveObjects(), 0U);
-    map.insert(1, 1);  // without a tag it would stand in the map itself
+    map.insert(1, 1);  // without a tag, the map itself would hold it
     EXPECT_EQ(tracker.liveObjects(), 1U);
     EXPECT_EQ(tracker.liveBytes(), map.memoryBytes());
     auto copy(map);

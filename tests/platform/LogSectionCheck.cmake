@@ -1,9 +1,9 @@
-# Builds LogSectionFixture.cpp with COMPILER and FLAGS into WORK, and counts what is in the section
-# .corvex_logmsg: three descriptors of 40 bytes with no hole, and four relocated pointers each.
+# Builds LogSectionFixture.cpp with COMPILER and FLAGS into WORK, and checks the section
+# .corvex_logmsg: three descriptors of 40 bytes without a hole, each with four relocated pointers.
 #
 #   cmake -DCOMPILER=g++ "-DFLAGS=-O2 -shared" -DSOURCE=... -DINCLUDE=... -DWORK=... -P <this>
 #
-# Prints "skipped: ..." when a tool is absent.
+# Prints "skipped: ..." if a tool is missing.
 find_program(compiler ${COMPILER})
 find_program(readelf readelf)
 if(NOT compiler OR NOT readelf)
@@ -45,7 +45,7 @@ if(NOT size EQUAL 120)
   message(FATAL_ERROR "${size} bytes in place of 120 with ${COMPILER} ${FLAGS}:\n${rows}")
 endif()
 
-# Each pointer is a relocation at its place: words 0 to 3 of 5.
+# The words 0 to 3 of each 5 are pointers, with one relocation each.
 execute_process(COMMAND ${readelf} -r -W ${output} OUTPUT_VARIABLE relocations
   COMMAND_ERROR_IS_FATAL ANY)
 set(pointers 0)

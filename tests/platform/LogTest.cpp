@@ -91,7 +91,8 @@ TEST_F(Log, HasNoLimitByDefault) {
   EXPECT_EQ(records.size(), 1000U);
 }
 
-// However slow the machine: what passed and what was reported as held back is what was logged.
+// On a machine of any speed: the messages that passed and those reported as held back add up to
+// all.
 TEST_F(Log, SaysHowManyWereHeldBack) {
   LogHandle handle(messages[1], Duration(0.05), 1.0, 1, 0);
   for (int i = 0; i < 5; ++i) handle.log("x");
@@ -186,7 +187,7 @@ TEST(LogFormat, TakesExactlyOneString) {
   }
 }
 
-// Which of the messages at these times pass.
+// Shows which messages pass, given their times.
 std::string passes(LogLimiter limiter, const std::vector<S64>& times) {
   std::string pattern;
   for (S64 const time : times) pattern += limiter.admit(time) ? '+' : '-';
@@ -239,8 +240,8 @@ TEST(LogLimiter, CountsWhatItHoldsBack) {
   EXPECT_EQ(limiter.takeSuppressed(), 0U);
 }
 
-// Where this program's own .corvex_logmsg lies: its headers are read from the file, and the place
-// the program was loaded at is the first module's of the loader's list.
+// Finds this program's own .corvex_logmsg. The section's header comes from the file. The address
+// the program was loaded at is the one of the loader's first module.
 struct Section {
   const void* begin = nullptr;
   std::size_t size = 0;
@@ -282,7 +283,7 @@ TEST(LogSection, HoldsTheDescriptorsBackToBack) {
   ASSERT_NE(section.begin, nullptr);
   ASSERT_EQ(section.size, 3 * 40U);
   EXPECT_EQ(section.alignment, 8U);
-  // Through memory, as a tool reads it.
+  // Read from memory, as a tool reads it.
   LogDescriptor inSection[3];
   std::memcpy(inSection, section.begin, sizeof inSection);
   const LogDescriptor* const declared[] = {&messages[0], &messages[1], &moreMessages[0]};

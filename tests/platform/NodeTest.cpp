@@ -110,7 +110,7 @@ TEST(Node, GetsMemoryThatIsAlignedAsItsClassAsks) {
   {
     std::vector<Ptr<Node>> objects;
     for (int i = 0; i < 16; ++i) {
-      // One of another size between them, so that luck does not align all.
+      // An object of another size in between, so that the alignment is no coincidence.
       objects.push_back(makePtr<Record>());
       objects.push_back(makePtr<Wide>());
       EXPECT_EQ(reinterpret_cast<std::uintptr_t>(objects.back().get()) % 128, 0U);
@@ -160,7 +160,7 @@ TEST(Node, TrackerCountsObjectsAndBytesOfTheClassAndWhatDerivesFromIt) {
   EXPECT_TRUE(listed);
 }
 
-// Before any test turns it on.
+// Read before any test turns it on.
 bool const threadSafeAtStart = Halvo::ThreadControl::threadSafe();
 
 TEST(ThreadControl, IsOffUntilTheProgramTurnsItOn) {

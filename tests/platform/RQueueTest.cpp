@@ -48,7 +48,7 @@ std::vector<U32> capacitiesOf(const RQueueBase& queue) {
   return capacities;
 }
 
-// Checks in its destructor that no block is left.
+// The destructor checks that no block is left.
 class RQueueTest : public testing::Test {
  protected:
   void TearDown() override {
@@ -125,13 +125,13 @@ TEST_F(RQueueTest, BlocksGrowWithTheNumberOfElements) {
       {13, 0, 0, {4, 8, 16}},
       {28, 0, 0, {4, 8, 16}},
       {29, 0, 0, {4, 8, 16, 32}},
-      // A block stays until its last slot has been taken, even when nothing is in it.
+      // A block stays until its last slot has been taken, even when it holds nothing.
       {3, 3, 0, {4}},
       {4, 4, 0, {}},
       {4, 4, 1, {4}},
       {5, 4, 0, {8}},
       {5, 5, 0, {8}},
-      // The capacity goes by what is in the queue now.
+      // The capacity depends on the number of elements that are in the queue now.
       {4, 3, 1, {4, 4}},
       {4, 1, 1, {4, 4}},
       {12, 7, 1, {8, 8}},   // 5 elements
@@ -175,7 +175,7 @@ TEST_F(RQueueTest, StartsAgainWithFourSlotsAfterDelAll) {
 
 TEST_F(RQueueTest, BlockHeaderHasIndexAndCapacityInOneWord) {
   static_assert(sizeof(RQueueBlock) == 16);
-  // 8192 slots: the capacity and the index behind the last slot are the largest there are.
+  // 8192 slots give the largest capacity and the largest index behind the last slot.
   for (U32 const capacity : {1U, 4U, 4096U, 8192U}) {
     for (bool const fromSystem : {false, true}) {
       RQueueBlock const block(capacity, 0xFFFFFFFE, fromSystem);
@@ -240,7 +240,7 @@ TEST_F(RQueueTest, BlockTellsItsFirstLiveSlotAtAnyTime) {
       EXPECT_EQ(block->firstIndex(), index);
       EXPECT_EQ(sequence + index, static_cast<U32>(taken));
       EXPECT_EQ(queue.size(), static_cast<U32>(30 - taken));
-      // The last block has room left, and keeps it.
+      // The last block has room left and stays.
       if (queue.empty()) {
         queue.delAll();
         break;
@@ -284,7 +284,8 @@ TEST_F(RQueueTest, MovesButDoesNotCopy) {
 }
 
 TEST_F(RQueueTest, TakesInOrderAcrossSwapsAndMoves) {
-  // Elements added, and taken, before the swap: within a block, at its border, and behind it.
+  // The numbers of elements added and taken before the swap: within a block, at its end, and
+  // beyond.
   for (auto const& [added, taken] :
        {std::pair{4, 0}, {4, 1}, {4, 3}, {4, 4}, {5, 3}, {5, 4}, {40, 7}}) {
     SCOPED_TRACE(testing::Message() << added << ' ' << taken);
@@ -434,7 +435,7 @@ TEST_F(RQueueTest, IteratorMeetsWhatWasThereWhenItWasMade) {
   int met = 0;
   for (; it != queue.end(); ++it) EXPECT_EQ(*it, met++);
   EXPECT_EQ(met, 4);
-  // Across the blocks' borders, with part of the head taken.
+  // Across several blocks, with part of the first one taken.
   queue.deq();
   U32 left = 39;
   for (it = queue.begin(); it != queue.end(); ++it) EXPECT_EQ(it.left(), left--);
@@ -483,7 +484,7 @@ TEST_F(RQueueTest, AgreesWithAnOracleForAMillionSteps) {
   liveRandomly<String>(100'000, 0, 4, [](int n) { return String(std::to_string(n)); });
 }
 
-// Opens the ring of blocks to the tests of its assertions.
+// Makes the ring of blocks accessible to the tests of its assertions.
 class Ring : public RQueueBase {
  public:
   Ring() : RQueueBase(0) {}

@@ -1,4 +1,4 @@
-// What the tests of ordered maps and sets share.
+// Shared by the tests of ordered maps and sets.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -24,8 +24,8 @@ struct HN_Test {
 };
 inline constinit Zel::AllocationTracker HN_Test::memAllocationTracker_{"RbTreeMapTest::HN_Test"};
 
-// Descending priority, then ascending id; the text takes no part. Its hint below says so, and no
-// other order is needed.
+// Ordered by descending priority, then ascending id; the text does not count. The hint below is the
+// whole order, so the type needs no operator<.
 struct Entry {
   U32 priority = 0;
   U32 id = 0;

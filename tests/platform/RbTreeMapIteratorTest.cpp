@@ -1,4 +1,4 @@
-// Iterators of ordered maps and sets: steps, removals, changes in between.
+// Iterators of ordered maps and sets: steps, removals, and changes in between.
 #include <gtest/gtest.h>
 
 #include <new>
@@ -13,7 +13,7 @@ namespace {
 
 TEST_F(RbTreeMapTest, StepWithoutMemoryForTheKeyLeavesTheIterator) {
   Map<String, U32> map;
-  // Each is longer than the ones before, so that no copy fits the room of an earlier one.
+  // Each key is longer than those before, so that no copy fits into the memory of an earlier one.
   for (U32 i = 0; i < 100; ++i) map.insert(String(std::string(70 + 10 * i, 'a')), i);
   auto at = map.begin();
   for (U32 i = 0; i + 1 < 100; ++i) {
@@ -66,7 +66,7 @@ TEST_F(RbTreeMapTest, DeletesByIterator) {
   EXPECT_FALSE(set.del(atEnd));
   EXPECT_TRUE(set.del(it));
   EXPECT_FALSE(set.has({1, 4, {}}));
-  // Stale now: goes by the key that it last held.
+  // Stale now: it removes by the key that it last held.
   EXPECT_FALSE(set.del(it));
   EXPECT_EQ(set.generation(), 3U);
   set.insert({1, 4, "again"});
@@ -74,7 +74,7 @@ TEST_F(RbTreeMapTest, DeletesByIterator) {
   EXPECT_EQ(set.generation(), 5U);
   ++it;
   EXPECT_EQ(it.key().id, 5U);
-  // Another's removal.
+  // Another element is removed.
   EXPECT_TRUE(set.del({1, 0, {}}));
   EXPECT_TRUE(set.del(it));
   EXPECT_FALSE(set.has({1, 5, {}}));
@@ -91,7 +91,7 @@ TEST_F(RbTreeMapTest, IteratorAtTheEndRemovesOnlyWhenStale) {
   ASSERT_TRUE(it == set.end());
   EXPECT_FALSE(set.del(it));
   set.del({1, 1, {}});
-  EXPECT_TRUE(set.del(it));  // by the key it last held
+  EXPECT_TRUE(set.del(it));  // by the key that it last held
   EXPECT_TRUE(set.empty());
 
   Map<U32, int> map;
@@ -113,7 +113,7 @@ TEST_F(RbTreeMapTest, WalkWithstandsChanges) {
     for (auto it = map.begin(); it != map.end(); ++it) {
       ASSERT_EQ(it.key(), expected);
       expected += 2;
-      map.insert(it.key() + 1, 0);  // behind it, and not far: stepped over below
+      map.insert(it.key() + 1, 0);  // just behind it: the next step skips it
       if (it.key() % 4 == 0) {
         ASSERT_TRUE(map.del(it));
       }

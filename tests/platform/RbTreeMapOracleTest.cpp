@@ -1,4 +1,4 @@
-// Ordered maps and sets beside std::map through long random lives.
+// Ordered maps and sets against std::map, through long random lives.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -12,7 +12,7 @@
 namespace velmortest {
 namespace {
 
-// A long random life beside std::map, with two iterators that go along.
+// A long random life against std::map. Two iterators take part.
 template <class K, class MakeKey>
 void liveRandomly(int steps, U32 keyRange, U32 seed, MakeKey makeKey) {
   std::mt19937 engine(seed);
@@ -52,7 +52,7 @@ void liveRandomly(int steps, U32 keyRange, U32 seed, MakeKey makeKey) {
         ASSERT_EQ(atBehind.key(), behind->first);
       }
     } else if (what == 9) {
-      // The iterator steps; what is behind the key it held is known.
+      // Step the iterator. It must go to the first key behind the one that it held.
       auto next = isHeld ? oracle.upper_bound(held) : oracle.begin();
       if (isHeld) {
         ++it;
@@ -101,7 +101,7 @@ TEST_F(RbTreeMapTest, AgreesWithAnOracleForAMillionSteps) {
     return String(n % 3 == 0 ? "acl-ipv4-" : "") + String(std::to_string(n * 7919));
   });
   liveRandomly<Plain>(150'000, 2'000, 5, [](U32 n) { return Plain(static_cast<int>(n)); });
-  // Names that begin alike, and now and then one that does not, or is nothing but the beginning.
+  // Names that begin alike. A few begin in another way, or are only the common beginning.
   for (U32 keyRange : {12U, 40U, 400U, 6'000U}) {
     liveRandomly<String>(100'000, keyRange, 6 + keyRange, [](U32 n) {
       String const beginning = "velmor-access-list-of-the-ingress-pipe-";
@@ -129,9 +129,9 @@ TEST_F(RbTreeMapTest, TakesTheLowestStringBeforeAnyNumberOfEqualHints) {
   }
 }
 
-// Changes that wander slowly over the ordered keys, so that the tree finds most of them in the leaf
-// of the last one, beside it or there again. Now and then one of the others, which are not among
-// the keys, comes and goes.
+// Changes at a place that moves slowly over the ordered keys. So the tree finds most of them in the
+// same leaf as the last one, or in the next. Sometimes one of `others`, which are not among the
+// keys, is added and removed.
 template <class K>
 void changeWhereKeysRun(const std::vector<K>& keys, const std::vector<K>& others, U32 seed) {
   std::mt19937 engine(seed);
@@ -179,7 +179,7 @@ void changeWhereKeysRun(const std::vector<K>& keys, const std::vector<K>& others
   }
 }
 
-// Where removed elements stood, their hints are still in memory.
+// The hints of removed elements are still in memory.
 TEST_F(RbTreeMapTest, ElementFoundLastMayBeGone) {
   Map<U32, U32> map;
   for (U32 key = 0; key < 10; ++key) map.insert(key, key);
@@ -201,7 +201,7 @@ TEST_F(RbTreeMapTest, AgreesWithAnOracleWhereNumbersRunInOrder) {
   }
 }
 
-// Among strings, equal hints reach over leaves, and some keys begin otherwise.
+// Strings with equal hints fill several leaves, and some keys begin in another way.
 TEST_F(RbTreeMapTest, AgreesWithAnOracleWhereStringsRunInOrder) {
   for (const char* beginning : {"", "acl-ipv4-ingress-"}) {
     for (U32 const alike : {1U, 3U, 40U, 200U}) {

@@ -1,4 +1,4 @@
-// Ordered maps and sets: what they hold, and in which order.
+// Ordered maps and sets: their elements and the order.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -69,7 +69,7 @@ TEST_F(RbTreeMapTest, OrdersStringsByTheirBytes) {
 
 TEST_F(RbTreeMapTest, OrdersStringsThatBeginAlike) {
   String const beginning = "acl-ipv4-ingress-";
-  // Each of these joins a thousand names that begin alike: below them, above them, between them.
+  // Each of these is added to a thousand names that begin alike: below, above and between them.
   for (const String& other :
        {String(), String("acl-ipv4"), String("acl-ipv4-ingress-"), String("acl-ipv4-ingress-5000"),
         String("acl-ipv4-ingress-", 18), String("acl-ipv4-ingrest"), String("acl-ipv4-ingrese"),

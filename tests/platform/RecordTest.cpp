@@ -96,7 +96,7 @@ TEST(Record, StringsAreWrittenReadable) {
   }
 }
 
-// The bytes of the character that `lead` begins, and its number where those bytes are one.
+// The number of bytes of a character whose first byte is `lead`.
 std::size_t sizeOfCharacter(unsigned lead) { return lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4; }
 bool standsForItself(const std::string& bytes) {
   auto const byte = [&](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
@@ -199,7 +199,7 @@ TEST(Record, ReadsNoFurtherThanTheRange) {
   for (std::string_view const text :
        {"\"\\x4|1\""sv, "\"\\x|41\""sv, "\"\\|n\""sv, "\"|a\""sv, "\"a|\""sv, "|\"a\""sv}) {
     SCOPED_TRACE(text);
-    // The range ends at the bar; what would complete the string stands behind it.
+    // The range ends at the bar. The rest of the string stands behind it.
     std::size_t const size = text.find('|');
     std::string all(text);
     all.erase(size, 1);

@@ -180,7 +180,7 @@ TEST(String, RefusesWhatIsTooLong) {
 }
 
 TEST(StringDeathTest, StopsOnNullText) {
-  const char* volatile text = nullptr;  // not to be seen through
+  const char* volatile text = nullptr;  // hidden from the compiler
   EXPECT_DEATH(String{text},
                "^assertion failed: text != nullptr at platform/Halvo/String:0 in "
                "Halvo::String::String\\(const char\\*\\)\n$");

@@ -40,7 +40,7 @@ struct Kept {
   std::string line;
 };
 
-// Keeps the records of one test, and turns off what it turned on.
+// Collects the records of one test, and turns off the levels that it turned on.
 class Trace : public testing::Test {
  protected:
   void SetUp() override { TraceControl::sinkIs(&keep, &records); }
@@ -63,7 +63,7 @@ U32 levelsOf(const TraceHandle& handle) {
   return levels;
 }
 
-// What `f` writes on standard error.
+// The text that `f` writes to standard error.
 template <class F>
 std::string standardErrorOf(F f) {
   testing::internal::CaptureStderr();
@@ -156,7 +156,7 @@ TEST_F(Trace, StampsTheTimeOfTheClock) {
         *static_cast<std::string*>(context) = record.line.substr(0, 26);
       },
       &records.emplace_back().line);
-  // Not std::time, whose coarse clock lags behind by up to a tick.
+  // Not std::time: its coarse clock is up to a tick late.
   auto const now = [] {
     return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   };
@@ -348,7 +348,7 @@ TEST_F(Trace, IsSafeFromManyThreads) {
       }
     });
   }
-  // Until the threads have been at work for a while, however late they start.
+  // Go on until the threads have worked for a while, even if they start late.
   for (int i = 0; i < 2000 || emitted < 1000; ++i) {
     TraceControl::levelIs("Trace.threads", 4, i % 2 == 0);
     TraceControl::levelIs("Trace.threads", 0, true);
@@ -367,8 +367,8 @@ TEST_F(TraceDeathTest, StopsOnALevelThatDoesNotExist) {
       "static void Zel::TraceControl::levelIs\\(std::string_view, unsigned int, bool\\)\n$");
 }
 
-// The environment is read once a process, by the first handle: each row runs in a process of its
-// own, which this program plays when it is told to.
+// The first handle of a process reads the environment, once. So each row runs in a process of its
+// own: a death test starts this program again.
 struct EnvironmentRow {
   const char* value;
   U32 levels;  // of the handle "Tcam"
@@ -443,7 +443,7 @@ TEST(TraceEnvironment, IsReadByTheFirstHandleAlone) {
 }
 
 TEST_F(TraceDeathTest, StopsOnAHandleWithoutAName) {
-  const char* volatile name = nullptr;  // not to be seen through
+  const char* volatile name = nullptr;  // hidden from the compiler
   EXPECT_DEATH(Zel::TraceHandle(name, false),
                "^assertion failed: name != nullptr at platform/Zel/Trace:0 in "
                "Zel::TraceHandle::TraceHandle\\(const char\\*, bool\\)\n$");
@@ -451,7 +451,7 @@ TEST_F(TraceDeathTest, StopsOnAHandleWithoutAName) {
 
 }  // namespace
 
-// Death tests start this program afresh, so that no handle of another test has read the
+// Each death test starts this program again, so that no other test's handle has read the
 // environment.
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);

@@ -31,7 +31,7 @@ std::string ntop(const Address& address) {
   return inet_ntop(family, bytes.data(), text, sizeof text);
 }
 
-// Writes into a buffer of exactly maxTextSize bytes, with guards around it.
+// Writes into a buffer of exactly maxTextSize bytes, with guard bytes around it.
 template <class Address>
 std::string written(const Address& address) {
   constexpr std::size_t guard = 8;
@@ -201,7 +201,7 @@ TEST(Ip6Addr, PrintsTheCanonicalText) {
   }
 }
 
-// The C library also ends ::1.2.3.4, in ::/96, with a dotted quad; we do not.
+// The C library writes an address of ::/96, such as ::1.2.3.4, with a dotted quad. Trelix does not.
 bool cLibraryMixes(const Ip6Addr& address) {
   return address.hostOrder(0) == 0 && address.hostOrder(1) == 0 && address.hostOrder(2) == 0 &&
          address.hostOrder(3) >> 16 != 0;
@@ -219,7 +219,7 @@ void expectAsCLibrary(const Ip6Addr& address) {
 }
 
 TEST(Ip6Addr, PrintsEveryPatternOfGroupsAsTheCLibraryDoes) {
-  // Every way that eight groups can be zero or have one to four digits.
+  // Eight groups that are zero or have one to four digits, in every combination.
   constexpr U32 samples[] = {0, 1, 0xF, 0x10, 0xFF, 0x100, 0xFFF, 0x1000, 0xFFFF};
   for (unsigned set = 0; set < 256; ++set) {
     for (U32 const sample : samples) {
@@ -310,7 +310,8 @@ TEST(Ip6Addr, RefusesWhatIsNoAddress) {
   }
 }
 
-// Texts near to addresses: one edit away from a good one. What the C library takes, we take alike.
+// Texts that differ from a valid address by one edit. Trelix accepts exactly those that the C
+// library accepts.
 TEST(Addresses, AgreeWithTheCLibraryOnDamagedText) {
   std::mt19937 random(3);
   constexpr std::string_view alphabet = "0123456789abcdefABCDEF:.::..%g /x-";
@@ -368,7 +369,7 @@ TEST(Ip6Addr, CountsTheLeadingOnesOfAMask) {
       EXPECT_EQ((bytes[bit / 8] >> (7 - bit % 8)) & 1, bit < length ? 1 : 0);
     }
     if (length < 127) {
-      bytes[15] |= 1;  // not contiguous any more
+      bytes[15] |= 1;  // no longer contiguous
       EXPECT_EQ(ip6AddrToPrefixLen(Ip6Addr::fromBytes(bytes)), length);
     }
   }
@@ -427,7 +428,7 @@ TEST(EthAddr, RefusesWhatIsNoAddress) {
               std::string::npos)
         << error;
   }
-  // Every byte in every place, against the form itself.
+  // Every byte at every place, compared with the rule for the form.
   for (std::size_t at = 0; at < 17; ++at) {
     for (int c = 0; c < 256; ++c) {
       std::string text = "01:23:45:67:89:ab";
@@ -504,7 +505,7 @@ template <class Address>
 Address fromOctets(std::mt19937& random) {
   using Octets = std::remove_cvref_t<decltype(Address().bytes())>;
   Octets octets;
-  // Few distinct octets, so that addresses share beginnings.
+  // Few distinct octets, so that many addresses begin alike.
   for (U8& octet : octets) octet = static_cast<U8>(std::array{0, 1, 0x80, 0xFF}[random() % 4]);
   return Address::fromBytes(octets);
 }
@@ -541,7 +542,7 @@ TYPED_TEST(OrderedAddress, ComparesByOctetsAndHashesByValue) {
   }
 }
 
-// Addresses of one network differ in few bits, wherever these stand; tables take the low bits.
+// Addresses of one network differ in a few bits, at any place. Hash tables use the low bits.
 TYPED_TEST(OrderedAddress, HashesOfNeighboursDiffer) {
   auto octets = TypeParam().bytes();
   for (std::size_t at = 0; at < octets.size(); ++at) {

@@ -1,4 +1,4 @@
-// Values of types that a program describes by itself, and of the basic types.
+// Values of types that a program describes itself, and of the basic types.
 #include "Zel/Types/Value.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,7 @@
 
 namespace paint {
 
-// One word larger than what a value holds in place, and one that is as large.
+// Used with one size that a value holds in place, and with one that is a word too large.
 template <std::size_t words>
 struct Wide {
   explicit Wide(Halvo::U32 first = 0) : numbers{first} { ++alive; }
@@ -105,7 +105,7 @@ TYPED_TEST(RecordValue, LivesAsItsTypeSays) {
     EXPECT_EQ(TypeParam::alive, before + 2);
     EXPECT_EQ(moved, value);
     EXPECT_EQ(moved.as<TypeParam>().numbers[last], 7U);
-    EXPECT_TRUE(copy.empty());  // NOLINT(bugprone-use-after-move): so it says
+    EXPECT_TRUE(copy.empty());  // NOLINT(bugprone-use-after-move): the class promises it
     copy = moved;
     moved = Value(U32{1});
     EXPECT_EQ(TypeParam::alive, before + 2);

@@ -3,7 +3,7 @@
 
 #include <string>
 
-/// What the error of type E says that `f()` throws.
+/// The message of the error of type E that `f()` throws.
 template <class E, class F>
 std::string whatOf(F f) {
   try {

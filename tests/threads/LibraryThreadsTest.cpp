@@ -1,4 +1,4 @@
-// What the library promises to several threads.
+// The library's promises to several threads.
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -35,7 +35,7 @@ TEST_F(Threads, PrintRowsOfOneShadow) {
   }
   auto const before = useCounts(*shadow);
   onThreads([&](unsigned i) {
-    // A reader's own reference, and rows over the common one too.
+    // The reader's own reference, and rows over the shared one too.
     Ptr<const Shadow> const own = shadow;
     for (unsigned n = 0; n < rounds; ++n) {
       std::size_t const which = (n + i) % formats.size();
@@ -70,7 +70,7 @@ TEST_F(Threads, ReadHeadersOnceTheTableIsFilled) {
       EXPECT_EQ(getCliHeader(cliHeaderTypeIp).size(), 186U);
       EXPECT_EQ(getCliHeader(cliHeaderTypeIp6).size(), 303U);
       EXPECT_EQ(getCliHeader(cliHeaderTypeMac).size(), 118U);
-      initializeCliHeaders();  // fills nothing any more
+      initializeCliHeaders();  // the table is full already
     }
   });
 }

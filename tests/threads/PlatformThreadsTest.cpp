@@ -1,4 +1,4 @@
-// What the runtimes promise to several threads.
+// The runtimes' promises to several threads.
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -29,7 +29,7 @@ struct Tag {
   static inline constinit Halvo::MemoryTracker memAllocationTracker_{"Threads::Tag"};
 };
 
-// Its members are plain: only the count orders what is written before it falls to zero.
+// Its members are plain. Only the count orders the writes before it falls to zero.
 class Shared : public Halvo::Node {
  public:
   explicit Shared(std::atomic<int>& sum) : sum_(sum) {}
@@ -114,7 +114,7 @@ TEST_F(Threads, SlabMemoryIsGivenBackByAnyThread) {
       std::memset(memory, fill, size);
       Object other{memory, size};
       {
-        // Every second object ends on another thread than it began on.
+        // Every second object ends on another thread than the one that made it.
         std::lock_guard<std::mutex> const guard(lock);
         passed.push_back(other);
         if (n % 2 != 0 || passed.size() < 100) continue;
@@ -210,7 +210,7 @@ TEST_F(Threads, ReadOneMapThatNobodyChanges) {
 }
 
 TEST_F(Threads, TraceWhileLevelsAndSinksChange) {
-  // One at a time: a sink's own data needs no lock.
+  // The sink is called by one thread at a time, so its data needs no lock.
   int seen = 0;
   static constexpr auto count = [](const Zel::TraceRecord&, void* context) {
     ++*static_cast<int*>(context);
@@ -233,7 +233,7 @@ TEST_F(Threads, TraceWhileLevelsAndSinksChange) {
             &handles);
         EXPECT_GE(handles, 3);
       } else {
-        // The level may be turned off behind the question: the record then still comes.
+        // Another thread may turn the level off after the check. The record still comes then.
         EXPECT_FALSE(sometimes.enabled(3));
       }
     }

@@ -1,4 +1,4 @@
-// What the tests of threads share.
+// Shared by the tests of threads.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -13,8 +13,8 @@ namespace velmortest {
 
 inline constexpr unsigned threadCount = 8;
 
-/// Runs `work(i)` for i from 0 on, each in a thread of its own; all begin together, and all have
-/// ended when this returns.
+/// Runs `work(i)` for i from 0 on, each in its own thread. All begin together, and all have ended
+/// when this returns.
 template <class Work>
 void onThreads(const Work& work, unsigned count = threadCount) {
   std::latch start(count);
@@ -30,8 +30,8 @@ void onThreads(const Work& work, unsigned count = threadCount) {
 
 }  // namespace velmortest
 
-/// A test with the thread-safety switch on. One suite, so that a build for ThreadSanitizer runs it
-/// by this name.
+/// A test with the thread-safety switch on. All such tests are one suite, so that a build for
+/// ThreadSanitizer can select them by name.
 class Threads : public testing::Test {
  protected:
   void SetUp() override { Halvo::ThreadControl::threadSafeIs(true); }

@@ -1,5 +1,5 @@
-// What a user of the headers writes first, with the warnings that careful projects turn on:
-// templates and macros warn where they are used, not where they stand.
+// A user's first lines with each header, compiled with the warnings that careful projects turn on.
+// Templates and macros cause warnings in the code that uses them.
 #include "Halvo.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliHelper.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"

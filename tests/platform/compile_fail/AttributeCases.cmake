@@ -1,4 +1,4 @@
-# Tables of attributes that must not compile, as FormatCases.
+# Tables of attributes that must not compile. See FormatCases.cmake.
 function(velmor_attribute_case number name reason)
   set(compile ${CMAKE_CXX_COMPILER} -std=c++20 -fsyntax-only -I${PROJECT_SOURCE_DIR}/platform
     -DCASE=${number})

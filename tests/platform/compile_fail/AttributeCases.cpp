@@ -1,4 +1,4 @@
-// One table of attributes that must not compile for each CASE and, with RIGHT, its nearest that
+// For each CASE a table of attributes that must not compile and, with RIGHT, the nearest one that
 // must.
 #include "Zel/Types/AttributeTable.h"
 

@@ -1,11 +1,12 @@
-# Formats that must not compile, each for the reason that the compiler is to name, and beside each
-# one its nearest that must.
+# Formats that must not compile. For each, the compiler must give the stated reason, and the nearest
+# correct format must compile.
 function(velmor_format_case number name reason)
   set(compile ${CMAKE_CXX_COMPILER} -std=c++20 -fsyntax-only -I${PROJECT_SOURCE_DIR}/platform
     -DCASE=${number})
   set(source ${CMAKE_CURRENT_SOURCE_DIR}/compile_fail/FormatCases.cpp)
   add_test(NAME FormatRefuses.${name} COMMAND ${compile} ${source})
-  # The reason, not the compiler's status: a case that fails for another reason shows nothing.
+  # Tests the reason instead of the compiler's status: a case that fails for another reason shows
+  # nothing.
   set_tests_properties(FormatRefuses.${name} PROPERTIES PASS_REGULAR_EXPRESSION "${reason}")
   add_test(NAME FormatTakes.${name} COMMAND ${compile} -DRIGHT ${source})
 endfunction()

@@ -1,4 +1,4 @@
-// One format that must not compile for each CASE and, with RIGHT, its nearest that must.
+// For each CASE a format that must not compile and, with RIGHT, the nearest one that must.
 #include <string>
 
 #include "Zel/Format/Format.h"
