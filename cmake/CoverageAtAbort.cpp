@@ -1,5 +1,5 @@
-// Saves the counts of a process that an assertion stops, as death tests do. Each library has its
-// own counts, so each has this.
+// Saves the line counts of a process that an assertion stops, as in a death test. Each library
+// keeps its own counts, so each contains this file.
 #include <csignal>
 
 extern "C" void __gcov_dump();
@@ -10,7 +10,7 @@ struct sigaction before;
 
 void saveCounts(int) {
   __gcov_dump();
-  sigaction(SIGABRT, &before, nullptr);  // abort() raises it once more; `before` may save others'
+  sigaction(SIGABRT, &before, nullptr);  // abort() raises it again; `before` may save more
   raise(SIGABRT);
 }
 

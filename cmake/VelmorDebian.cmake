@@ -1,11 +1,10 @@
 # The Debian packages, as scripts/package builds them by CPack:
 #
-#   libvelmortcamclihelper1       the two libraries: they are of one version, and one cannot go on
-#                                 without the other
-#   libvelmortcamclihelper-dev    what it takes to build a program with them
+#   libvelmortcamclihelper1       the two libraries, in one package because they have one version
+#   libvelmortcamclihelper-dev    the files to build a program with them
 #   tcamshow                      the program
 #
-# Files that only a Debian package has are installed by this file alone.
+# This file alone installs the files that only a Debian package has.
 set(VELMOR_MAINTAINER "VelmorTcamCliHelper maintainers <maintainers@velmor.example>" CACHE STRING
   "Who maintains the Debian packages")
 set(velmor_debian_revision 1)
@@ -13,8 +12,8 @@ set(velmor_runtime_package libvelmortcamclihelper${PROJECT_VERSION_MAJOR})
 set(velmor_dev_package libvelmortcamclihelper-dev)
 set(velmor_tool_package tcamshow)
 
-# velmor_gzipped(FILE NAME): a configured copy, compressed without time or name, so that the same
-# sources make the same package.
+# velmor_gzipped(FILE NAME): makes a configured and compressed copy. The compressed file holds no
+# time and no name, so that equal sources make equal packages.
 function(velmor_gzipped file name)
   configure_file(${file} ${PROJECT_BINARY_DIR}/debian/${name} @ONLY)
   execute_process(COMMAND gzip -9n --force --keep ${PROJECT_BINARY_DIR}/debian/${name}
@@ -51,11 +50,11 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
-# Of one build: the libraries' packages go together to the revision.
+# The dev package needs the libraries of exactly this version and revision.
 set(same "(= ${PROJECT_VERSION}-${velmor_debian_revision})")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${velmor_runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-# Each package's own first line is its summary.
+# The first line of each description is the package's summary.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
   "text rows and usage model of a switch's TCAM - libraries
@@ -64,8 +63,8 @@ ternary content-addressable memory holds: one entry in, the table's text out.
 It also has the model of the memory's usage and of its summary.
 
 With it come the runtimes that it stands on.")
-# What other packages learn from the libraries' files, and the renewal of the loader's cache: by a
-# trigger, in place of the scripts that CPack makes for it.
+# The dependency that other packages get from the libraries' files, and a trigger that renews the
+# loader's cache. The trigger replaces the scripts that CPack makes for it.
 configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/shlibs ${PROJECT_BINARY_DIR}/debian/shlibs @ONLY)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
   "${PROJECT_BINARY_DIR}/debian/shlibs;${CMAKE_CURRENT_LIST_DIR}/debian/triggers")

@@ -1,5 +1,5 @@
-# What every target of an optimised build is hardened with. The sanitizers look at the same calls and
-# buffers, and see more without it.
+# Hardens every target of an optimised build. The sanitizers check the same calls and buffers, and
+# see more without it.
 if(NOT VELMOR_SANITIZE)
   add_compile_options(-fstack-protector-strong
     $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE>

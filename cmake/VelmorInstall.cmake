@@ -1,12 +1,13 @@
-# What `cmake --install` puts where. Headers keep the paths that they are included by, below
-# include/velmor, which the exported targets and the pkg-config files name. With --component:
+# The files that `cmake --install` installs, and their places. Headers keep the paths that they are
+# included by, below include/velmor. The exported targets and the pkg-config files name that
+# directory. With --component:
 #
 #   runtime   the two libraries, as programs load them
 #   dev       headers, the names that a linker looks for, the CMake package, the pkg-config files
 #   tool      tcamshow, its manual page and its completions
 include(CMakePackageConfigHelpers)
 
-# What is installed can be moved as a whole.
+# An installation can be moved as a whole, so its directories must be relative.
 foreach(directory CMAKE_INSTALL_LIBDIR CMAKE_INSTALL_INCLUDEDIR)
   if(IS_ABSOLUTE "${${directory}}")
     message(FATAL_ERROR
@@ -25,7 +26,7 @@ install(TARGETS VelmorPlatform VelmorTcamCliHelper EXPORT VelmorTcamCliHelperTar
 
 install(DIRECTORY platform/ DESTINATION ${velmor_include} COMPONENT dev
   FILES_MATCHING PATTERN "*.h"
-  # The libraries' own; directories without a header.
+  # Private headers, and directories without a header.
   PATTERN "platform/Sobrel" EXCLUDE
   PATTERN "platform/pravo" EXCLUDE
   PATTERN "Trelix/ParseIp.h" EXCLUDE
@@ -51,7 +52,7 @@ install(FILES
   ${PROJECT_BINARY_DIR}/VelmorTcamCliHelperConfigVersion.cmake
   DESTINATION ${velmor_package} COMPONENT dev)
 
-# The pkg-config files name everything from where they are themselves, so that the whole can move.
+# The pkg-config files name all paths relative to themselves, so that the installation can be moved.
 set(velmor_pkgconfig ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH velmor_pc_to_prefix /prefix/${velmor_pkgconfig} /prefix)
 string(REGEX REPLACE "/$" "" velmor_pc_to_prefix "${velmor_pc_to_prefix}")

@@ -1,17 +1,18 @@
-# velmor_library(TARGET VERSION_SCRIPT): what both shared libraries have in common.
+# velmor_library(TARGET VERSION_SCRIPT): sets the options that both shared libraries have in common.
 function(velmor_library target version_script)
   set(script ${CMAKE_CURRENT_SOURCE_DIR}/${version_script})
   target_compile_features(${target} PUBLIC cxx_std_20)
-  # Calls between its own exported functions need no detour through the dynamic linker.
+  # A library calls its own exported functions directly, without the dynamic linker.
   target_compile_options(${target} PRIVATE -fno-semantic-interposition
-    # Nothing runs as a library is loaded, but in the sources of velmor_runs_at_load.
+    # Nothing runs when a library is loaded, except in the sources of velmor_runs_at_load.
     $<$<CXX_COMPILER_ID:Clang>:-Wglobal-constructors>
     $<$<CXX_COMPILER_ID:Clang>:-Wexit-time-destructors>)
   if(VELMOR_COVERAGE)
     target_sources(${target} PRIVATE ${PROJECT_SOURCE_DIR}/cmake/CoverageAtAbort.cpp)
   endif()
   if(VELMOR_DEBUG_INFO)
-    # Paths are the repository's. The code is the same; `cmake --install --strip` leaves it out.
+    # Paths are relative to the repository. The code stays the same. `cmake --install --strip`
+    # leaves the debug information out.
     target_compile_options(${target} PRIVATE -g -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
   endif()
   target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:velmor_warnings>)
@@ -19,12 +20,12 @@ function(velmor_library target version_script)
   set_target_properties(${target} PROPERTIES
     LINK_DEPENDS ${script}
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
-    # Installed as it is.
+    # Built with the rpath that it is installed with.
     BUILD_WITH_INSTALL_RPATH ON)
 endfunction()
 
-# velmor_runs_at_load(SOURCE...): those that construct objects as their library is loaded. The test
-# LoadTime.WhatIsConstructedIsKnown lists the objects of these sources.
+# velmor_runs_at_load(SOURCE...): marks sources that construct objects when their library is loaded.
+# The test LoadTime.WhatIsConstructedIsKnown lists these objects.
 function(velmor_runs_at_load)
   set_property(SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS
     $<$<CXX_COMPILER_ID:Clang>:-Wno-global-constructors>

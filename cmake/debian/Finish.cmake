@@ -1,6 +1,6 @@
-# CPack runs this on the packages that it has built, for what it does not do itself: takes out the
-# scripts that call ldconfig, for which there is a trigger, and lets packages of libraries of several
-# architectures stand side by side.
+# CPack runs this on the packages that it has built. It removes the scripts that call ldconfig,
+# because a trigger does that. It also marks library packages so that those of several architectures
+# can be installed together.
 foreach(package ${CPACK_PACKAGE_FILES})
   if(NOT package MATCHES "/lib[^/]*$")
     continue()
