@@ -34,12 +34,12 @@ namespace VelmorTcam {
 ///
 /// An iterator survives every change of the map:
 /// - `++` goes to the first child behind the key that the iterator last held.
-/// - A removal by iterator removes the child under it. If another child was removed in between, it
-///   goes by the key that the iterator last held.
+/// - A removal by iterator removes the child under it. After another removal it removes the child
+///   with the key that the iterator last held. At the end it removes nothing.
 /// - key() is valid as long as the iterator lives. value() and `*` are valid as long as the
 ///   iterator's own child is in the map.
 /// - Another map's iterator must not be used for a removal. Where debugging is on (no NDEBUG), it
-///   stops the process (assertion "at.owner == this"). Elsewhere the removal has no defined result.
+///   stops the process (assertion "at.owner == this"). In other builds the result is undefined.
 ///
 /// Threads: one thread at a time. Any number of threads may read a map that nobody changes, while
 /// Halvo::ThreadControl's switch is on: get() changes reference counts.
@@ -50,8 +50,8 @@ class ChildMap {
  public:
   using Key = K;
   using ChildType = Child;
-  /// A child and its key, as an iterator gives them. A number is copied. A text is referred to in
-  /// place and is valid as long as the child is in the map.
+  /// A child and its key, as an iterator gives them. A key that is a number is a copy. A key that
+  /// is a text refers into the map, and is valid as long as the child is in it.
   struct Item {
     std::conditional_t<Zel::impl::isNumberKey<K>, K, const K&> key;
     const Halvo::Ptr<Child>& value;
@@ -178,7 +178,7 @@ class ChildHashMap {
 /// The set has two generations. Both start at 1 and stay odd: both rise by 2 with each record
 /// removed and with each delete-all, also of an empty set.
 ///
-/// Iterators behave as ChildMap's, with one difference. If the iterator's generation is not the
+/// Iterators behave like ChildMap's, with one difference. If the iterator's generation is not the
 /// set's, a removal goes by the key that it last held even when the iterator is at the end.
 ///
 /// Threads: same as ChildMap.

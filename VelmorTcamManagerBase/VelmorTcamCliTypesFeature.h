@@ -124,7 +124,7 @@ class VELMOR_TCAM_API CliShowTcamUsageFeatureInfo : public Halvo::Node {
   U32 reservedEntries() const noexcept { return reservedEntries_; }
   void reservedEntriesIs(U32 reservedEntries) noexcept { reservedEntries_ = reservedEntries; }
 
-  /// The entries by descending priority, then ascending id. Has the count, the generations and
+  /// The entries by descending priority, then ascending id, with their count, generations and
   /// iterators.
   const EntrySet& entrySet() const noexcept { return entrySet_; }
   /// Adds a copy of the entry. Does nothing if an entry with its priority and id is present.

@@ -51,11 +51,11 @@ class VELMOR_TCAM_API CliFormat : public Halvo::Node {
   CliFormat() noexcept;
   ~CliFormat() override;
 
-  /// The table that this formatter's rows belong to. The class decides it.
+  /// The table that this formatter's rows belong to. Each class has a fixed one.
   CliHeaderType headerType() const noexcept { return headerType_; }
 
   bool initialized() const noexcept { return initialized_; }
-  /// Set it once the formatter is ready. Every change, in either direction, calls
+  /// Set it when the formatter is ready. Every change, in either direction, calls
   /// handleInitialized(). Setting the present value does nothing.
   void initializedIs(bool initialized);
 
@@ -255,7 +255,7 @@ class VELMOR_TCAM_API VelmorTcamCliFormat : public CliFormat {
 
 namespace impl {
 
-/// Whether T's member NAME is another one than BASE's. If `&T::NAME` does not compile, T has its
+/// Whether T has its own member NAME, other than BASE's. If `&T::NAME` does not compile, T has its
 /// own: the members of this library's classes are public and not overloaded.
 #define VELMOR_SUPPLIES_(NAME, BASE)                                     \
   [] {                                                                   \

@@ -26,11 +26,11 @@ class VELMOR_TCAM_API CliShowTcamSummaryGroupName : public Halvo::Node {
 
   const Halvo::String& groupName() const noexcept { return groupName_; }
 
-  /// The names from front to back. Has the count and iterators.
+  /// The names from front to back, with their count and iterators.
   const TcamSummaryGroupNameQueue& tcamSummaryGroupName() const noexcept {
     return tcamSummaryGroupName_;
   }
-  /// Adds a copy at the back. Stops the process, by abort, if the queue cannot allocate a block.
+  /// Adds a copy at the back. Aborts the process if the queue cannot allocate a block.
   void tcamSummaryGroupNameEnq(const Halvo::String& name) { tcamSummaryGroupName_.enq(name); }
   /// Removes the front name and returns it. If the queue is empty, returns an empty string.
   Halvo::String tcamSummaryGroupNameDeq() { return tcamSummaryGroupName_.deq(); }

@@ -30,9 +30,9 @@ class VELMOR_TCAM_API CliShowTcamUsageFeaturePrioBucket : public Halvo::Node {
 
   U32 featurePrio() const noexcept { return featurePrio_; }
 
-  /// The queue from front to back. Has the count and iterators.
+  /// The queue from front to back, with its count and iterators.
   const FeatureInfoQueue& featureInfo() const noexcept { return featureInfo_; }
-  /// Adds at the back. Stops the process, by abort, if the queue cannot allocate a block.
+  /// Adds at the back. Aborts the process if the queue cannot allocate a block.
   void featureInfoEnq(const Halvo::Ptr<CliShowTcamUsageFeatureInfo>& feature) {
     featureInfo_.enq(feature);
   }
@@ -62,8 +62,8 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupPerCopyInfo : public Halvo::Node {
 
   U32 copyId() const noexcept { return copyId_; }
 
-  /// Three counts of hardware entries that the CLI keeps here, 0 at first. The library does not
-  /// check one against another. First, the entries that this copy uses.
+  /// The entries that this copy uses. This is one of three counts of hardware entries that the CLI
+  /// keeps here, 0 at first. The library does not check one against another.
   U32 usedEntries() const noexcept { return usedEntries_; }
   void usedEntriesIs(U32 usedEntries) noexcept { usedEntries_ = usedEntries; }
   /// The entries of the hardware that are free. No display text prints it.
@@ -73,7 +73,7 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupPerCopyInfo : public Halvo::Node {
   U32 availableEntries() const noexcept { return availableEntries_; }
   void availableEntriesIs(U32 availableEntries) noexcept { availableEntries_ = availableEntries; }
 
-  /// The children by ascending featurePrio. Has the count, the generation and iterators.
+  /// The children by ascending featurePrio, with their count, generation and iterators.
   const FeaturePrioBucketMap& featurePrioBucket() const noexcept { return featurePrioBucket_; }
   Halvo::Ptr<CliShowTcamUsageFeaturePrioBucket> featurePrioBucket(U32 featurePrio) const {
     return featurePrioBucket_.get(featurePrio);
@@ -110,7 +110,7 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupInfo : public Halvo::Node {
 
   U32 groupId() const noexcept { return groupId_; }
 
-  /// The children by ascending copyId. Has the count, the generation and iterators.
+  /// The children by ascending copyId, with their count, generation and iterators.
   const GroupPerCopyInfoMap& groupPerCopyInfo() const noexcept { return groupPerCopyInfo_; }
   Halvo::Ptr<CliShowTcamUsageGroupPerCopyInfo> groupPerCopyInfo(U32 copyId) const {
     return groupPerCopyInfo_.get(copyId);
@@ -144,7 +144,7 @@ class VELMOR_TCAM_API CliShowTcamUsageGroupPriorityBucket : public Halvo::Node {
 
   U32 groupPriority() const noexcept { return groupPriority_; }
 
-  /// The children by ascending groupId. Has the count, the generation and iterators.
+  /// The children by ascending groupId, with their count, generation and iterators.
   const GroupInfoMap& groupInfo() const noexcept { return groupInfo_; }
   Halvo::Ptr<CliShowTcamUsageGroupInfo> groupInfo(U32 groupId) const {
     return groupInfo_.get(groupId);
@@ -177,7 +177,7 @@ class VELMOR_TCAM_API CliShowTcamUsagePipeInfo : public Halvo::Node {
 
   S16 pipeId() const noexcept { return pipeId_; }
 
-  /// The children by ascending groupPriority. Has the count, the generation and iterators.
+  /// The children by ascending groupPriority, with their count, generation and iterators.
   const GroupPrioBucketMap& groupPrioBucket() const noexcept { return groupPrioBucket_; }
   Halvo::Ptr<CliShowTcamUsageGroupPriorityBucket> groupPrioBucket(U32 groupPriority) const {
     return groupPrioBucket_.get(groupPriority);
@@ -211,8 +211,8 @@ class VELMOR_TCAM_API CliShowTcamUsageStageInfo : public Halvo::Node {
 
   StageType stage() const noexcept { return stage_; }
 
-  /// The children by ascending pipeId; -1 comes before 0. Has the count, the generation and
-  /// iterators.
+  /// The children by ascending pipeId, with their count, generation and iterators. -1 comes before
+  /// 0.
   const PipeInfoMap& pipeInfo() const noexcept { return pipeInfo_; }
   Halvo::Ptr<CliShowTcamUsagePipeInfo> pipeInfo(S16 pipeId) const { return pipeInfo_.get(pipeId); }
   Halvo::Ptr<CliShowTcamUsagePipeInfo> pipeInfoIs(S16 pipeId) { return pipeInfo_.childIs(pipeId); }
