@@ -109,7 +109,7 @@ void smallBuild(benchmark::State& state) {
     benchmark::DoNotOptimize(&map);
   }
 }
-// Sums up the elements of a walk. A walk that reads no element would be over with the links of a
+// Sums up the elements of a walk. A walk that reads no element would only follow the links of a
 // list.
 template <class Map>
 U64 sumOf(const Map& map) {

@@ -34,8 +34,7 @@ inline std::vector<std::uint32_t> numbers(Order order, std::int64_t count, unsig
 
 /// The indexes, among `count` keys, of the keys to look up: each key once, from first to last. If
 /// the keys are few and shuffled, all of them come several times, each time in another order. A
-/// processor learns the branches of a short sequence that repeats, which no use of the collection
-/// has.
+/// processor learns the branches of a short sequence that repeats. Real uses do not repeat so.
 inline std::vector<std::uint32_t> lookups(Order order, std::size_t count) {
   std::vector<std::uint32_t> round(count);
   std::iota(round.begin(), round.end(), 0);

@@ -345,7 +345,7 @@ void entryPrint(Input& in) {
   Zel::CharRange range(printed);
   VelmorTcam::CliShowTcamUsageEntryInfo const front(range);
   FUZZ_CHECK(range.empty() && isSame(entry, front));
-  // A record that is cut short does not read.
+  // A record that is cut short cannot be read.
   std::size_t const cut = entry.hits() % printed.size();
   FUZZ_CHECK(!parses([&] {
     (void)Zel::strepToValue<VelmorTcam::CliShowTcamUsageEntryInfo>(printed.substr(0, cut));

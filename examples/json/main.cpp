@@ -103,7 +103,7 @@ class AclFormat : public VelmorTcam::IpEntryRequestCliFormat {
   }
 
  private:
-  /// Prints nothing if the entry does not match on it. The status must be read first.
+  /// Prints nothing if the qualifier is not programmed. Always read the status first.
   static void printAddress(const VelmorTcam::VelmorTcamEntryShadow& shadow,
                            VelmorTcam::QualifierType type, pravo::Printer& printer) {
     if (shadow.getHwQualStatus(type, type) != VelmorTcam::hwQualStatusProgrammed) return;

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-/// All memory of the libraries, and of the libraries below them, comes through here: operator new
-/// in all its forms, and aligned_alloc, which the slabs use. For one thread.
+/// All memory of the libraries, and of the libraries that they use, comes through here: operator
+/// new in all its forms, and aligned_alloc, which the slabs use. For one thread.
 namespace FailingMemory {
 
 /// From now on allocation number `at`, counted from 1, fails. With `all` every later one fails too.

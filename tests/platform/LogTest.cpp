@@ -91,8 +91,8 @@ TEST_F(Log, HasNoLimitByDefault) {
   EXPECT_EQ(records.size(), 1000U);
 }
 
-// On a machine of any speed: the messages that passed and those reported as held back add up to
-// all.
+// On a fast or a slow machine: the messages that passed and those reported as held back add up to
+// all of them.
 TEST_F(Log, SaysHowManyWereHeldBack) {
   LogHandle handle(messages[1], Duration(0.05), 1.0, 1, 0);
   for (int i = 0; i < 5; ++i) handle.log("x");
@@ -240,8 +240,8 @@ TEST(LogLimiter, CountsWhatItHoldsBack) {
   EXPECT_EQ(limiter.takeSuppressed(), 0U);
 }
 
-// Finds this program's own .corvex_logmsg. The section's header comes from the file. The address
-// the program was loaded at is the one of the loader's first module.
+// Finds this program's own .corvex_logmsg. The section's header comes from the file. The loader's
+// first module gives the address that the program was loaded at.
 struct Section {
   const void* begin = nullptr;
   std::size_t size = 0;

@@ -113,7 +113,7 @@ TEST_F(RbTreeMapTest, WalkWithstandsChanges) {
     for (auto it = map.begin(); it != map.end(); ++it) {
       ASSERT_EQ(it.key(), expected);
       expected += 2;
-      map.insert(it.key() + 1, 0);  // just behind it: the next step skips it
+      map.insert(it.key() + 1, 0);  // just behind it; removed again below
       if (it.key() % 4 == 0) {
         ASSERT_TRUE(map.del(it));
       }

@@ -12,7 +12,7 @@
 namespace velmortest {
 namespace {
 
-// A long random life against std::map. Two iterators take part.
+// A long random life against std::map. One iterator lives through all changes.
 template <class K, class MakeKey>
 void liveRandomly(int steps, U32 keyRange, U32 seed, MakeKey makeKey) {
   std::mt19937 engine(seed);
