@@ -4,8 +4,8 @@
 
 #include <cstdio>
 
-#include "VelmorTcamManagerBase/VelmorTcamCliTypesFormat.h"
-#include "Zel/Types/Reflect.h"
+#include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
+#include "Zel/Reflect.h"
 
 int main() {
   void* const library = ::dlopen("libVelmorTcamCliHelper.so.1", RTLD_NOW | RTLD_LOCAL);

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "Zel/Format/Format.h"
+#include "Zel/Format.h"
 
 namespace strings = VelmorTcam::displayStrings;  // CliDisplayStrings' formats, as constants
 
