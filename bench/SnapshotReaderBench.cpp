@@ -23,7 +23,7 @@ class MemoryFile {
   MemoryFile() : descriptor_(memfd_create("snapshot", 0)) {
     std::string text;
     appendLine(text, Header());
-    EntryLine entry;
+    Entry entry;
     for (std::uint32_t i = 1; i <= entryCount; ++i) {
       entry.clear();
       entry.shadowId = i;
@@ -71,11 +71,11 @@ void count(benchmark::State& state) {
 void BM_OursReadSnapshot(benchmark::State& state) {
   std::string const path = memoryFile().path();
   for (auto _ : state) {
-    InputFile file(path);
-    SnapshotReader reader(file);
+    Complaints complaints;
+    auto const reader = openSnapshot(InputFile(path), complaints);
     std::size_t qualifiers = 0;
-    while (reader.next() != SnapshotReader::Line::end) {
-      qualifiers += reader.entry().qualifiers.size();
+    while (reader->next() != Source::Item::end) {
+      qualifiers += reader->entry().qualifiers.size();
     }
     if (qualifiers != std::size_t{entryCount} * 5) state.SkipWithError("entries are missing");
   }
@@ -86,8 +86,7 @@ BENCHMARK(BM_OursReadSnapshot)->Name("read_snapshot/ours")->Unit(benchmark::kMil
 void BM_AltReadSnapshot(benchmark::State& state) {
   std::string const path = memoryFile().path();
   for (auto _ : state) {
-    InputFile file(path);
-    LineReader lines(file);
+    LineReader lines{InputFile(path)};
     std::size_t qualifiers = 0;
     for (std::string_view line; lines.next(line);) {
       auto const document = nlohmann::json::parse(line);
@@ -103,8 +102,7 @@ BENCHMARK(BM_AltReadSnapshot)->Name("read_snapshot/nlohmann")->Unit(benchmark::k
 void BM_AltLinesAlone(benchmark::State& state) {
   std::string const path = memoryFile().path();
   for (auto _ : state) {
-    InputFile file(path);
-    LineReader lines(file);
+    LineReader lines{InputFile(path)};
     for (std::string_view line; lines.next(line);) benchmark::DoNotOptimize(line);
   }
   count(state);

@@ -8,9 +8,9 @@
 #include "Snapshots.h"
 #include "Target.h"
 #include "io/InputError.h"
-#include "io/LineReader.h"
 #include "io/OutputBuffer.h"
-#include "sources/ImportClassbench.h"
+#include "snapshot/SnapshotWriter.h"
+#include "sources/Classbench.h"
 
 FUZZ_TARGET(classbench) {
   std::string_view const text = in.rest();
@@ -19,8 +19,9 @@ FUZZ_TARGET(classbench) {
   tcamshow::OutputBuffer out(output.descriptor());
   bool isGood = true;
   try {
-    tcamshow::InputFile file(input.path());
-    importClassbench(file, out);
+    tcamshow::Complaints complaints;
+    auto const source = tcamshow::openClassbench(tcamshow::InputFile(input.path()), complaints);
+    writeSnapshot(*source, out);
   } catch (const tcamshow::InputError& error) {
     velmorfuzz::checkError(error, input.path(), text, true);
     isGood = false;
@@ -37,7 +38,8 @@ FUZZ_TARGET(classbench) {
   if (!isGood) return;
   // Every line that is not blank and no comment is a filter.
   std::uint64_t filters = 0;
-  for (std::size_t begin = 0; begin < text.size();) {
+  std::size_t const mark = text.starts_with("\xEF\xBB\xBF") ? 3 : 0;
+  for (std::size_t begin = mark; begin < text.size();) {
     std::size_t const end = std::min(text.find('\n', begin), text.size());
     std::string_view const line = text.substr(begin, end - begin);
     std::size_t const first = line.find_first_not_of(" \t\r");

@@ -2,26 +2,25 @@
 // place and no output at all.
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "MemoryFile.h"
 #include "Snapshots.h"
 #include "Target.h"
 #include "io/InputError.h"
-#include "io/LineReader.h"
 #include "io/OutputBuffer.h"
-#include "sources/ImportOpenconfig.h"
+#include "snapshot/SnapshotWriter.h"
+#include "sources/Openconfig.h"
 
 FUZZ_TARGET(openconfig) {
   std::string_view const text = in.rest();
   velmorfuzz::MemoryFile const input(text);
   velmorfuzz::MemoryFile const output;
   tcamshow::OutputBuffer out(output.descriptor());
-  std::vector<std::string> warnings;
+  tcamshow::Complaints complaints;
   bool isGood = true;
   try {
-    tcamshow::InputFile file(input.path());
-    importOpenconfig(file, out, warnings);
+    auto const source = tcamshow::openOpenconfig(tcamshow::InputFile(input.path()), complaints);
+    writeSnapshot(*source, out);
   } catch (const tcamshow::InputError& error) {
     velmorfuzz::checkError(error, input.path(), text, true);
     isGood = false;
@@ -29,10 +28,12 @@ FUZZ_TARGET(openconfig) {
   out.flush();
   std::string const snapshot = output.contents();
   FUZZ_CHECK(isGood == !snapshot.empty());
-  for (std::string const& warning : warnings) {
+  for (std::string const& warning : complaints.texts()) {
     FUZZ_CHECK(!warning.empty() && warning.find('\n') == std::string::npos);
+    velmorfuzz::checkIsSafe(warning);
   }
   if (!isGood) return;
+  velmorfuzz::checkIsSafe(snapshot);
   velmorfuzz::ReadSnapshot const read = velmorfuzz::readSnapshot(snapshot);
   FUZZ_CHECK_TEXT(read.error, "");
   FUZZ_CHECK_TEXT(read.text, snapshot);

@@ -7,27 +7,29 @@
 #include "Snapshots.h"
 #include "Target.h"
 #include "io/InputError.h"
-#include "io/LineReader.h"
 #include "io/OutputBuffer.h"
+#include "snapshot/SnapshotReader.h"
 #include "views/Inspect.h"
-#include "views/ShowTable.h"
-#include "views/ShowUsage.h"
+#include "views/Tables.h"
+#include "views/Usage.h"
 
 namespace {
 
 using tcamshow::InputFile;
 using tcamshow::OutputBuffer;
+using tcamshow::Source;
 using tcamshow::TableForm;
 using velmorfuzz::MemoryFile;
 using velmorfuzz::ReadSnapshot;
 
-template <class Command>
-std::string printedBy(const MemoryFile& snapshot, Command command) {
+template <class Show>
+std::string printedBy(const MemoryFile& snapshot, Show show) {
   MemoryFile const printed;
   OutputBuffer out(printed.descriptor());
-  InputFile file(snapshot.path());
-  command(file, out);
+  tcamshow::Complaints complaints;
+  show(*tcamshow::openSnapshot(InputFile(snapshot.path()), complaints), out);
   out.flush();
+  for (std::string const& warning : complaints.texts()) velmorfuzz::checkIsSafe(warning);
   return printed.contents();
 }
 
@@ -52,27 +54,24 @@ FUZZ_TARGET(snapshot) {
   FUZZ_CHECK_TEXT(again.text, read.text);
   FUZZ_CHECK(again.groups == read.groups && again.entries == read.entries);
 
+  velmorfuzz::checkIsSafe(read.text);
+
   MemoryFile const snapshot(read.text);
-  // One command an input: any of them, by what the input happens to be.
+  // One view an input: any of them, by what the input happens to be.
   auto const form = read.text.size() % 2 == 0 ? TableForm::text : TableForm::jsonLines;
-  std::size_t const command = read.text.size() / 2 % 7;
-  std::string const text = printedBy(snapshot, [form, command](auto& file, auto& out) {
-    switch (command) {
-      case 0:
-        return showIp(file, out, form);
-      case 1:
-        return showIp6(file, out, form);
-      case 2:
-        return showMac(file, out, form);
-      case 3:
-        return showTcam(file, out, form);
+  std::size_t const view = read.text.size() / 2 % 7;
+  std::string const text = printedBy(snapshot, [form, view](Source& source, OutputBuffer& out) {
+    switch (view) {
       case 4:
-        return showUsage(file, out, form == TableForm::text);
+        return showUsage(source, out, form == TableForm::text);
       case 5:
-        return showSummary(file, out);
+        return showSummary(source, out);
+      case 6:
+        return inspect(source, out);
       default:
-        return tcamshow::inspect(file, out);
+        return showTable(source, out, static_cast<tcamshow::Table>(view), form);
     }
   });
-  if (form == TableForm::jsonLines && command < 4) checkIsJsonLines(text);
+  velmorfuzz::checkIsSafe(text);
+  if (form == TableForm::jsonLines && view < 4) checkIsJsonLines(text);
 }

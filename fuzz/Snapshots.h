@@ -20,10 +20,14 @@ struct ReadSnapshot {
 /// Reads a snapshot and checks that its error, if there is one, names the place.
 ReadSnapshot readSnapshot(std::string_view snapshot);
 
-/// Checks that the error is one line of text that names the file and, where `needsLine` is set, a
-/// line that the input has.
+/// Checks that the error is one line of safe text that names the file and, where `needsLine` is
+/// set, a line that the input has.
 void checkError(const tcamshow::InputError& error, const std::string& file, std::string_view input,
                 bool needsLine);
+
+/// Checks that a text that goes to a terminal, or a file that somebody may show on one, has nothing
+/// in it but whole lines of UTF-8 without control, bidirectional and invisible characters.
+void checkIsSafe(std::string_view text);
 
 /// Checks that a snapshot that a command wrote is read as it was written.
 void checkWrittenSnapshot(const std::string& snapshot, std::uint64_t entries);

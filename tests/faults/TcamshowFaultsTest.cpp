@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,13 +10,14 @@
 #include "EveryFault.h"
 #include "Sink.h"
 #include "io/InputError.h"
-#include "io/LineReader.h"
 #include "io/OutputBuffer.h"
-#include "sources/ImportClassbench.h"
-#include "sources/ImportOpenconfig.h"
+#include "snapshot/SnapshotReader.h"
+#include "snapshot/SnapshotWriter.h"
+#include "sources/Classbench.h"
+#include "sources/Openconfig.h"
 #include "views/Inspect.h"
-#include "views/ShowTable.h"
-#include "views/ShowUsage.h"
+#include "views/Tables.h"
+#include "views/Usage.h"
 
 namespace tcamshow {
 namespace {
@@ -43,35 +45,35 @@ constexpr const char* acl = R"({"acl":{"acl-sets":{"acl-set":{"a list with quite
 "2":{"config":{"sequence-id":2},"actions":{"config":{"forwarding-action":"DROP"}},
  "ip":{"config":{"source-ip-address":"2001:db8::/32"}}}}}}}}}})";
 
+using Open = std::unique_ptr<Source> (*)(InputFile file, Complaints& complaints);
+using Show = std::function<void(Source&, OutputBuffer&)>;
+
 struct Path {
   const char* name;
   const char* input;
-  std::function<void(InputFile&, OutputBuffer&)> run;
+  Open open;
+  Show show;
   bool mayAbort = false;  ///< what it builds has queues
 };
 
 std::vector<Path> paths() {
-  auto const table = [](void (*show)(InputFile&, OutputBuffer&, TableForm), TableForm form) {
-    return [show, form](InputFile& in, OutputBuffer& out) { show(in, out, form); };
+  auto const shows = [](Table table, TableForm form) {
+    return [table, form](Source& in, OutputBuffer& out) { showTable(in, out, table, form); };
   };
   return {
-      {"tcamshow ip", snapshot, table(showIp, TableForm::text)},
-      {"tcamshow ip6", snapshot, table(showIp6, TableForm::text)},
-      {"tcamshow mac", snapshot, table(showMac, TableForm::text)},
-      {"tcamshow tcam", snapshot, table(showTcam, TableForm::text)},
-      {"tcamshow --json tcam", snapshot, table(showTcam, TableForm::jsonLines)},
-      {"tcamshow usage --detail", snapshot,
-       [](InputFile& in, OutputBuffer& out) { showUsage(in, out, true); }, true},
-      {"tcamshow summary", snapshot, showSummary, true},
-      {"tcamshow inspect", snapshot, inspect, true},
-      {"tcamshow inspect --types", snapshot,
-       [](InputFile&, OutputBuffer& out) { inspectTypes(out); }},
-      {"tcamshow import classbench", filters, importClassbench},
-      {"tcamshow import openconfig", acl,
-       [](InputFile& in, OutputBuffer& out) {
-         std::vector<std::string> warnings;
-         importOpenconfig(in, out, warnings);
-       }},
+      {"tcamshow ip", snapshot, openSnapshot, shows(Table::ip, TableForm::text)},
+      {"tcamshow ip6", snapshot, openSnapshot, shows(Table::ip6, TableForm::text)},
+      {"tcamshow mac", snapshot, openSnapshot, shows(Table::mac, TableForm::text)},
+      {"tcamshow tcam", snapshot, openSnapshot, shows(Table::tcam, TableForm::text)},
+      {"tcamshow --json tcam", snapshot, openSnapshot, shows(Table::tcam, TableForm::jsonLines)},
+      {"tcamshow usage --detail", snapshot, openSnapshot,
+       [](Source& in, OutputBuffer& out) { showUsage(in, out, true); }, true},
+      {"tcamshow summary", snapshot, openSnapshot, showSummary, true},
+      {"tcamshow inspect", snapshot, openSnapshot, inspect, true},
+      {"tcamshow inspect --types", snapshot, openSnapshot,
+       [](Source&, OutputBuffer& out) { inspectTypes(out); }},
+      {"tcamshow import classbench", filters, openClassbench, writeSnapshot},
+      {"tcamshow import openconfig", acl, openOpenconfig, writeSnapshot},
   };
 }
 
@@ -80,10 +82,12 @@ TEST(TcamshowFaults, EveryCommandThrowsAndWritesABeginningOfItsOutput) {
     TemporaryFile const file(path.input);
     Sink sink;
     auto const run = [&] {
-      InputFile in(file.path());
+      Complaints complaints;
       OutputBuffer out(sink.descriptor());
-      path.run(in, out);
+      auto const source = path.open(InputFile(file.path()), complaints);
+      path.show(*source, out);
       out.flush();
+      static_cast<void>(complaints.texts());
     };
     run();
     std::string const expected = sink.take();
@@ -105,19 +109,21 @@ TEST(TcamshowFaults, ABadLineIsToldAsItselfOrAsMemory) {
   struct Row {
     const char* name;
     std::string input;
-    void (*run)(InputFile&, OutputBuffer&);
+    Open open;
+    Show show;
   };
   std::string const header = "{\"type\":\"snapshot\",\"version\":1}\n";
-  auto const ip = [](InputFile& in, OutputBuffer& out) { showIp(in, out, TableForm::text); };
+  auto const ip = [](Source& in, OutputBuffer& out) {
+    showTable(in, out, Table::ip, TableForm::text);
+  };
   Row const rows[] = {
-      {"a bad member", header + "{\"type\":\"entry\",\"table\":\"ip\",\"shadowId\":-1}\n", ip},
-      {"a bad line", header + "{\"type\":\"entry\",\"table\":\"ip\",\"shadowId\":}\n", ip},
-      {"a bad filter", "@1.2.3.4/33 1.2.3.4/32 0 : 65535 0 : 65535 6/255\n", importClassbench},
-      {"a bad document", "{\"acl\":[1,2,",
-       [](InputFile& in, OutputBuffer& out) {
-         std::vector<std::string> warnings;
-         importOpenconfig(in, out, warnings);
-       }},
+      {"a bad member", header + "{\"type\":\"entry\",\"table\":\"ip\",\"shadowId\":-1}\n",
+       openSnapshot, ip},
+      {"a bad line", header + "{\"type\":\"entry\",\"table\":\"ip\",\"shadowId\":}\n", openSnapshot,
+       ip},
+      {"a bad filter", "@1.2.3.4/33 1.2.3.4/32 0 : 65535 0 : 65535 6/255\n", openClassbench,
+       writeSnapshot},
+      {"a bad document", "{\"acl\":[1,2,", openOpenconfig, writeSnapshot},
   };
   for (const Row& row : rows) {
     TemporaryFile const file(row.input);
@@ -125,10 +131,10 @@ TEST(TcamshowFaults, ABadLineIsToldAsItselfOrAsMemory) {
     everyFault(row.name, [&](Fault& fault) {
       bool isTold = false;
       bool const isDone = fault.tries([&] {
-        InputFile in(file.path());
+        Complaints complaints;
         OutputBuffer out(sink.descriptor());
         try {
-          row.run(in, out);
+          row.show(*row.open(InputFile(file.path()), complaints), out);
         } catch (const InputError&) {
           isTold = true;
         }

@@ -13,9 +13,9 @@ namespace {
 
 using namespace VelmorTcam;
 
-EntryLine entryOf(Table table, std::vector<tcamshow::Qualifier> qualifiers,
+Entry entryOf(Table table, std::vector<tcamshow::Qualifier> qualifiers,
                   std::vector<RangeChecker> rangeCheckers = {}) {
-  EntryLine entry;
+  Entry entry;
   entry.table = table;
   entry.qualifiers = std::move(qualifiers);
   entry.rangeCheckers = std::move(rangeCheckers);
@@ -63,7 +63,7 @@ std::string textOf(const Match& match) {
 
 struct Row {
   const char* name;
-  EntryLine entry;
+  Entry entry;
   const char* match;
 };
 

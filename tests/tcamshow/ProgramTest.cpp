@@ -4,7 +4,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "Process.h"
 #include "TemporaryFile.h"
@@ -50,22 +54,100 @@ TEST(Program, EndsWithTwoWhenTheCommandLineIsWrong) {
     const char* error;
   };
   Row const rows[] = {
-      {{}, "required"},
+      {{}, "a command is required"},
       {{"foo"}, "no such command: foo"},
+      {{"foo", "ip"}, "no such command: foo"},
       {{"--foo"}, "no such option: --foo"},
-      {{"import"}, "required"},
-      {{"import", "foo", "file"}, "no such command: foo"},
-      {{"import", "classbench", "a", "b"}, "b"},
-      {{"import", "classbench", "--foo"}, "--foo"},
+      {{"ip4"}, R"(no such command: ip4; did you mean "ip" or "ip6"?)"},
+      {{"ipv4", "acl.jsonl"}, R"(no such command: ipv4; did you mean "ip" or "ip6"?)"},
+      {{"sumary"}, R"(no such command: sumary; did you mean "summary"?)"},
+      {{"USAGE"}, R"(no such command: USAGE; did you mean "usage"?)"},
+      {{"usage", "--detial"}, R"(no such option: --detial; did you mean "--detail"?)"},
+      {{"--jsn", "ip"}, R"(no such option: --jsn; did you mean "--json"?)"},
+      {{"import"}, "import: a format is required"},
+      {{"import", "foo", "file"}, "no such format: foo"},
+      {{"import", "openconfg"}, R"(no such format: openconfg; did you mean "openconfig"?)"},
+      {{"import", "classbench", "a", "b"}, "one argument too many: b"},
+      {{"ip", "a", "b", "c"}, "one argument too many: b"},
+      {{"import", "classbench", "--foo"}, "no such option: --foo"},
+      {{"import", "--trase"}, R"(no such option: --trase; did you mean "--trace"?)"},
+      {{"usage", "--json"}, "--json goes with ip, ip6, mac and tcam only"},
+      {{"ip", ""}, "FILE: the name is empty; standard input is -"},
+      {{"inspect", ""}, "FILE: the name is empty; standard input is -"},
+      {{"import", "classbench", ""}, "FILE: the name is empty; standard input is -"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(::testing::PrintToString(row.arguments));
     ProcessResult const result = runTcamshow(row.arguments);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.err, StartsWith("tcamshow: "));
-    EXPECT_THAT(result.err, HasSubstr(row.error));
+    EXPECT_EQ(result.err, "tcamshow: " + std::string(row.error) + "\nTry 'tcamshow --help'.\n");
   }
+}
+
+// A command's own options, and those of the whole program that it goes with.
+TEST(Program, EveryCommandHelps) {
+  struct Row {
+    std::vector<std::string> command;
+    bool hasJson;
+    const char* own;
+  };
+  Row const rows[] = {
+      {{"ip"}, true, "FILE"},
+      {{"ip6"}, true, "FILE"},
+      {{"mac"}, true, "FILE"},
+      {{"tcam"}, true, "FILE"},
+      {{"usage"}, false, "--detail"},
+      {{"summary"}, false, "FILE"},
+      {{"inspect"}, false, "--types"},
+      {{"import"}, false, "Formats:"},
+      {{"import", "classbench"}, false, "FILE"},
+      {{"import", "openconfig"}, false, "FILE"},
+  };
+  std::string const all = runTcamshow({"--help"}).out;
+  EXPECT_THAT(all, HasSubstr("\nCommands:\n"));
+  EXPECT_THAT(all, HasSubstr("\nUsage: tcamshow [OPTIONS] COMMAND\n"));
+  for (const Row& row : rows) {
+    SCOPED_TRACE(::testing::PrintToString(row.command));
+    std::vector<std::string> arguments = row.command;
+    arguments.emplace_back("--help");
+    ProcessResult const result = runTcamshow(arguments);
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.out, HasSubstr(row.own));
+    EXPECT_THAT(result.out, HasSubstr("--trace"));
+    EXPECT_EQ(result.out.find("--json") != std::string::npos, row.hasJson);
+    EXPECT_EQ(result.out.find("ubcommand"), std::string::npos);
+    EXPECT_EQ(result.out.find("SUBCOMMAND"), std::string::npos);
+    EXPECT_THAT(result.out, HasSubstr("\nExample:\n  tcamshow " + row.command[0]));
+    // Its example stands in the program's own help too.
+    EXPECT_THAT(all, HasSubstr("\n  tcamshow " + row.command[0] + " "));
+  }
+  EXPECT_EQ(all.find("ubcommand"), std::string::npos);
+}
+
+TEST(Program, TheExamplesOfTheHelpWork) {
+  std::filesystem::path const directory =
+      std::filesystem::temp_directory_path() / ("tcamshow_examples_" + std::to_string(::getpid()));
+  std::filesystem::create_directory(directory);
+  std::filesystem::copy_file(TCAMSHOW_EXAMPLES "/acl.jsonl", directory / "acl.jsonl");
+  std::ofstream(directory / "acl.json") << R"({"acl":{"acl-sets":{"acl-set":{"a":{}}}}})";
+  std::istringstream help(runTcamshow({"--help"}).out);
+  std::size_t examples = 0;
+  bool isExample = false;
+  for (std::string line; std::getline(help, line);) {
+    if (!line.starts_with(' ')) isExample = line == "Examples:";
+    if (!isExample || line == "Examples:") continue;
+    SCOPED_TRACE(line);
+    ++examples;
+    ProcessResult const result =
+        runProcess({"/bin/sh", "-c",
+                    "cd '" + directory.string() +
+                        "' && tcamshow() { '" TCAMSHOW_PROGRAM "' \"$@\"; } && " + line});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+  }
+  std::filesystem::remove_all(directory);
+  EXPECT_EQ(examples, 8U);  // one for each command
 }
 
 TEST(Program, ReadsStandardInputOrAFile) {
@@ -101,6 +183,153 @@ TEST(Program, TellsWhichFileCannotBeRead) {
     result = runTcamshow({"import", format, secret.path()}, nobody);
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "tcamshow: " + secret.path() + ": cannot open: Permission denied\n");
+  }
+}
+
+TEST(Program, PrintsNothingOfAFileThatCannotBeRead) {
+  for (const char* const command : {"ip", "ip6", "mac", "tcam", "usage", "summary", "inspect"}) {
+    SCOPED_TRACE(command);
+    for (const char* const file : {"/nonexistent", "/"}) {
+      ProcessResult const result = runTcamshow({command, file});
+      EXPECT_EQ(result.status, 1);
+      EXPECT_EQ(result.out, "");
+    }
+    for (const char* const text : {"", "{}", "x", "{\"type\":\"snapshot\",\"version\":3}"}) {
+      ProcessResult const result = runTcamshow({command}, {.input = text});
+      EXPECT_EQ(result.status, 1);
+      EXPECT_EQ(result.out, "");
+    }
+  }
+}
+
+TEST(Program, LeadsOnFromAFileOfAnotherKind) {
+  std::string const snapshot = "{\"type\":\"snapshot\",\"version\":1}\n";
+  std::string const document = "\n{ \"acl\": {\n \"acl-sets\": {} } }";
+  struct Row {
+    std::vector<std::string> command;
+    std::string input;
+    const char* error;
+  };
+  Row const rows[] = {
+      {{"ip"},
+       document,
+       "this is an OpenConfig ACL document, not a snapshot; 'tcamshow import openconfig FILE' "
+       "makes a "
+       "snapshot of it"},
+      {{"usage"},
+       std::string("# a comment\n\n") + filter,
+       "this is a filter set, not a snapshot; 'tcamshow import classbench FILE' makes a snapshot "
+       "of "
+       "it"},
+      {{"ip"},
+       "\xEF\xBB\xBF" + std::string(filter),
+       "this is a filter set, not a snapshot; 'tcamshow import classbench FILE' makes a snapshot "
+       "of "
+       "it"},
+      {{"inspect"},
+       "{\"type\":\"table\",\"schema\":1,\"table\":\"ip\"}\n",
+       "this is what --json prints, not a snapshot; with the line "
+       "{\"type\":\"snapshot\",\"version\":1} "
+       "in place of the first it is one"},
+      {{"ip"}, "\x1F\x8B\x08", "the file is compressed; 'gzip -dc FILE' gives what it holds"},
+      {{"import", "classbench"},
+       "\x1F\x8B\x08",
+       "the file is compressed; 'gzip -dc FILE' gives what it holds"},
+      {{"import", "classbench"},
+       snapshot,
+       "this is a snapshot, not a filter set; 'tcamshow tcam FILE' shows it"},
+      {{"import", "openconfig"},
+       snapshot,
+       "this is a snapshot, not an OpenConfig ACL document; 'tcamshow tcam FILE' shows it"},
+      {{"import", "openconfig"},
+       filter,
+       "this is a filter set, not an OpenConfig ACL document; 'tcamshow import classbench FILE' "
+       "makes "
+       "a snapshot of it"},
+      {{"import", "classbench"},
+       document,
+       "this is an OpenConfig ACL document, not a filter set; 'tcamshow import openconfig FILE' "
+       "makes "
+       "a snapshot of it"},
+      // What is plainly nothing else gets its own message.
+      {{"ip"}, "hello", "the line is not a JSON object"},
+      {{"ip"},
+       "{\"type\":\"entry\",\"table\":\"ip\",\"shadowId\":1}",
+       "the first line must be {\"type\":\"snapshot\",\"version\":1}"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.input);
+    ProcessResult const result = runTcamshow(row.command, {.input = row.input});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "tcamshow: <stdin>:1: " + std::string(row.error) + "\n");
+  }
+}
+
+TEST(Program, SkipsAByteOrderMarkInEveryFormat) {
+  std::string const mark = "\xEF\xBB\xBF";
+  struct Row {
+    std::vector<std::string> command;
+    std::string input;
+  };
+  Row const rows[] = {
+      {{"ip"}, "{\"type\":\"snapshot\",\"version\":1}\n"},
+      {{"import", "classbench"}, filter},
+      {{"import", "openconfig"}, "{\"acl\":{\"acl-sets\":{\"acl-set\":{}}}}"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.input);
+    ProcessResult const plain = runTcamshow(row.command, {.input = row.input});
+    ProcessResult const marked = runTcamshow(row.command, {.input = mark + row.input});
+    EXPECT_EQ(marked.status, 0);
+    EXPECT_EQ(marked.out, plain.out);
+    EXPECT_EQ(marked.err, "");
+    // A pipe may give it byte by byte.
+    ProcessResult const slow = runTcamshow(row.command, {.feed = [&](int descriptor) {
+                                             for (char const c : mark + row.input) {
+                                               if (::write(descriptor, &c, 1) != 1) return;
+                                               ::usleep(200);
+                                             }
+                                           }});
+    EXPECT_EQ(slow.status, 0);
+    EXPECT_EQ(slow.out, plain.out);
+    EXPECT_EQ(runTcamshow(row.command, {.input = mark + mark + row.input}).status, 1);
+    // A part of the mark is no mark.
+    EXPECT_EQ(runTcamshow(row.command, {.input = "\xEF\xBB" + row.input}).status, 1);
+  }
+}
+
+TEST(Program, RefusesANulByteInEveryFormat) {
+  struct Row {
+    std::vector<std::string> command;
+    std::string input;
+  };
+  std::string const snapshot = "{\"type\":\"snapshot\",\"version\":1}\n";
+  std::string const entry = "{\"type\":\"entry\",\"table\":\"ip\",\"shadowId\":1";
+  std::string const document = "{\"acl\":{\"acl-sets\":{\"acl-set\":{}}}}";
+  std::string const nul(1, '\0');
+  Row const rows[] = {
+      {{"ip"}, snapshot + nul},
+      {{"ip"}, snapshot + nul + "\n"},
+      {{"ip"}, snapshot + "  " + nul + "\n" + entry + "}\n"},
+      {{"ip"}, snapshot + entry + "}" + nul + "\n"},
+      {{"ip"}, snapshot + entry + ",\"action\":\"a" + nul + "\"}\n"},
+      {{"ip"}, snapshot + entry + nul + "}\n"},
+      {{"usage"}, nul + snapshot},
+      {{"import", "classbench"}, filter + nul},
+      {{"import", "classbench"}, "# " + nul + "\n" + filter},
+      {{"import", "classbench"}, std::string(filter) + "  " + nul + "\n"},
+      {{"import", "openconfig"}, document + nul},
+      {{"import", "openconfig"}, document + nul + document},
+      {{"import", "openconfig"}, document + "\n\n" + nul},
+      {{"import", "openconfig"}, nul + document},
+      {{"import", "openconfig"}, "{" + nul + document.substr(1)},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(::testing::PrintToString(row.input));
+    ProcessResult const result = runTcamshow(row.command, {.input = row.input});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, StartsWith("tcamshow: <stdin>:"));
   }
 }
 
@@ -146,9 +375,9 @@ TEST(Program, DoesNotKeepAnEndlessLine) {
     ProcessResult const result = runTcamshow({"import", format}, options);
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, StartsWith("tcamshow: <stdin>:1: "));
-    EXPECT_THAT(result.err,
-                HasSubstr(std::string_view(format) == "classbench" ? "the line is longer than 1 MiB"
-                                                                   : "not valid JSON"));
+    EXPECT_THAT(result.err, HasSubstr(std::string_view(format) == "classbench"
+                                          ? "the line is longer than 1 MiB"
+                                          : "the document is not a JSON object"));
   }
 }
 

@@ -12,6 +12,7 @@
 
 #include "TemporaryFile.h"
 #include "io/InputError.h"
+#include "io/LineReader.h"
 #include "snapshot/SnapshotWriter.h"
 
 namespace tcamshow {
@@ -22,13 +23,13 @@ constexpr std::string_view header = "{\"type\":\"snapshot\",\"version\":1}\n";
 /// Reads a whole snapshot; throws the reader's error.
 std::size_t countEntries(const std::string& text) {
   TemporaryFile const snapshot(text);
-  InputFile file(snapshot.path());
-  SnapshotReader reader(file);
+  Complaints complaints;
+  auto const reader = openSnapshot(InputFile(snapshot.path()), complaints);
   std::size_t entries = 0;
   for (;;) {
-    SnapshotReader::Line const line = reader.next();
-    if (line == SnapshotReader::Line::end) return entries;
-    if (line == SnapshotReader::Line::entry) ++entries;
+    Source::Item const line = reader->next();
+    if (line == Source::Item::end) return entries;
+    if (line == Source::Item::entry) ++entries;
   }
 }
 
@@ -42,14 +43,14 @@ std::string errorOf(const std::string& text) {
   return "no error";
 }
 
-EntryLine readEntry(const std::string& members) {
+Entry readEntry(const std::string& members) {
   TemporaryFile const snapshot(std::string(header) + "{\"type\":\"entry\"," + members + "}\n");
-  InputFile file(snapshot.path());
-  SnapshotReader reader(file);
-  EXPECT_EQ(reader.next(), SnapshotReader::Line::entry);
-  EntryLine entry = reader.entry();
-  EXPECT_EQ(reader.next(), SnapshotReader::Line::end);
-  // The texts belong to the reader.
+  Complaints complaints;
+  auto const reader = openSnapshot(InputFile(snapshot.path()), complaints);
+  EXPECT_EQ(reader->next(), Source::Item::entry);
+  Entry entry = reader->entry();
+  EXPECT_EQ(reader->next(), Source::Item::end);
+  // The texts belong to the reader->
   entry.description = entry.action = entry.feature = {};
   return entry;
 }
@@ -67,15 +68,15 @@ TEST(SnapshotReader, ReadsHeader) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.text);
     TemporaryFile const snapshot(row.text);
-    InputFile file(snapshot.path());
-    SnapshotReader reader(file);
-    EXPECT_EQ(reader.header().numPipes, row.numPipes);
-    EXPECT_EQ(reader.next(), SnapshotReader::Line::end);
+    Complaints complaints;
+    auto const reader = openSnapshot(InputFile(snapshot.path()), complaints);
+    EXPECT_EQ(reader->header().numPipes, row.numPipes);
+    EXPECT_EQ(reader->next(), Source::Item::end);
   }
 }
 
 TEST(SnapshotReader, GivesDefaults) {
-  EntryLine const entry = readEntry("\"table\":\"ip\",\"shadowId\":5");
+  Entry const entry = readEntry("\"table\":\"ip\",\"shadowId\":5");
   EXPECT_EQ(entry.place, Place());
   EXPECT_EQ(entry.place.stage, Stage::ingress);
   EXPECT_EQ(entry.table, Table::ip);
@@ -102,11 +103,11 @@ TEST(SnapshotReader, ReadsEveryMemberOfAnEntry) {
       R"("qualifierDSCP":{"value":0,"mask":0}},)"
       R"("rangeCheckers":{"rangeCheckerIpLength":{"low":-2147483648,"high":2147483647},)"
       R"("rangeCheckerL4SrcPort":{"high":2,"low":1,"status":0}}})");
-  InputFile file(snapshot.path());
-  SnapshotReader reader(file);
-  ASSERT_EQ(reader.next(), SnapshotReader::Line::entry);
-  EXPECT_EQ(reader.lineNumber(), 2u);
-  const EntryLine& entry = reader.entry();
+  Complaints complaints;
+  auto const reader = openSnapshot(InputFile(snapshot.path()), complaints);
+  ASSERT_EQ(reader->next(), Source::Item::entry);
+  EXPECT_EQ(reader->lineNumber(), 2u);
+  const Entry& entry = reader->entry();
   EXPECT_EQ(entry.place, (Place{Stage::egress, -32768, 4294967295u, 7, 8}));
   EXPECT_EQ(entry.table, Table::tcam);
   EXPECT_EQ(entry.shadowId, std::numeric_limits<std::uint64_t>::max());
@@ -149,17 +150,17 @@ TEST(SnapshotReader, ReadsGroups) {
       R"({"groupId":3,"name":"acl","availableEntries":4294967295,"freeEntries":1,"type":"group"})"
       "\n"
       R"({"type":"group","groupId":3,"copyId":1})");
-  InputFile file(snapshot.path());
-  SnapshotReader reader(file);
-  ASSERT_EQ(reader.next(), SnapshotReader::Line::group);
-  EXPECT_EQ(reader.group().place.groupId, 3u);
-  EXPECT_EQ(reader.group().name, "acl");
-  EXPECT_EQ(reader.group().availableEntries, 4294967295u);
-  EXPECT_EQ(reader.group().freeEntries, 1u);
-  ASSERT_EQ(reader.next(), SnapshotReader::Line::group);
-  EXPECT_EQ(reader.group().name, "");
-  EXPECT_EQ(reader.group().availableEntries, 0u);
-  EXPECT_EQ(reader.next(), SnapshotReader::Line::end);
+  Complaints complaints;
+  auto const reader = openSnapshot(InputFile(snapshot.path()), complaints);
+  ASSERT_EQ(reader->next(), Source::Item::group);
+  EXPECT_EQ(reader->group().place.groupId, 3u);
+  EXPECT_EQ(reader->group().name, "acl");
+  EXPECT_EQ(reader->group().availableEntries, 4294967295u);
+  EXPECT_EQ(reader->group().freeEntries, 1u);
+  ASSERT_EQ(reader->next(), Source::Item::group);
+  EXPECT_EQ(reader->group().name, "");
+  EXPECT_EQ(reader->group().availableEntries, 0u);
+  EXPECT_EQ(reader->next(), Source::Item::end);
 }
 
 TEST(SnapshotReader, KnowsEveryName) {
@@ -218,11 +219,14 @@ TEST(SnapshotReader, RefusesBadHeaders) {
        R"(1: snapshot: member "version": version 2 is not known, only 1 is)"},
       {R"({"type":"snapshot","version":1,"numPipes":256})",
        R"(1: snapshot: member "numPipes": 256 is not a whole number from 0 to 255)"},
-      {R"({"type":"snapshot","version":1,"pipe":0})", R"(1: snapshot: member "pipe" is not known)"},
+      {R"({"type":"snapshot","version":1,"pipe":0})",
+       R"(1: snapshot: member "pipe" is not known; it belongs to a group or an entry)"},
       {std::string(header) + std::string(header), "2: snapshot: only the first line is the header"},
       {"[1]", "1: the line is not a JSON object"},
       {"17", "1: the line is not a JSON object"},
-      {"\xEF\xBB\xBF{}", "1: the line is not a JSON object"},
+      // A byte order mark is skipped, once.
+      {"\xEF\xBB\xBF{}", "1: member \"type\" is missing"},
+      {"\xEF\xBB\xBF\xEF\xBB\xBF{}", "1: the line is not a JSON object"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.text);
@@ -284,10 +288,30 @@ TEST(SnapshotReader, NamesTheMemberOfABadEntry) {
       {R"("feature":"\ud800")", R"(member "feature": the string has a bad escape)"},
       {R"("feature\q":"")",
        "not valid JSON: a bad escape stands in a string, at byte 25, member \"type\""},
-      {R"("descripton":"")", R"(member "descripton" is not known)"},
+      {R"("descripton":"")", R"(member "descripton" is not known; did you mean "description"?)"},
+      {R"("shadowid":1)", R"(member "shadowid" is not known; did you mean "shadowId"?)"},
+      {R"("NAME":1)", R"(member "NAME" is not known)"},
+      {R"("qualifiers":{"qualifierSrcIP":{}})",
+       R"(member "qualifiers.qualifierSrcIP" is not a qualifier; did you mean "qualifierSrcIp"?)"},
+      {R"("qualifiers":{"qualifierSrcIp4":{}})",
+       R"(member "qualifiers.qualifierSrcIp4" is not a qualifier; did you mean "qualifierSrcIp" or "qualifierSrcIp6"?)"},
+      {R"("rangeCheckers":{"rangeCheckerL4DestPort":{}})",
+       R"(member "rangeCheckers.rangeCheckerL4DestPort" is not a range checker; did you mean "rangeCheckerL4DstPort"?)"},
+      {R"("qualifiers":{"qualifierDSCP":{"vlaue":1}})",
+       R"(member "qualifiers.qualifierDSCP.vlaue" is not known; did you mean "value"?)"},
+      {R"("rangeCheckers":{"rangeCheckerIpLength":{"hihg":1}})",
+       R"(member "rangeCheckers.rangeCheckerIpLength.hihg" is not known; did you mean "high"?)"},
+      {R"("table":"ip4")", R"(member "table": "ip4" is not "ip", "ip6", "mac" or "tcam")"},
+      {R"("pipe":-0)", R"(member "pipe": -0 is not a whole number from -32768 to 32767)"},
+      {R"("shadowId":-0)",
+       R"(member "shadowId": -0 is not a whole number from 0 to 18446744073709551615)"},
+      {R"("hits":1e400)",
+       R"(member "hits": 1e400 is not a whole number from 0 to 18446744073709551615)"},
+      {R"("rangeCheckers":{"rangeCheckerIpLength":{"low":-0}})",
+       R"(member "rangeCheckers.rangeCheckerIpLength.low": -0 is not a whole number from -2147483648 to 2147483647)"},
       {R"("":"")", R"(member "" is not known)"},
-      {R"("name":"")", R"(member "name" is not known)"},
-      {R"("version":1)", R"(member "version" is not known)"},
+      {R"("name":"")", R"(member "name" is not known; it belongs to a group)"},
+      {R"("version":1)", R"(member "version" is not known; it belongs to the header)"},
       {R"("hits":1,"hits":1)", R"(member "hits" stands twice)"},
       {R"("type":"entry")", R"(member "type" stands twice)"},
       {R"("qualifiers":[])", R"(member "qualifiers": an array is not an object)"},
@@ -346,7 +370,7 @@ TEST(SnapshotReader, NamesTheMemberOfABadGroup) {
     const char* error;
   };
   Row const rows[] = {
-      {R"("table":"ip")", R"(member "table" is not known)"},
+      {R"("table":"ip")", R"(member "table" is not known; it belongs to an entry)"},
       {R"("name":1)", R"(member "name": 1 is not a string)"},
       {R"("name":"a\tb")", R"(member "name": holds the control character U+0009)"},
       {R"("availableEntries":-1)",
@@ -450,9 +474,9 @@ TEST(SnapshotReader, RefusesWhatIsNotJson) {
 
 TEST(SnapshotReader, ErrorNamesTheFile) {
   TemporaryFile const snapshot("x");
-  InputFile file(snapshot.path());
+  Complaints complaints;
   try {
-    SnapshotReader reader(file);
+    openSnapshot(InputFile(snapshot.path()), complaints);
     FAIL();
   } catch (const InputError& error) {
     EXPECT_EQ(error.what(), snapshot.path() + ":1: " + error.message());
@@ -482,7 +506,7 @@ TEST(SnapshotReader, ReadsLinesOfEveryLengthAcrossTheBuffersEnd) {
   std::vector<std::string> descriptions;
   for (std::uint64_t i = 0; i < 3000; ++i) {
     std::size_t const size = random() % (i % 100 == 0 ? 200000 : 300);
-    EntryLine entry;
+    Entry entry;
     entry.shadowId = i;
     descriptions.emplace_back(size, static_cast<char>('a' + i % 26));
     entry.description = descriptions.back();
@@ -490,14 +514,14 @@ TEST(SnapshotReader, ReadsLinesOfEveryLengthAcrossTheBuffersEnd) {
     if (random() % 10 == 0) text += random() % 2 == 0 ? "\n" : " \r\n";
   }
   TemporaryFile const snapshot(text);
-  InputFile file(snapshot.path());
-  SnapshotReader reader(file);
+  Complaints complaints;
+  auto const reader = openSnapshot(InputFile(snapshot.path()), complaints);
   for (std::uint64_t i = 0; i < descriptions.size(); ++i) {
-    ASSERT_EQ(reader.next(), SnapshotReader::Line::entry);
-    ASSERT_EQ(reader.entry().shadowId, i);
-    ASSERT_EQ(reader.entry().description, descriptions[i]);
+    ASSERT_EQ(reader->next(), Source::Item::entry);
+    ASSERT_EQ(reader->entry().shadowId, i);
+    ASSERT_EQ(reader->entry().description, descriptions[i]);
   }
-  EXPECT_EQ(reader.next(), SnapshotReader::Line::end);
+  EXPECT_EQ(reader->next(), Source::Item::end);
 }
 
 TEST(SnapshotReader, ReadsBackWhatTheWriterWrote) {
@@ -507,11 +531,13 @@ TEST(SnapshotReader, ReadsBackWhatTheWriterWrote) {
     return bits == 0 ? 0u : static_cast<std::uint32_t>(random()) >> (32 - bits);
   };
   std::string const texts[] = {"", "permit", "a \"quoted\" \\ text", "\xC3\xA9\xE2\x82\xAC"};
-  std::vector<EntryLine> entries;
+  std::vector<Entry> entries;
   std::string text;
-  appendLine(text, Header{9});
+  Header header9;
+  header9.numPipes = 9;
+  appendLine(text, header9);
   for (int i = 0; i < 500; ++i) {
-    EntryLine entry;
+    Entry entry;
     entry.place = {static_cast<Stage>(1 + random() % 3), static_cast<std::int16_t>(word()), word(),
                    word(), word()};
     entry.table = static_cast<Table>(random() % 4);
@@ -556,12 +582,12 @@ TEST(SnapshotReader, ReadsBackWhatTheWriterWrote) {
     entries.push_back(entry);
   }
   TemporaryFile const snapshot(text);
-  InputFile file(snapshot.path());
-  SnapshotReader reader(file);
-  EXPECT_EQ(reader.header().numPipes, 9u);
-  for (const EntryLine& entry : entries) {
-    ASSERT_EQ(reader.next(), SnapshotReader::Line::entry);
-    const EntryLine& read = reader.entry();
+  Complaints complaints;
+  auto const reader = openSnapshot(InputFile(snapshot.path()), complaints);
+  EXPECT_EQ(reader->header().numPipes, 9u);
+  for (const Entry& entry : entries) {
+    ASSERT_EQ(reader->next(), Source::Item::entry);
+    const Entry& read = reader->entry();
     EXPECT_EQ(read.place, entry.place);
     EXPECT_EQ(read.table, entry.table);
     EXPECT_EQ(read.shadowId, entry.shadowId);
@@ -599,7 +625,7 @@ TEST(SnapshotReader, ReadsBackWhatTheWriterWrote) {
       EXPECT_EQ(read.rangeCheckers[i].status, entry.rangeCheckers[i].status);
     }
   }
-  EXPECT_EQ(reader.next(), SnapshotReader::Line::end);
+  EXPECT_EQ(reader->next(), Source::Item::end);
 }
 
 TEST(SnapshotReader, EveryCutLineIsRefused) {
@@ -646,9 +672,9 @@ TEST(InputFile, RefusesWhatCannotBeRead) {
         return std::string();
       }(),
       "/nonexistent/file: cannot open: No such file or directory");
-  InputFile directory("/");
+  Complaints complaints;
   try {
-    SnapshotReader reader(directory);
+    openSnapshot(InputFile("/"), complaints);
     FAIL();
   } catch (const InputError& error) {
     EXPECT_STREQ(error.what(), "/: cannot read: Is a directory");

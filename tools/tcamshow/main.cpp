@@ -1,107 +1,168 @@
-// tcamshow: prints what a switch's TCAM holds, from a snapshot.
+// tcamshow: prints what a switch's TCAM holds.
 #include <unistd.h>
 
+#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <new>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "Zel/Trace/Trace.h"
 #include "commands/Command.h"
-#include "io/Complain.h"
+#include "io/Complaints.h"
+#include "io/ExitStatus.h"
 #include "io/InputError.h"
+#include "io/Nearest.h"
 #include "io/OutputBuffer.h"
+#include "io/SafeText.h"
 
 namespace tcamshow {
 namespace {
 
-constexpr int exitOk = 0;
-constexpr int exitUsage = 2;
+using Commands = std::vector<std::unique_ptr<Command>>;
 
-/// Writes what the command line asks for, which is not to be lost unnoticed; the exit status.
-int deliver(OutputBuffer& out, std::string_view text) {
+/// Writes what the command line asks for, which is not to be lost unnoticed.
+ExitStatus deliver(OutputBuffer& out, std::string_view text) {
   out.write(text);
   out.flush();
-  return exitOk;
+  return ExitStatus::done;
 }
 
-int run(int argc, char** argv, OutputBuffer& out) {
-  CLI::App app("Prints what a switch's TCAM holds, from a snapshot.", "tcamshow");
+ExitStatus refuse(const std::string& message) {
+  complain(safeText(message) + "\nTry 'tcamshow --help'.");
+  return ExitStatus::commandLine;
+}
+
+void declare(CLI::App& app, const Commands& commands, ProgramOptions& options) {
   app.set_version_flag("--version", "tcamshow " TCAMSHOW_VERSION);
   app.require_subcommand(1);
-  bool isJson = false;
-  app.add_flag("--json", isJson, "With ip, ip6, mac or tcam: JSON Lines in place of the table");
-  bool isTraced = false;
-  app.add_flag("--trace", isTraced, "Trace what the library does, on standard error");
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.add_flag("--json", options.json,
+               "With ip, ip6, mac or tcam: JSON Lines in place of the table");
+  app.add_flag("--trace", options.trace, "Trace what the library does, on standard error");
   // Options of the whole program may stand after the command too.
   app.fallthrough();
-  app.footer(
-      "Exit status: 0; 1 when the input is bad or the output cannot be written; 2 when the\n"
-      "command line is wrong.");
-
-  auto const commands = allCommands();
-  Command* chosen = nullptr;
+  std::string examples = "Examples:\n";
   for (auto const& command : commands) {
-    command->declare(app)->final_callback([&chosen, it = command.get()] { chosen = it; });
+    command->declare(app, options);
+    (examples += "  tcamshow ") += command->example();
+    examples += '\n';
   }
+  app.footer(
+      examples +
+      "\nExit status: 0; 1 when the input is bad or the output cannot be written; 2 when the\n"
+      "command line is wrong.");
+}
+
+/// The app that the command line stopped in: the program's, a command's, a format's.
+const CLI::App& innermost(const CLI::App& app) {
+  auto const inside = app.get_subcommands();
+  return inside.empty() ? app : innermost(*inside.front());
+}
+
+/// What is wrong with a word that nobody takes: it is no option, no command or needless there.
+std::string unknownWord(const CLI::App& app, const std::string& word, bool isFirst) {
+  std::vector<std::string> known;
+  bool const isOption = word.size() > 1 && word.starts_with('-');
+  const CLI::App& at = isFirst ? app : innermost(app);
+  auto const choices = at.get_subcommands([](const CLI::App*) { return true; });
+  if (isOption) {
+    for (const CLI::App* const each : {&app, &at}) {
+      for (const CLI::Option* const option : each->get_options()) {
+        for (const std::string& name : option->get_lnames()) known.push_back("--" + name);
+      }
+    }
+  } else {
+    for (const CLI::App* const choice : choices) known.push_back(choice->get_name());
+  }
+  std::sort(known.begin(), known.end());
+  known.erase(std::unique(known.begin(), known.end()), known.end());
+  std::string const what = isOption          ? "no such option: "
+                           : choices.empty() ? "one argument too many: "
+                           : &at == &app     ? "no such command: "
+                                             : "no such format: ";
+  std::vector<std::string_view> const names(known.begin(), known.end());
+  return what + word + suggestion(word, names);
+}
+
+std::string messageOf(const CLI::App& app, const CLI::ParseError& error, std::string_view first) {
+  // The parser complains of a missing command before it complains of the word in its place.
+  bool const isRequired = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+  if (isRequired || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+    auto const unknown = app.remaining(true);
+    if (!unknown.empty()) return unknownWord(app, unknown.front(), unknown.front() == first);
+  }
+  if (isRequired) {
+    return &innermost(app) == &app ? "a command is required"
+                                   : innermost(app).get_name() + ": a format is required";
+  }
+  return error.what();
+}
+
+/// Runs the command; what it has written and what it warned of comes out before its error does.
+ExitStatus runCommand(Command& command, const Run& run) {
+  ExitStatus status = ExitStatus::done;
+  std::string message;
+  try {
+    status = command.run(run);
+  } catch (const InputError& error) {
+    message = error.what();
+    status = ExitStatus::failure;
+  }
+  try {
+    run.out.flush();
+  } catch (const OutputError& error) {
+    complain(error.what());
+    status = ExitStatus::failure;
+  } catch (const ClosedPipe&) {
+    if (message.empty()) throw;
+  }
+  run.complaints.tell();
+  if (!message.empty()) complain(message);
+  return status;
+}
+
+ExitStatus run(int argc, char** argv, OutputBuffer& out) {
+  CLI::App app("Prints what a switch's TCAM holds, from a snapshot.", "tcamshow");
+  ProgramOptions options;
+  Commands const commands = allCommands();
+  declare(app, commands, options);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
     return deliver(out, app.help());
   } catch (const CLI::CallForVersion& version) {
     return deliver(out, std::string(version.what()) + "\n");
-  } catch (const CLI::RequiredError& error) {
-    // An unknown word where a command is wanted is told as that.
-    auto const unknown = app.remaining(true);
-    std::string message = error.what();
-    if (!unknown.empty()) {
-      message = (unknown.front().starts_with('-') ? "no such option: " : "no such command: ") +
-                unknown.front();
-    }
-    complain(message + "\nTry 'tcamshow --help'.");
-    return exitUsage;
   } catch (const CLI::ParseError& error) {
-    complain(std::string(error.what()) + "\nTry 'tcamshow --help'.");
-    return exitUsage;
+    return refuse(messageOf(app, error, argc > 1 ? argv[1] : ""));
   }
-
-  if (isJson && !chosen->jsonIsWanted()) {
-    complain("--json goes with ip, ip6, mac and tcam only\nTry 'tcamshow --help'.");
-    return exitUsage;
+  auto const chosen = std::find_if(commands.begin(), commands.end(),
+                                   [](auto const& command) { return command->isChosen(); });
+  if (options.json && !(*chosen)->hasJson()) {
+    return refuse("--json goes with ip, ip6, mac and tcam only");
   }
-  if (isTraced) Zel::TraceControl::levelIs("VelmorTcamCliTypes", 8, true);
-  try {
-    chosen->run(out);
-  } catch (const InputError& error) {
-    // What precedes the bad line comes out first.
-    try {
-      out.flush();
-    } catch (const OutputError& outputError) {
-      complain(outputError.what());
-    } catch (const ClosedPipe&) {
-    }
-    complain(error.what());
-    return exitFailure;
-  }
-  out.flush();
-  return exitOk;
+  if (options.trace) Zel::TraceControl::levelIs("VelmorTcamCliTypes", 8, true);
+  Complaints complaints;
+  return runCommand(**chosen, {out, complaints, options});
 }
 
-int guarded(int argc, char** argv) {
+ExitStatus guarded(int argc, char** argv) {
   try {
     OutputBuffer out(STDOUT_FILENO);
     return run(argc, argv, out);
   } catch (const ClosedPipe&) {
-    return exitOk;
+    return ExitStatus::done;
   } catch (const OutputError& error) {
     complain(error.what());
   } catch (const std::bad_alloc&) {
     complain("out of memory");
   } catch (const std::exception& error) {
-    complain(error.what());
+    complain(safeText(error.what()));
   }
-  return exitFailure;
+  return ExitStatus::failure;
 }
 
 }  // namespace
@@ -110,5 +171,5 @@ int guarded(int argc, char** argv) {
 int main(int argc, char** argv) {
   // A closed pipe is told by write(), so that it can end the program quietly.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-  return tcamshow::guarded(argc, argv);
+  return static_cast<int>(tcamshow::guarded(argc, argv));
 }

@@ -1,21 +1,21 @@
 // The errors that end a command.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 
 namespace tcamshow {
 
 /// The input is bad, or cannot be read. what() is `FILE:LINE: MESSAGE`, or `FILE: MESSAGE` where
-/// the line is 0: the file as a whole is meant.
+/// the line is 0: the file as a whole is meant. Both what() and message() are safe text on one
+/// line.
 class InputError : public std::runtime_error {
  public:
-  InputError(std::string file, std::uint64_t line, std::string message);
+  InputError(std::string file, std::uint64_t line, const std::string& message);
   ~InputError() override;
 
+  /// As it was given.
   const std::string& file() const noexcept { return file_; }
   std::uint64_t line() const noexcept { return line_; }
   const std::string& message() const noexcept { return message_; }
@@ -39,11 +39,5 @@ class ClosedPipe : public std::runtime_error {
   ClosedPipe();
   ~ClosedPipe() override;
 };
-
-/// Text of the input as a message may show it: on one line, cut when it is longer than `longest`
-/// bytes.
-std::string shown(std::string_view text, std::size_t longest = 60);
-/// The same, in double quotes.
-std::string inQuotes(std::string_view text);
 
 }  // namespace tcamshow

@@ -1,13 +1,7 @@
 #include "io/LineReader.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
-#include <system_error>
 #include <utility>
 
 #include "io/InputError.h"
@@ -15,43 +9,16 @@
 namespace tcamshow {
 namespace {
 
-constexpr std::size_t firstCapacity = std::size_t{128} << 10;
+constexpr std::size_t firstCapacity = std::size_t{64} << 10;
 // One byte more than a line: the line break of the longest, or the proof that it is too long.
 constexpr std::size_t largestCapacity = LineReader::longestLine + 1;
 
-std::string errorText(int errorNumber) { return std::generic_category().message(errorNumber); }
-
 }  // namespace
 
-InputFile::InputFile(const std::string& path) : descriptor_(STDIN_FILENO), name_("<stdin>") {
-  if (path.empty() || path == "-") return;
-  name_ = path;
-  do {
-    descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  } while (descriptor_ < 0 && errno == EINTR);
-  if (descriptor_ < 0) throw InputError(name_, 0, "cannot open: " + errorText(errno));
-}
-
-InputFile::~InputFile() {
-  if (descriptor_ != STDIN_FILENO) ::close(descriptor_);
-}
-
-std::size_t InputFile::read(char* buffer, std::size_t size, std::uint64_t line) {
-  for (;;) {
-    ssize_t const count = ::read(descriptor_, buffer, size);
-    if (count >= 0) return static_cast<std::size_t>(count);
-    if (errno == EINTR) continue;
-    if (errno == EAGAIN) {
-      pollfd waiting{descriptor_, POLLIN, 0};
-      ::poll(&waiting, 1, -1);
-      continue;
-    }
-    throw InputError(name_, line, "cannot read: " + errorText(errno));
-  }
-}
-
-LineReader::LineReader(InputFile& file)
-    : file_(file), buffer_(new char[firstCapacity + padding]()), capacity_(firstCapacity) {}
+LineReader::LineReader(InputFile file)
+    : file_(std::move(file)),
+      buffer_(new char[firstCapacity + padding]()),
+      capacity_(firstCapacity) {}
 
 bool LineReader::next(std::string_view& line) {
   std::size_t searched = 0;
@@ -105,8 +72,8 @@ void LineReader::makeRoom() {
   capacity_ = capacity;
 }
 
-void LineReader::fail(std::string message) const {
-  throw InputError(file_.name(), lineNumber_, std::move(message));
+void LineReader::fail(const std::string& message) const {
+  throw InputError(file_.name(), lineNumber_, message);
 }
 
 }  // namespace tcamshow

@@ -7,34 +7,14 @@
 #include <string>
 #include <string_view>
 
+#include "io/InputFile.h"
+
 namespace tcamshow {
-
-/// A file that is open for reading, or standard input.
-class InputFile {
- public:
-  /// Opens `path`; an empty path and "-" mean standard input. Throws InputError.
-  explicit InputFile(const std::string& path);
-  ~InputFile();
-  InputFile(const InputFile&) = delete;
-  InputFile& operator=(const InputFile&) = delete;
-
-  int descriptor() const noexcept { return descriptor_; }
-  /// As messages name it.
-  const std::string& name() const noexcept { return name_; }
-  /// At most `size` bytes; 0 at the end. Waits where the descriptor would not, and goes on after a
-  /// signal. Throws InputError, which names `line`.
-  std::size_t read(char* buffer, std::size_t size, std::uint64_t line);
-
- private:
-  // NOLINTNEXTLINE(modernize-use-default-member-init): its constant needs another header
-  int descriptor_;
-  std::string name_;
-};
 
 /// The lines of an input, one at a time. The buffer never grows beyond the longest line that is
 /// allowed, whatever the input's lines are.
 ///
-///     LineReader lines(file);
+///     LineReader lines(InputFile(path));
 ///     for (std::string_view line; lines.next(line);) use(line);
 class LineReader {
  public:
@@ -43,8 +23,7 @@ class LineReader {
   /// The bytes after a line that may be read, though they are none of it.
   static constexpr std::size_t padding = 64;
 
-  /// `file` must outlive the reader.
-  explicit LineReader(InputFile& file);
+  explicit LineReader(InputFile file);
 
   /// The next line without its line break (a line feed); false at the end. The view is good until
   /// the next call. The last line need not end in a line break. Throws InputError when the line is
@@ -55,12 +34,12 @@ class LineReader {
   const std::string& fileName() const noexcept { return file_.name(); }
 
   /// Throws the InputError that names the line given last.
-  [[noreturn]] void fail(std::string message) const;
+  [[noreturn]] void fail(const std::string& message) const;
 
  private:
   void makeRoom();
 
-  InputFile& file_;
+  InputFile file_;
   std::unique_ptr<char[]> buffer_;
   std::size_t capacity_;   // without the padding
   std::size_t begin_ = 0;  // what is read and not yet given

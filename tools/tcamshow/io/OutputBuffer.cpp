@@ -9,22 +9,40 @@
 
 namespace tcamshow {
 
-OutputBuffer::OutputBuffer(int descriptor) : descriptor_(descriptor), buffer_(new char[capacity]) {}
+OutputBuffer::OutputBuffer(int descriptor)
+    : descriptor_(descriptor),
+      isTerminal_(::isatty(descriptor) == 1),
+      buffer_(new char[capacity]),
+      room_(isTerminal_ ? 0 : capacity) {}
 
 void OutputBuffer::flush() {
   std::size_t const size = size_;
   size_ = 0;
+  if (isTerminal_) room_ = 0;
   writeAll({buffer_.get(), size});
 }
 
 void OutputBuffer::writeSlow(std::string_view text) {
-  flush();
+  if (isTerminal_) {
+    std::size_t const end = text.rfind('\n') + 1;  // 0 where no line ends
+    if (end != 0) {
+      keep(text.substr(0, end));
+      flush();
+      text.remove_prefix(end);
+    }
+  }
+  keep(text);
+  if (isTerminal_) room_ = size_;
+}
+
+void OutputBuffer::keep(std::string_view text) {
+  if (text.size() > capacity - size_) flush();
   if (text.size() > capacity) {
     writeAll(text);
     return;
   }
-  std::memcpy(buffer_.get(), text.data(), text.size());
-  size_ = text.size();
+  std::memcpy(buffer_.get() + size_, text.data(), text.size());
+  size_ += text.size();
 }
 
 void OutputBuffer::writeAll(std::string_view text) {

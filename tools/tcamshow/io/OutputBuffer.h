@@ -11,6 +11,8 @@ namespace tcamshow {
 /// Collects text and writes it in large pieces, in order. What is left in it when it is destroyed
 /// is dropped: only flush() tells whether the text could be written.
 ///
+/// A terminal gets each line as soon as it is whole: somebody watches.
+///
 /// write() and flush() throw ClosedPipe when the reader of a pipe has gone, OutputError when the
 /// text cannot be written; what was in the buffer is dropped then. SIGPIPE must be ignored.
 ///
@@ -25,7 +27,7 @@ class OutputBuffer {
   explicit OutputBuffer(int descriptor);
 
   void write(std::string_view text) {
-    if (text.size() > capacity - size_) [[unlikely]] {
+    if (text.size() > room_ - size_) [[unlikely]] {
       writeSlow(text);
       return;
     }
@@ -37,11 +39,16 @@ class OutputBuffer {
 
  private:
   void writeSlow(std::string_view text);
+  void keep(std::string_view text);
   void writeAll(std::string_view text);
 
   int descriptor_;
+  bool isTerminal_;
   std::unique_ptr<char[]> buffer_;
   std::size_t size_ = 0;
+  // The bytes that write() itself may fill. For a terminal there is never room: writeSlow() looks
+  // for the line's end.
+  std::size_t room_;
 };
 
 }  // namespace tcamshow

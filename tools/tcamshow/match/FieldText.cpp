@@ -4,7 +4,7 @@
 #include <array>
 #include <charconv>
 
-#include "io/InputError.h"
+#include "io/SafeText.h"
 #include "snapshot/AddressText.h"
 
 namespace tcamshow {

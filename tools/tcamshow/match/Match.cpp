@@ -114,7 +114,7 @@ void restrictByFrag(Match& match, const Qualifier& qualifier) noexcept {
 
 }  // namespace
 
-Match matchOf(const EntryLine& entry) noexcept {
+Match matchOf(const Entry& entry) noexcept {
   Match match;
   const Qualifier* sourceIp6 = nullptr;
   const Qualifier* sourceIp6Alternative = nullptr;

@@ -62,7 +62,7 @@ class Match {
 /// What the entry's qualifiers and range checkers say, whatever their status. Its table limits the
 /// ether type: ip to IPv4, ip6 to IPv6; in the tables mac and tcam a field that is IPv4's or IPv6's
 /// alone does.
-Match matchOf(const EntryLine& entry) noexcept;
+Match matchOf(const Entry& entry) noexcept;
 
 /// Which packets an entry's match has: by these, some fields mean nothing in it.
 enum class PacketKind : std::uint8_t { any, ip, ip6 };

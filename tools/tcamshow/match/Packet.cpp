@@ -4,7 +4,7 @@
 #include <array>
 #include <optional>
 
-#include "io/InputError.h"
+#include "io/SafeText.h"
 
 namespace tcamshow {
 

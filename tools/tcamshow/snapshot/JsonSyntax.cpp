@@ -4,32 +4,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "io/Utf8.h"
+
 namespace tcamshow {
 namespace {
-
-/// The bytes of the UTF-8 character at the front; 0 when it is none.
-std::size_t characterSize(std::string_view text) noexcept {
-  auto const byte = [&](std::size_t i) {
-    return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
-  };
-  auto const follow = [&](std::size_t count) {
-    for (std::size_t i = 1; i <= count; ++i) {
-      if ((byte(i) & 0xC0) != 0x80) return false;
-    }
-    return true;
-  };
-  unsigned const lead = byte(0);
-  if (lead < 0x80) return 1;
-  if (lead >= 0xC2 && lead < 0xE0) return follow(1) ? 2 : 0;
-  if (lead >= 0xE0 && lead < 0xF0) {
-    bool const isOverlong = lead == 0xE0 && byte(1) < 0xA0;
-    bool const isSurrogate = lead == 0xED && byte(1) >= 0xA0;
-    return follow(2) && !isOverlong && !isSurrogate ? 3 : 0;
-  }
-  bool const isOutside = lead < 0xF0 || lead > 0xF4 || (lead == 0xF0 && byte(1) < 0x90) ||
-                         (lead == 0xF4 && byte(1) >= 0x90);
-  return follow(3) && !isOutside ? 4 : 0;
-}
 
 bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 
@@ -37,33 +15,34 @@ bool isDigit(char c) noexcept { return c >= '0' && c <= '9'; }
 /// `at_` on it.
 class Scanner {
  public:
-  explicit Scanner(std::string_view text) : text_(text) {}
+  Scanner(std::string_view text, std::string_view whole, std::size_t deepest)
+      : text_(text), whole_(whole), deepest_(deepest) {}
 
   JsonFault fault() {
     JsonFault found;
     if (document()) return found;
     found.byte = at_ + 1;
     found.what = what();
-    for (const Level& level : levels_) {
-      if (!level.hasKey) continue;
+    for (std::string_view const key : keys_) {
+      if (key.data() == nullptr) continue;
       if (found.hasMember) found.member += '.';
       found.hasMember = true;
-      found.member += level.key;
+      found.member += key;
     }
     return found;
   }
 
  private:
-  struct Level {
-    bool isObject;
-    bool hasKey = false;
-    std::string_view key = {};
-  };
-
-  std::string_view what() const noexcept {
-    if (!what_.empty()) return what_;
-    if (at_ == text_.size()) return "not valid JSON: the line does not end where the object does";
-    return characterSize(text_.substr(at_)) == 0 ? "not valid UTF-8" : "not valid JSON";
+  std::string what() const {
+    if (!what_.empty()) return std::string(what_);
+    if (at_ == text_.size()) {
+      return "not valid JSON: the " + std::string(whole_) + " does not end where the object does";
+    }
+    if (isObject_.size() == deepest_ && (front() == '{' || front() == '[')) {
+      return "nested deeper than " + std::to_string(deepest_) + " values";
+    }
+    bool const isCharacter = frontCharacter(text_.substr(at_)).size != 0;
+    return isCharacter ? "not valid JSON" : "not valid UTF-8";
   }
 
   char front() const noexcept { return at_ < text_.size() ? text_[at_] : '\0'; }
@@ -82,7 +61,7 @@ class Scanner {
       if (!valueBegin(isWhole)) return false;
       if (!isWhole) continue;
       if (!valueEnd()) return false;
-      if (!levels_.empty()) continue;
+      if (!isObject_.empty()) continue;
       if (at_ == text_.size()) return true;
       what_ = "not valid JSON: something follows the object";
       return false;
@@ -96,11 +75,13 @@ class Scanner {
     switch (front()) {
       case '{':
       case '[': {
+        if (isObject_.size() == deepest_) return false;
         bool const isObject = front() == '{';
         ++at_;
         skipSpace();
         if (skip(isObject ? '}' : ']')) return true;
-        levels_.push_back({.isObject = isObject});
+        isObject_.push_back(isObject);
+        if (isObject) keys_.emplace_back();
         isWhole = false;
         return !isObject || key();
       }
@@ -119,11 +100,12 @@ class Scanner {
 
   /// What follows a value: the ends of those that it ends, and a comma.
   bool valueEnd() {
-    for (skipSpace(); !levels_.empty(); skipSpace()) {
-      bool const isObject = levels_.back().isObject;
+    for (skipSpace(); !isObject_.empty(); skipSpace()) {
+      bool const isObject = isObject_.back();
       if (skip(',')) return !isObject || key();
       if (!skip(isObject ? '}' : ']')) return false;
-      levels_.pop_back();
+      isObject_.pop_back();
+      if (isObject) keys_.pop_back();
     }
     return true;
   }
@@ -132,8 +114,7 @@ class Scanner {
     skipSpace();
     std::size_t const from = at_ + 1;
     if (front() != '"' || !string()) return false;
-    levels_.back().key = text_.substr(from, at_ - 1 - from);
-    levels_.back().hasKey = true;
+    keys_.back() = text_.substr(from, at_ - 1 - from);
     skipSpace();
     return skip(':');
   }
@@ -153,7 +134,7 @@ class Scanner {
         }
         continue;
       }
-      std::size_t const size = characterSize(text_.substr(at_));
+      std::size_t const size = frontCharacter(text_.substr(at_)).size;
       if (size == 0) return false;
       at_ += size;
     }
@@ -214,12 +195,19 @@ class Scanner {
 
   std::string_view text_;
   std::string_view what_;  // where the place alone does not tell
+  std::string_view whole_;
+  std::size_t deepest_;
   std::size_t at_ = 0;
-  std::vector<Level> levels_;
+  // The open objects and arrays, outermost first; the key that is being read of each that is an
+  // object, none where data() is null.
+  std::vector<bool> isObject_;
+  std::vector<std::string_view> keys_;
 };
 
 }  // namespace
 
-JsonFault findJsonFault(std::string_view text) { return Scanner(text).fault(); }
+JsonFault findJsonFault(std::string_view text, std::string_view whole, std::size_t deepest) {
+  return Scanner(text, whole, deepest).fault();
+}
 
 }  // namespace tcamshow

@@ -1,4 +1,4 @@
-// What a snapshot's lines hold, as plain values.
+// The model: what a snapshot's lines hold, and every source gives, as plain values.
 #pragma once
 
 #include <array>
@@ -40,13 +40,21 @@ struct Place {
   friend auto operator<=>(const Place&, const Place&) = default;
 };
 
-struct Header {
-  std::uint8_t numPipes = 1;
+/// The version of the snapshot's own format.
+struct SnapshotVersion {
+  std::uint32_t number = 1;
+  friend bool operator==(const SnapshotVersion&, const SnapshotVersion&) = default;
 };
 
-/// One copy of a group. The name is a view into the reader's line, or into what the writer's caller
-/// keeps.
-struct GroupLine {
+struct Header {
+  SnapshotVersion version;
+  std::uint8_t numPipes = 1;
+  bool hasNumPipes = false;  ///< whether the number was given
+};
+
+/// One copy of a group. The name is a view into what the source or the writer's caller keeps. It
+/// holds no control character (U+0000 to U+001F, U+007F).
+struct Group {
   Place place;
   std::string_view name;
   std::uint32_t availableEntries = 0;
@@ -92,9 +100,9 @@ struct RangeChecker {
   std::uint8_t status = statusProgrammed;
 };
 
-/// One TCAM entry. Its texts are views, as GroupLine's; no qualifier type and no range checker type
-/// stands in it twice.
-struct EntryLine {
+/// One TCAM entry. Its texts are as Group's; no qualifier type and no range checker type stands in
+/// it twice.
+struct Entry {
   Place place;
   Table table = Table::ip;
   std::uint64_t shadowId = 0;

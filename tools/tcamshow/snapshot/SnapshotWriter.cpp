@@ -1,139 +1,155 @@
 #include "snapshot/SnapshotWriter.h"
 
+#include <concepts>
 #include <string_view>
+#include <tuple>
+#include <vector>
 
+#include "io/InputError.h"
 #include "io/JsonText.h"
+#include "io/LineReader.h"
 #include "snapshot/AddressText.h"
+#include "snapshot/Members.h"
 
 namespace tcamshow {
 namespace {
 
-void appendName(std::string& out, std::string_view name) {
-  out += ",\"";
+// A record has members, which have values, which have records.
+template <class Owner, class Value>
+void appendMember(std::string& out, const Member<Owner, Value>& member, const Value& value);
+
+// --- values, each by its type in the model
+
+void appendValue(std::string& out, const SnapshotVersion& version) {
+  appendNumber(out, version.number);
+}
+template <std::integral Number>
+void appendValue(std::string& out, Number number) {
+  appendNumber(out, number);
+}
+void appendValue(std::string& out, std::string_view text) { appendJsonString(out, text); }
+void appendValue(std::string& out, Stage stage) { appendJsonString(out, stageName(stage).view()); }
+void appendValue(std::string& out, Table table) { appendJsonString(out, tableName(table)); }
+
+/// Appends a member of which nothing is left out.
+template <class Append>
+void appendNamed(std::string& out, std::string_view name, const Append& append) {
+  if (out.back() != '{') out += ',';
+  out += '"';
   out += name;
   out += "\":";
+  append();
 }
 
-template <class Number>
-void appendMember(std::string& out, std::string_view name, Number value, Number usual) {
-  if (value == usual) return;
-  appendName(out, name);
-  appendNumber(out, value);
+template <class Words, class AppendWord>
+void appendWords(std::string& out, const Words& words, const AppendWord& appendWord) {
+  appendNamed(out, valueName, [&] { appendWord(words.value); });
+  appendNamed(out, maskName, [&] { appendWord(words.mask); });
 }
 
-void appendMember(std::string& out, std::string_view name, std::string_view text) {
-  if (text.empty()) return;
-  appendName(out, name);
-  appendJsonString(out, text);
-}
-
-void appendPlace(std::string& out, const Place& place) {
-  Place const usual;
-  if (place.stage != usual.stage) appendMember(out, "stage", stageName(place.stage).view());
-  appendMember(out, "pipe", place.pipe, usual.pipe);
-  appendMember(out, "groupPriority", place.groupPriority, usual.groupPriority);
-  appendMember(out, "groupId", place.groupId, usual.groupId);
-  appendMember(out, "copyId", place.copyId, usual.copyId);
-}
-
-void appendValues(std::string& out, const Qualifier& qualifier) {
-  out += "{\"value\":";
+void appendRecord(std::string& out, const Qualifier& qualifier) {
+  auto const quoted = [&out](auto appendAddress) {
+    return [&out, appendAddress](const auto& address) {
+      out += '"';
+      appendAddress(out, address);
+      out += '"';
+    };
+  };
   switch (qualifier.kind) {
     case QualifierKind::word:
-      appendNumber(out, qualifier.value);
-      out += ",\"mask\":";
-      appendNumber(out, qualifier.mask);
-      return;
+      appendWords(out, qualifier, [&out](std::uint32_t word) { appendNumber(out, word); });
+      break;
     case QualifierKind::ip:
-      out += '"';
-      appendIp(out, qualifier.value);
-      out += R"(","mask":")";
-      appendIp(out, qualifier.mask);
+      appendWords(out, qualifier, quoted(appendIp));
       break;
     case QualifierKind::ip6:
-      out += '"';
-      appendIp6(out, qualifier.ip6.value);
-      out += R"(","mask":")";
-      appendIp6(out, qualifier.ip6.mask);
+      appendWords(out, qualifier.ip6, quoted(appendIp6));
       break;
     case QualifierKind::mac:
-      out += '"';
-      appendMac(out, qualifier.mac.value);
-      out += R"(","mask":")";
-      appendMac(out, qualifier.mac.mask);
+      appendWords(out, qualifier.mac, quoted(appendMac));
       break;
   }
-  out += '"';
+  std::apply([&](auto const&... each) { (appendMember(out, each, qualifier.*each.at), ...); },
+             qualifierMembers);
 }
 
-/// Appends what follows a record's own members, its end included.
-void appendStatus(std::string& out, std::uint8_t status) {
-  appendMember(out, "status", status, statusProgrammed);
+void appendRecord(std::string& out, const RangeChecker& range) {
+  std::apply([&](auto const&... each) { (appendMember(out, each, range.*each.at), ...); },
+             rangeCheckerMembers);
+}
+
+std::string_view nameOf(const Qualifier& qualifier) {
+  return qualifierByType(qualifier.type)->name;
+}
+std::string_view nameOf(const RangeChecker& range) { return rangeCheckerByType(range.type)->name; }
+
+template <class Record>
+void appendValue(std::string& out, const std::vector<Record>& records) {
+  out += '{';
+  for (const Record& record : records) {
+    appendNamed(out, nameOf(record), [&] {
+      out += '{';
+      appendRecord(out, record);
+      out += '}';
+    });
+  }
   out += '}';
+}
+
+// --- members
+
+template <class Value>
+bool isUsual(const Value& value, const Value& usual) {
+  return value == usual;
+}
+template <class Record>
+bool isUsual(const std::vector<Record>& records, const std::vector<Record>&) {
+  return records.empty();
+}
+
+template <class Owner, class Value>
+void appendMember(std::string& out, const Member<Owner, Value>& member, const Value& value) {
+  if (member.presence == Presence::optional && isUsual(value, usualValue(member))) return;
+  appendNamed(out, member.name, [&] { appendValue(out, value); });
+}
+
+template <class Line>
+void appendMembers(std::string& out, const Line& line) {
+  out += R"({"type":")";
+  out += lineKindNames[static_cast<std::size_t>(lineKind<Line>)];
+  out += '"';
+  forEachMember<Line>(
+      [&](auto const& member, auto) { appendMember(out, member, memberOf(line, member)); });
+  out += "}\n";
 }
 
 }  // namespace
 
-void appendLine(std::string& out, const Header& header) {
-  out += R"({"type":"snapshot","version":1)";
-  appendMember(out, "numPipes", header.numPipes, Header().numPipes);
-  out += "}\n";
-}
+void appendLine(std::string& out, const Header& header) { appendMembers(out, header); }
+void appendLine(std::string& out, const Group& group) { appendMembers(out, group); }
+void appendLine(std::string& out, const Entry& entry) { appendMembers(out, entry); }
 
-void appendLine(std::string& out, const GroupLine& group) {
-  out += R"({"type":"group")";
-  appendPlace(out, group.place);
-  appendMember(out, "name", group.name);
-  appendMember(out, "availableEntries", group.availableEntries, 0U);
-  appendMember(out, "freeEntries", group.freeEntries, 0U);
-  out += "}\n";
-}
-
-void appendLine(std::string& out, const EntryLine& entry) {
-  out += R"({"type":"entry")";
-  appendPlace(out, entry.place);
-  appendMember(out, "table", tableName(entry.table));
-  appendName(out, "shadowId");
-  appendNumber(out, entry.shadowId);
-  appendName(out, "sequence");
-  appendNumber(out, entry.sequence);
-  appendName(out, "priority");
-  appendNumber(out, entry.priority);
-  appendMember(out, "description", entry.description);
-  appendMember(out, "action", entry.action);
-  appendMember(out, "hits", entry.hits, std::uint64_t{0});
-  appendMember(out, "counterStatus", entry.counterStatus, std::uint8_t{0});
-  appendMember(out, "featurePriority", entry.featurePriority, 0U);
-  appendMember(out, "feature", entry.feature);
-  if (!entry.qualifiers.empty()) {
-    appendName(out, "qualifiers");
-    char before = '{';
-    for (const Qualifier& qualifier : entry.qualifiers) {
-      out += before;
-      before = ',';
-      appendJsonString(out, qualifierByType(qualifier.type)->name);
-      out += ':';
-      appendValues(out, qualifier);
-      appendStatus(out, qualifier.status);
+void writeSnapshot(Source& source, OutputBuffer& out) {
+  std::string line;
+  appendLine(line, source.header());
+  for (;;) {
+    if (line.size() > LineReader::longestLine) {
+      throw InputError(source.fileName(), source.lineNumber(),
+                       "a line of the snapshot would be longer than 1 MiB");
     }
-    out += '}';
-  }
-  if (!entry.rangeCheckers.empty()) {
-    appendName(out, "rangeCheckers");
-    char before = '{';
-    for (const RangeChecker& range : entry.rangeCheckers) {
-      out += before;
-      before = ',';
-      appendJsonString(out, rangeCheckerByType(range.type)->name);
-      out += ":{\"low\":";
-      appendNumber(out, range.low);
-      out += ",\"high\":";
-      appendNumber(out, range.high);
-      appendStatus(out, range.status);
+    out.write(line);
+    line.clear();
+    switch (source.next()) {
+      case Source::Item::end:
+        return;
+      case Source::Item::group:
+        appendLine(line, source.group());
+        break;
+      case Source::Item::entry:
+        appendLine(line, source.entry());
+        break;
     }
-    out += '}';
   }
-  out += "}\n";
 }
 
 }  // namespace tcamshow

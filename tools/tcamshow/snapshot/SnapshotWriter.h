@@ -3,17 +3,22 @@
 
 #include <string>
 
+#include "io/OutputBuffer.h"
 #include "snapshot/Snapshot.h"
+#include "snapshot/Source.h"
 
 namespace tcamshow {
 
-/// Each appends one line, its line break included, which SnapshotReader reads back as the same
-/// values. Members stand in a fixed order; those at their default are left out, but a header always
-/// has its type and version, and an entry its table, id, sequence and priority.
+/// Each appends one line, its line break included, which openSnapshot() reads back as the same
+/// values. The members stand in the order of `members`; those that are optional and have their
+/// default are left out.
 ///
 /// The texts are UTF-8 without control characters.
 void appendLine(std::string& out, const Header& header);
-void appendLine(std::string& out, const GroupLine& group);
-void appendLine(std::string& out, const EntryLine& entry);
+void appendLine(std::string& out, const Group& group);
+void appendLine(std::string& out, const Entry& entry);
+
+/// Writes all that `source` gives as a snapshot, line by line.
+void writeSnapshot(Source& source, OutputBuffer& out);
 
 }  // namespace tcamshow

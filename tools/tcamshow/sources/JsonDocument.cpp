@@ -1,220 +1,179 @@
 #include "sources/JsonDocument.h"
 
-#include <iterator>
-#include <memory>
-#include <nlohmann/json.hpp>
-#include <unordered_set>
+#include <algorithm>
+#include <cstring>
+#include <new>
 #include <utility>
 
 #include "io/InputError.h"
+#include "io/SafeText.h"
+#include "snapshot/JsonSyntax.h"
 
 namespace tcamshow {
 namespace {
 
-constexpr std::size_t deepest = 64;
-constexpr std::size_t largestDocument = std::size_t{64} << 20;
-
-/// The document's characters, one after the other; it knows the line of the one taken last.
-class Characters {
- public:
-  explicit Characters(InputFile& file) : file_(file), buffer_(new char[bufferSize]) {}
-
-  bool atEnd() {
-    if (at_ != end_) return false;
-    if (ended_) return true;
-    at_ = 0;
-    end_ = file_.read(buffer_.get(), bufferSize, total_ == 0 ? 0 : line_);
-    ended_ = end_ == 0;
-    total_ += end_;
-    if (total_ > largestDocument) fail("the document is larger than 64 MiB");
-    return ended_;
-  }
-  char front() const noexcept { return buffer_[at_]; }
-  void advance() noexcept {
-    lastLine_ = line_;
-    if (buffer_[at_++] == '\n') ++line_;
-  }
-  std::uint64_t lastLine() const noexcept { return lastLine_; }
-  [[noreturn]] void fail(std::string message) const {
-    throw InputError(file_.name(), lastLine_, std::move(message));
-  }
-
- private:
-  static constexpr std::size_t bufferSize = std::size_t{64} << 10;
-
-  InputFile& file_;
-  std::unique_ptr<char[]> buffer_;
-  std::size_t at_ = 0;
-  std::size_t end_ = 0;
-  std::size_t total_ = 0;
-  std::uint64_t line_ = 1;
-  std::uint64_t lastLine_ = 1;
-  bool ended_ = false;
-};
-
-/// The parser's view of them. The end is an iterator without characters.
-class CharacterIterator {
- public:
-  using iterator_category = std::input_iterator_tag;
-  using value_type = char;
-  using difference_type = std::ptrdiff_t;
-  using pointer = const char*;
-  using reference = char;
-
-  explicit CharacterIterator(Characters* characters = nullptr) : characters_(characters) {}
-  char operator*() const noexcept { return characters_->front(); }
-  CharacterIterator& operator++() noexcept {
-    characters_->advance();
-    return *this;
-  }
-  CharacterIterator operator++(int) noexcept {
-    CharacterIterator const before = *this;
-    ++*this;
-    return before;
-  }
-  friend bool operator==(const CharacterIterator& a, const CharacterIterator& b) {
-    return a.ended() == b.ended();
-  }
-  friend bool operator!=(const CharacterIterator& a, const CharacterIterator& b) {
-    return !(a == b);
-  }
-
- private:
-  bool ended() const { return characters_ == nullptr || characters_->atEnd(); }
-
-  Characters* characters_;
-};
-
-/// Builds the tree as the parser meets the values. The open objects and arrays stand on a stack,
-/// each with the member that is being read.
-class Builder : public nlohmann::json_sax<nlohmann::json> {
- public:
-  explicit Builder(const Characters& characters) : characters_(characters) {}
-
-  JsonValue& root() noexcept { return root_; }
-
-  bool null() override { return scalar(JsonValue::Kind::null, "null"); }
-  bool boolean(bool value) override {
-    return scalar(JsonValue::Kind::boolean, value ? "true" : "false");
-  }
-  bool number_integer(number_integer_t value) override {
-    return scalar(JsonValue::Kind::number, std::to_string(value));
-  }
-  bool number_unsigned(number_unsigned_t value) override {
-    return scalar(JsonValue::Kind::number, std::to_string(value));
-  }
-  bool number_float(number_float_t, const string_t& text) override {
-    return scalar(JsonValue::Kind::number, text);
-  }
-  bool string(string_t& text) override { return scalar(JsonValue::Kind::string, std::move(text)); }
-  bool binary(binary_t&) override { return false; }
-  bool start_object(std::size_t) override { return open(JsonValue::Kind::object); }
-  bool end_object() override { return close(); }
-  bool start_array(std::size_t) override { return open(JsonValue::Kind::array); }
-  bool end_array() override { return close(); }
-
-  bool key(string_t& name) override {
-    Open& object = open_.back();
-    object.name = std::move(name);
-    if (!object.names.insert(object.name).second) {
-      characters_.fail("member " + inQuotes(path()) + " stands twice");
-    }
-    return true;
-  }
-
-  bool parse_error(std::size_t, const std::string&,
-                   const nlohmann::json::exception& error) override {
-    // The text begins with the position, which the message already has.
-    std::string_view text = error.what();
-    std::size_t const column = text.find("column ");
-    std::size_t const colon = column == text.npos ? text.npos : text.find(": ", column);
-    if (colon != text.npos) text.remove_prefix(colon + 2);
-    characters_.fail("not valid JSON: " + tcamshow::shown(text, 200));
-  }
-
- private:
-  struct Open {
-    JsonValue value;
-    std::string name;
-    std::unordered_set<std::string> names;
-  };
-
-  std::string path() const {
-    std::string result;
-    for (const Open& open : open_) {
-      if (!open.value.isObject()) continue;
-      if (!result.empty()) result += '.';
-      result += open.name;
-    }
-    return result;
-  }
-
-  bool scalar(JsonValue::Kind kind, std::string text) {
-    JsonValue value;
-    value.kind = kind;
-    value.line = characters_.lastLine();
-    value.text = std::move(text);
-    add(std::move(value));
-    return true;
-  }
-  bool open(JsonValue::Kind kind) {
-    if (open_.size() == deepest) characters_.fail("nested deeper than 64 values");
-    Open& open = open_.emplace_back();
-    open.value.kind = kind;
-    open.value.line = characters_.lastLine();
-    return true;
-  }
-  bool close() {
-    JsonValue value = std::move(open_.back().value);
-    open_.pop_back();
-    add(std::move(value));
-    return true;
-  }
-  void add(JsonValue value) {
-    if (open_.empty()) {
-      root_ = std::move(value);
-      return;
-    }
-    Open& open = open_.back();
-    if (open.value.isObject()) {
-      open.value.members.push_back({std::move(open.name), std::move(value)});
-    } else {
-      open.value.items.push_back(std::move(value));
-    }
-  }
-
-  const Characters& characters_;
-  std::vector<Open> open_;
-  JsonValue root_;
-};
+constexpr std::size_t padding = simdjson::SIMDJSON_PADDING;
+constexpr std::string_view space = " \t\r\n";
 
 }  // namespace
 
-const JsonValue* JsonValue::find(std::string_view name) const noexcept {
-  for (const JsonMember& member : members) {
-    if (member.name == name) return &member.value;
-  }
-  return nullptr;
-}
-
 std::string JsonValue::shown() const {
-  switch (kind) {
+  switch (kind_) {
     case Kind::object:
       return "an object";
     case Kind::array:
       return "an array";
     case Kind::string:
-      return inQuotes(text);
-    default:
-      return tcamshow::shown(text);
+      return inQuotes(text_);
+    case Kind::number:
+    case Kind::other:
+      break;
+  }
+  return tcamshow::shown(text_);
+}
+
+void JsonValue::eachMember(const UseMember& use) {
+  for (auto result : object_) {
+    JsonDocument::check(result.error());
+    ondemand::field&& field = std::move(result).value_unsafe();
+    std::string_view const name = document_->stringAt(field.key().raw());
+    JsonValue value = document_->valueOf(field.value());
+    use(name, value);
   }
 }
 
-JsonValue readJsonDocument(InputFile& file) {
-  Characters characters(file);
-  Builder builder(characters);
-  nlohmann::json::sax_parse(CharacterIterator(&characters), CharacterIterator(), &builder);
-  return std::move(builder.root());
+void JsonValue::eachItem(const UseItem& use) {
+  ondemand::array items;
+  JsonDocument::check(value_.get_array().get(items));
+  for (auto result : items) {
+    ondemand::value item;
+    JsonDocument::check(std::move(result).get(item));
+    JsonValue value = document_->valueOf(item);
+    use(value);
+  }
+}
+
+JsonDocument::JsonDocument(InputFile file) : file_(std::move(file)) {
+  prepareJsonParser();
+  read();
+  checkSyntax();
+  parser_ = std::make_unique<ondemand::parser>();
+  check(parser_->iterate(text_.get(), size_, size_ + padding).get(document_));
+}
+
+void JsonDocument::read() {
+  std::size_t room = std::size_t{64} << 10;
+  text_.reset(new char[room + padding]);
+  bool isBegun = false;
+  std::uint64_t line = 0;  // of the next byte, once there is one
+  for (;;) {
+    std::size_t const count = file_.read(text_.get() + size_, room - size_, line);
+    if (count == 0) break;
+    std::string_view const piece(text_.get() + size_, count);
+    std::size_t const nul = piece.find('\0');
+    if (nul != piece.npos) fail(size_ + nul, "the document holds a NUL byte");
+    // What is no object at all need not be read to its end.
+    std::size_t const first = isBegun ? piece.npos : piece.find_first_not_of(space);
+    if (first != piece.npos) {
+      isBegun = true;
+      if (piece[first] != '{') fail(size_ + first, "the document is not a JSON object");
+    }
+    if (line == 0) line = 1;
+    line += static_cast<std::uint64_t>(std::count(piece.begin(), piece.end(), '\n'));
+    size_ += count;
+    if (size_ > largest) fail(size_, "the document is larger than 64 MiB");
+    if (size_ == room) {
+      std::unique_ptr<char[]> larger(new char[2 * room + padding]);
+      std::memcpy(larger.get(), text_.get(), size_);
+      text_ = std::move(larger);
+      room *= 2;
+    }
+  }
+  if (!isBegun) fail(size_, "the document is empty");
+  std::memset(text_.get() + size_, ' ', padding);
+}
+
+void JsonDocument::checkSyntax() const {
+  std::string_view const text(text_.get(), size_);
+  JsonFault const fault = findJsonFault(text, "document", deepest);
+  if (fault.byte == 0) return;
+  std::size_t const at = fault.byte - 1;
+  // The byte is told as one of its line.
+  std::size_t const before = at == 0 ? text.npos : text.rfind('\n', at - 1);
+  std::string message =
+      fault.what + ", at byte " + std::to_string(before == text.npos ? at + 1 : at - before);
+  if (fault.hasMember) message += ", member \"" + shownName(fault.member) + '"';
+  fail(at, message);
+}
+
+void JsonDocument::fail(std::size_t at, const std::string& message) const {
+  throw InputError(file_.name(), lineOf(text_.get() + at), message);
+}
+
+// The text has been checked: only memory can be missing.
+void JsonDocument::check(simdjson::error_code error) {
+  if (error == simdjson::SUCCESS) return;
+  if (error == simdjson::MEMALLOC) throw std::bad_alloc();
+  throw simdjson::simdjson_error(error);
+}
+
+std::uint64_t JsonDocument::lineOf(const char* at) const noexcept {
+  return 1 +
+         static_cast<std::uint64_t>(std::count(static_cast<const char*>(text_.get()), at, '\n'));
+}
+
+JsonValue JsonDocument::root() {
+  JsonValue value;
+  value.document_ = this;
+  value.kind_ = JsonValue::Kind::object;
+  value.begin_ = text_.get();
+  check(document_.get_object().get(value.object_));
+  return value;
+}
+
+JsonValue JsonDocument::valueOf(ondemand::value from) {
+  JsonValue value;
+  value.document_ = this;
+  value.value_ = from;
+  std::string_view token = from.raw_json_token();
+  token.remove_suffix(token.size() - 1 - token.find_last_not_of(space));
+  value.begin_ = token.data();
+  switch (token.front()) {
+    case '{':
+      value.kind_ = JsonValue::Kind::object;
+      check(from.get_object().get(value.object_));
+      break;
+    case '[':
+      value.kind_ = JsonValue::Kind::array;
+      break;
+    case '"':
+      value.kind_ = JsonValue::Kind::string;
+      value.text_ = stringAt(token.data() + 1);
+      break;
+    default:
+      value.kind_ = token == "true" || token == "false" || token == "null"
+                        ? JsonValue::Kind::other
+                        : JsonValue::Kind::number;
+      value.text_ = token;
+  }
+  return value;
+}
+
+std::string_view JsonDocument::stringAt(const char* from) {
+  const char* end = plainEnd(from);
+  if (*end == '"') return {from, static_cast<std::size_t>(end - from)};
+  while (*end != '"') end += *end == '\\' ? 2 : 1;
+  auto const raw = static_cast<std::size_t>(end - from);
+  // No text is longer than it is written. The parser may write a little more than it needs.
+  std::string text(raw + padding, '\0');
+  auto* out = reinterpret_cast<std::uint8_t*>(text.data());
+  std::string_view read;
+  check(
+      parser_->unescape(ondemand::raw_json_string(reinterpret_cast<const std::uint8_t*>(from)), out)
+          .get(read));
+  text.resize(read.size());
+  text.shrink_to_fit();
+  return keep(std::move(text));
 }
 
 }  // namespace tcamshow

@@ -1,45 +1,101 @@
-// A whole JSON document in memory, with the lines its values stand on.
+// A whole JSON document, visited once from its beginning to its end.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
-#include "io/LineReader.h"
+#include "io/InputFile.h"
+#include "snapshot/JsonParser.h"
 
 namespace tcamshow {
 
-struct JsonMember;
+class JsonDocument;
 
-/// One value. Members keep the document's order, and no two of an object have one name.
-struct JsonValue {
-  enum class Kind { null, boolean, number, string, object, array };
+/// One value of a document. Texts are good as long as the document. A value is visited when it is
+/// met: its members or items once, from the first, and before the next value is asked for.
+class JsonValue {
+ public:
+  enum class Kind : std::uint8_t { object, array, string, number, other };
 
-  Kind kind = Kind::null;
-  std::uint64_t line = 0;  ///< where the value begins, or a string or number ends; from 1
-  std::string text;        ///< a string's text; a number, or true or false, as it was written
-  std::vector<JsonMember> members;
-  std::vector<JsonValue> items;
-
-  bool isObject() const noexcept { return kind == Kind::object; }
-  bool isArray() const noexcept { return kind == Kind::array; }
-  bool isString() const noexcept { return kind == Kind::string; }
-  bool isNumber() const noexcept { return kind == Kind::number; }
-  /// Null when there is no such member.
-  const JsonValue* find(std::string_view name) const noexcept;
+  bool isObject() const noexcept { return kind_ == Kind::object; }
+  bool isArray() const noexcept { return kind_ == Kind::array; }
+  bool isString() const noexcept { return kind_ == Kind::string; }
+  bool isNumber() const noexcept { return kind_ == Kind::number; }
+  /// A string's text; all else but an object or array as it is written.
+  std::string_view text() const noexcept { return text_; }
   /// As a message shows it.
   std::string shown() const;
+  /// Where it begins.
+  const char* begin() const noexcept { return begin_; }
+
+  using UseMember = std::function<void(std::string_view name, JsonValue& value)>;
+  using UseItem = std::function<void(JsonValue& value)>;
+  /// Calls `use` for each member of an object.
+  void eachMember(const UseMember& use);
+  /// Calls `use` for each item of an array.
+  void eachItem(const UseItem& use);
+
+ private:
+  friend class JsonDocument;
+  JsonValue() = default;
+
+  JsonDocument* document_ = nullptr;
+  ondemand::value value_;
+  ondemand::object object_;
+  const char* begin_ = nullptr;
+  std::string_view text_;
+  Kind kind_ = Kind::other;
 };
 
-struct JsonMember {
-  std::string name;
-  JsonValue value;
-};
+/// The text of a document, which is checked as a whole before the first value is given: behind that
+/// only its meaning can be wrong.
+///
+/// Memory: the text, and up to four times its size until visited() is called. Texts with escapes
+/// are kept beside it.
+class JsonDocument {
+ public:
+  static constexpr std::size_t largest = std::size_t{64} << 20;
+  static constexpr std::size_t deepest = 64;
 
-/// Reads the document that `file` holds, to its end. Throws InputError, which names the line, when
-/// it is no JSON, is nested deeper than 64 values, has a member twice or is larger than 64 MiB.
-JsonValue readJsonDocument(InputFile& file);
+  /// Reads `file` to its end. Throws InputError, which names the line, when it is no JSON object,
+  /// is nested deeper than `deepest` values or is larger than `largest` bytes.
+  explicit JsonDocument(InputFile file);
+  JsonDocument(const JsonDocument&) = delete;
+  JsonDocument& operator=(const JsonDocument&) = delete;
+
+  const std::string& fileName() const noexcept { return file_.name(); }
+  /// The object that the document is; to be called once.
+  JsonValue root();
+  /// The line, from 1, of a place in the text. It takes time: it is for messages.
+  std::uint64_t lineOf(const char* at) const noexcept;
+
+  /// Keeps a text as long as the document.
+  std::string_view keep(std::string text) { return kept_.emplace_back(std::move(text)); }
+  /// Gives back what only visiting needs; values are not to be used after it.
+  void visited() noexcept { parser_.reset(); }
+
+ private:
+  friend class JsonValue;
+
+  void read();
+  void checkSyntax() const;
+  [[noreturn]] void fail(std::size_t at, const std::string& message) const;
+  static void check(simdjson::error_code error);
+  JsonValue valueOf(ondemand::value value);
+  /// The text of a string that begins at `from`, behind its quote.
+  std::string_view stringAt(const char* from);
+
+  InputFile file_;
+  std::unique_ptr<char[]> text_;  // the parser's padding stands behind it
+  std::size_t size_ = 0;
+  std::unique_ptr<ondemand::parser> parser_;
+  ondemand::document document_;
+  std::deque<std::string> kept_;
+};
 
 }  // namespace tcamshow

@@ -11,6 +11,7 @@ namespace tcamshow {
 constexpr std::uint32_t largestPort = 65535;
 constexpr std::uint32_t protocolIcmp = 1;
 constexpr std::uint32_t protocolTcp = 6;
+constexpr std::uint32_t protocolUdp = 17;
 constexpr std::uint32_t protocolIcmp6 = 58;
 
 /// The ports from `low` to `high`, both included; low <= high <= 65535. `type` and `rangeType` say
@@ -18,7 +19,7 @@ constexpr std::uint32_t protocolIcmp6 = 58;
 ///
 /// Every port is no match at all. What one value and mask can match takes a qualifier, every other
 /// range a range checker.
-inline void addPorts(EntryLine& entry, std::uint8_t type, std::uint8_t rangeType, std::uint32_t low,
+inline void addPorts(Entry& entry, std::uint8_t type, std::uint8_t rangeType, std::uint32_t low,
                      std::uint32_t high) {
   std::uint32_t const size = high - low + 1;
   if (size == largestPort + 1) return;
@@ -36,7 +37,7 @@ inline void addPorts(EntryLine& entry, std::uint8_t type, std::uint8_t rangeType
 /// The ICMP type in the high byte of `value` and `mask` and the code in the low byte, each a match
 /// where its byte of the mask is not 0. The type rides in the source port, the code in the
 /// destination port.
-inline void addIcmp(EntryLine& entry, std::uint32_t value, std::uint32_t mask) {
+inline void addIcmp(Entry& entry, std::uint32_t value, std::uint32_t mask) {
   if ((mask & 0xFF00) != 0) {
     entry.qualifiers.push_back(
         wordQualifier(VelmorTcam::qualifierL4SrcPort, value & 0xFF00, mask & 0xFF00));

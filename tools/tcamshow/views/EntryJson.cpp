@@ -1,12 +1,17 @@
 #include "views/EntryJson.h"
 
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include "snapshot/Members.h"
+
 namespace tcamshow {
 
 namespace {
 
-using Halvo::S64;
-using Halvo::U64;
 using pravo::Printer;
+using VelmorTcam::VelmorTcamEntryShadow;
 
 /// Both words of a record, by whatever way its kind is written.
 void printValueAndMask(const VelmorTcam::QualifierData& data, QualifierKind kind,
@@ -14,27 +19,28 @@ void printValueAndMask(const VelmorTcam::QualifierData& data, QualifierKind kind
   switch (kind) {
     case QualifierKind::word: {
       VelmorTcam::Qualifier const record = data.qual();
-      printer.attribute("value", record.value());
-      printer.attribute("mask", record.mask());
+      printer.attribute(valueName, record.value());
+      printer.attribute(maskName, record.mask());
       return;
     }
     case QualifierKind::ip: {
       VelmorTcam::Qualifier const record = data.qual();
-      printer.attribute("value",
+      printer.attribute(valueName,
                         Trelix::IpAddr::fromHostOrder(record.value()).stringValue().view());
-      printer.attribute("mask", Trelix::IpAddr::fromHostOrder(record.mask()).stringValue().view());
+      printer.attribute(maskName,
+                        Trelix::IpAddr::fromHostOrder(record.mask()).stringValue().view());
       return;
     }
     case QualifierKind::ip6: {
       VelmorTcam::Ip6AddrQualifier const record = data.ip6Qual();
-      printer.attribute("value", record.address().stringValue().view());
-      printer.attribute("mask", record.mask().stringValue().view());
+      printer.attribute(valueName, record.address().stringValue().view());
+      printer.attribute(maskName, record.mask().stringValue().view());
       return;
     }
     case QualifierKind::mac: {
       VelmorTcam::EthAddrQualifier const record = data.ethQual();
-      printer.attribute("value", record.address().stringValue().view());
-      printer.attribute("mask", record.mask().stringValue().view());
+      printer.attribute(valueName, record.address().stringValue().view());
+      printer.attribute(maskName, record.mask().stringValue().view());
       return;
     }
   }
@@ -42,7 +48,8 @@ void printValueAndMask(const VelmorTcam::QualifierData& data, QualifierKind kind
 
 // The shadow's collections have no order of their own; a table's lines are to be comparable.
 
-void printQualifiers(const VelmorTcam::VelmorTcamEntryShadow& shadow, Printer& printer) {
+void printRecords(const std::vector<Qualifier>&, const VelmorTcamEntryShadow& shadow,
+                  Printer& printer) {
   for (const QualifierName& known : qualifierList()) {
     auto const type = static_cast<VelmorTcam::QualifierType>(known.type);
     auto const status = shadow.qualifier(type);
@@ -50,21 +57,46 @@ void printQualifiers(const VelmorTcam::VelmorTcamEntryShadow& shadow, Printer& p
     if (!data) continue;
     printer.objectBegin(known.name);
     printValueAndMask(*data, known.kind, printer);
-    printer.attribute("status", +shadow.getHwQualStatus(type, type));
+    printer.attribute(std::get<0>(qualifierMembers).name, +shadow.getHwQualStatus(type, type));
     printer.objectEnd();
   }
 }
 
-void printRangeCheckers(const VelmorTcam::VelmorTcamEntryShadow& shadow, Printer& printer) {
+void printRecords(const std::vector<RangeChecker>&, const VelmorTcamEntryShadow& shadow,
+                  Printer& printer) {
+  auto const& [low, high, status] = rangeCheckerMembers;
   for (const RangeCheckerName& known : rangeCheckerList()) {
     auto const range = shadow.rangeChecker(static_cast<VelmorTcam::RangeCheckerType>(known.type));
     if (!range) continue;
     printer.objectBegin(known.name);
-    printer.attribute("low", range->low());
-    printer.attribute("high", range->high());
-    printer.attribute("status", +range->status());
+    printer.attribute(low.name, range->low());
+    printer.attribute(high.name, range->high());
+    printer.attribute(status.name, +range->status());
     printer.objectEnd();
   }
+}
+
+// --- members, each by its type in the model
+
+template <class Value>
+void printMember(std::string_view name, const Value& value, const VelmorTcamEntryShadow&,
+                 Printer& printer) {
+  printer.attribute(name, value);
+}
+void printMember(std::string_view name, Stage stage, const VelmorTcamEntryShadow&,
+                 Printer& printer) {
+  printer.attribute(name, stageName(stage).view());
+}
+void printMember(std::string_view name, Table table, const VelmorTcamEntryShadow&,
+                 Printer& printer) {
+  printer.attribute(name, tableName(table));
+}
+template <class Record>
+void printMember(std::string_view name, const std::vector<Record>& records,
+                 const VelmorTcamEntryShadow& shadow, Printer& printer) {
+  printer.objectBegin(name);
+  printRecords(records, shadow, printer);
+  printer.objectEnd();
 }
 
 }  // namespace
@@ -77,32 +109,12 @@ void printTableStart(Table table, Printer& printer) {
   printer.objectEnd();
 }
 
-void printEntry(const EntryLine& entry, const VelmorTcam::RequestKey& requestKey,
-                const VelmorTcam::RuleId& ruleId, const Halvo::String& description,
-                const VelmorTcam::VelmorTcamEntryShadow& shadow, U64 hits, Printer& printer) {
+void printEntry(const Entry& entry, const VelmorTcamEntryShadow& shadow, Printer& printer) {
   printer.objectBegin();
-  printer.attribute("type", "entry");
-  printer.attribute("stage", stageName(entry.place.stage).view());
-  printer.attribute("pipe", entry.place.pipe);
-  printer.attribute("groupPriority", entry.place.groupPriority);
-  printer.attribute("groupId", entry.place.groupId);
-  printer.attribute("copyId", entry.place.copyId);
-  printer.attribute("table", tableName(entry.table));
-  printer.attribute("shadowId", shadow.shadowId());
-  printer.attribute("sequence", ruleId.sequenceNum());
-  printer.attribute("priority", entry.priority);
-  printer.attribute("description", description.view());
-  printer.attribute("action", entry.action);
-  printer.attribute("hits", hits);
-  printer.attribute("counterStatus", shadow.counterStatus());
-  printer.attribute("featurePriority", entry.featurePriority);
-  printer.attribute("feature", requestKey.name().view());
-  printer.objectBegin("qualifiers");
-  printQualifiers(shadow, printer);
-  printer.objectEnd();
-  printer.objectBegin("rangeCheckers");
-  printRangeCheckers(shadow, printer);
-  printer.objectEnd();
+  printer.attribute("type", lineKindNames[static_cast<std::size_t>(LineKind::entry)]);
+  forEachMember<Entry>([&](auto const& member, auto) {
+    printMember(member.name, memberOf(entry, member), shadow, printer);
+  });
   printer.objectEnd();
 }
 

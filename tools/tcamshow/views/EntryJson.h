@@ -15,11 +15,8 @@ void printTableStart(Table table, pravo::Printer& printer);
 
 /// The entry as one object: the members and values of its line in a snapshot. All of its own
 /// members are there, also those that a snapshot leaves out because they are the default; of
-/// qualifiers and range checkers those that the shadow holds, by ascending number. The shadow, the
-/// key, the rule, the description and the hits say what they say; the rest comes from `entry`.
-void printEntry(const EntryLine& entry, const VelmorTcam::RequestKey& requestKey,
-                const VelmorTcam::RuleId& ruleId, const Halvo::String& description,
-                const VelmorTcam::VelmorTcamEntryShadow& shadow, VelmorTcam::U64 hits,
+/// qualifiers and range checkers those that the shadow holds, by ascending number.
+void printEntry(const Entry& entry, const VelmorTcam::VelmorTcamEntryShadow& shadow,
                 pravo::Printer& printer);
 
 }  // namespace tcamshow

@@ -31,7 +31,7 @@ void fill(VelmorTcam::VelmorTcamEntryShadow& shadow, const Qualifier& qualifier)
 
 }  // namespace
 
-Halvo::Ptr<const VelmorTcam::VelmorTcamEntryShadow> shadowOf(const EntryLine& entry) {
+Halvo::Ptr<const VelmorTcam::VelmorTcamEntryShadow> shadowOf(const Entry& entry) {
   auto shadow = Halvo::makePtr<VelmorTcam::VelmorTcamEntryShadow>(entry.shadowId);
   shadow->counterStatusIs(entry.counterStatus);
   for (const Qualifier& qualifier : entry.qualifiers) fill(*shadow, qualifier);

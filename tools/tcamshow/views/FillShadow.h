@@ -9,6 +9,6 @@ namespace tcamshow {
 
 /// The shadow of an entry: every qualifier and range checker with its status, the counters with
 /// theirs.
-Halvo::Ptr<const VelmorTcam::VelmorTcamEntryShadow> shadowOf(const EntryLine& entry);
+Halvo::Ptr<const VelmorTcam::VelmorTcamEntryShadow> shadowOf(const Entry& entry);
 
 }  // namespace tcamshow

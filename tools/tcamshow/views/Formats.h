@@ -15,18 +15,18 @@ namespace tcamshow {
 template <class Base>
 class EntryFormat : public Base {
  public:
-  void entryIs(const EntryLine& entry) noexcept { entry_ = &entry; }
-  const EntryLine& entry() const noexcept { return *entry_; }
+  void entryIs(const Entry& entry) noexcept { entry_ = &entry; }
+  const Entry& entry() const noexcept { return *entry_; }
 
-  void formatEntryRequestJson(const VelmorTcam::RequestKey& requestKey,
-                              const VelmorTcam::RuleId& ruleId, const Halvo::String& description,
+  void formatEntryRequestJson(const VelmorTcam::RequestKey&, const VelmorTcam::RuleId&,
+                              const Halvo::String&,
                               const VelmorTcam::VelmorTcamEntryShadow::PtrConst& entryShadow,
-                              VelmorTcam::U64 hits, pravo::Printer* printer) const override {
-    printEntry(entry(), requestKey, ruleId, description, *entryShadow, hits, *printer);
+                              VelmorTcam::U64, pravo::Printer* printer) const override {
+    printEntry(entry(), *entryShadow, *printer);
   }
 
  private:
-  const EntryLine* entry_ = nullptr;
+  const Entry* entry_ = nullptr;
 };
 
 /// A formatter of access lists whose action cell is the entry's action, as it stands, with no bar.

@@ -1,5 +1,6 @@
 #include "views/Inspect.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -7,7 +8,8 @@
 #include "Zel/Format/Format.h"
 #include "Zel/Types/ModuleInspectData.h"
 #include "Zel/Types/Reflect.h"
-#include "views/BuildUsage.h"
+#include "views/TextOutput.h"
+#include "views/UsageTree.h"
 
 namespace tcamshow {
 
@@ -24,7 +26,7 @@ using Zel::Value;
 /// Prints objects and values by their descriptors alone.
 class Walker {
  public:
-  explicit Walker(OutputBuffer& out) : out_(out) {}
+  explicit Walker(TextOutput& out) : out_(out) {}
 
   /// The attributes of what `holder` holds, an object or a record.
   void attributes(const Value& holder, std::size_t depth) {
@@ -41,7 +43,7 @@ class Walker {
   void root(const Halvo::Ptr<const Halvo::Node>& node) {
     Value const holder(node);
     out_.write(holder.text().view());
-    out_.write("\n");
+    out_.writeOwn("\n");
     attributes(holder, 1);
   }
 
@@ -54,8 +56,36 @@ class Walker {
     return Zel::attributeOp(*node, attribute, op, {}, result) == OpResult::done;
   }
 
+  /// A text form. The library writes U+0080 to U+009F as the escapes of their two bytes; they are
+  /// shown as every other view shows them.
+  void write(std::string_view text) {
+    constexpr std::string_view lead = "\\xc2\\x";
+    if (text.size() < lead.size() || text.find(lead) == text.npos) [[likely]]
+      return out_.write(text);
+    std::string shown;
+    for (std::size_t at = 0; at != text.size();) {
+      // An escaped backslash begins no other escape.
+      std::size_t const size = text[at] != '\\' ? 1 : text.substr(at, lead.size()) == lead ? 8 : 2;
+      if (size == 8) {
+        shown += {'\\', 'u', '{', upper(text[at + 6]), upper(text[at + 7]), '}'};
+      } else {
+        shown += text.substr(at, size);
+      }
+      at += size;
+    }
+    out_.write(shown);
+  }
+  static char upper(char digit) noexcept {
+    return digit >= 'a' ? static_cast<char>(digit - 'a' + 'A') : digit;
+  }
+
   void indent(std::size_t depth) {
-    for (; depth != 0; --depth) out_.write("  ");
+    static constexpr std::string_view blanks = "                                ";
+    for (std::size_t size = 2 * depth; size != 0;) {
+      std::size_t const count = std::min(size, blanks.size());
+      out_.writeOwn(blanks.substr(0, count));
+      size -= count;
+    }
   }
 
   void collection(const Value& holder, const Attribute& attribute, std::size_t depth) {
@@ -83,19 +113,19 @@ class Walker {
     const TypeDescriptor* const held = value.type();
     const TypeDescriptor& type = held != nullptr ? *held : attribute.type();
     bool const isInside = held != nullptr && !type.attributes.empty();
-    out_.write(type.name);
-    out_.write(" ");
-    out_.write(attribute.name);
-    out_.write(index.view());
+    out_.writeOwn(type.name);
+    out_.writeOwn(" ");
+    out_.writeOwn(attribute.name);
+    write(index.view());
     if (!isInside) {
-      out_.write(" = ");
-      out_.write(value.text().view());
+      out_.writeOwn(" = ");
+      write(value.text().view());
     }
-    out_.write("\n");
+    out_.writeOwn("\n");
     if (isInside) attributes(value, depth + 1);
   }
 
-  OutputBuffer& out_;
+  TextOutput& out_;
 };
 
 const char* kindName(TypeKind kind) {
@@ -112,7 +142,7 @@ const char* kindName(TypeKind kind) {
   return "basic";
 }
 
-void writeParameters(std::span<const Zel::TypeRef> types, OutputBuffer& out) {
+void writeParameters(std::span<const Zel::TypeRef> types, TextOutput& out) {
   const char* separator = "(";
   for (Zel::TypeRef const type : types) {
     if (type == nullptr) break;
@@ -123,7 +153,7 @@ void writeParameters(std::span<const Zel::TypeRef> types, OutputBuffer& out) {
   out.write(*separator == '(' ? "()" : ")");
 }
 
-void showAttribute(const Attribute& attribute, OutputBuffer& out) {
+void showAttribute(const Attribute& attribute, TextOutput& out) {
   out.write(Zel::_fmt("  %u %s %s", attribute.number, Zel::attributeKindName(attribute.kind),
                       attribute.name)
                 .view());
@@ -148,7 +178,7 @@ void showAttribute(const Attribute& attribute, OutputBuffer& out) {
   out.write("\n");
 }
 
-void showType(const TypeDescriptor& type, OutputBuffer& out) {
+void showType(const TypeDescriptor& type, TextOutput& out) {
   out.write(Zel::_fmt("%s: %s", type.name, kindName(type.kind)).view());
   if (type.base != nullptr) out.write(Zel::_fmt(", derives from %s", type.base->name).view());
   if (type.kind == TypeKind::value || type.create != nullptr) {
@@ -164,14 +194,16 @@ void showType(const TypeDescriptor& type, OutputBuffer& out) {
 
 }  // namespace
 
-void inspect(InputFile& snapshot, OutputBuffer& out) {
-  Usage const usage(snapshot);
+void inspect(Source& source, OutputBuffer& output) {
+  TextOutput out(output);
+  Usage const usage(source);
   Walker walker(out);
   walker.root(Halvo::Ptr<const Halvo::Node>::share(&usage.chip()));
   walker.root(summaryOf(usage));
 }
 
-void inspectTypes(OutputBuffer& out) {
+void inspectTypes(OutputBuffer& output) {
+  TextOutput out(output);
   for (const auto* module = Halvo::ModuleInspectData::first(); module != nullptr;
        module = module->next()) {
     if (module->module().name != std::string_view("VelmorTcamCliTypes")) continue;

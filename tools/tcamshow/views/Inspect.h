@@ -1,14 +1,14 @@
-// The command that prints what reflection knows.
+// What reflection knows.
 #pragma once
 
-#include "io/LineReader.h"
 #include "io/OutputBuffer.h"
+#include "snapshot/Source.h"
 
 namespace tcamshow {
 
-/// Reads a snapshot to its end and prints the usage tree and the summary that it makes, one line an
-/// attribute: type, name, value. What is inside something stands two blanks to its right.
-void inspect(InputFile& snapshot, OutputBuffer& out);
+/// Prints the usage tree and the summary of all that `source` gives, one line an attribute: type,
+/// name, value. What is inside something stands two blanks to its right.
+void inspect(Source& source, OutputBuffer& out);
 
 /// Prints the types of the library's type module: enumerations with their values, classes and value
 /// types with their attributes (number, kind, name, type, operations), those of their bases first.

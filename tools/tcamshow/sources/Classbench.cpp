@@ -1,15 +1,17 @@
-#include "sources/ImportClassbench.h"
+#include "sources/Classbench.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <limits>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "io/InputError.h"
+#include "io/LineReader.h"
+#include "io/SafeText.h"
 #include "snapshot/AddressText.h"
 #include "snapshot/Snapshot.h"
-#include "snapshot/SnapshotWriter.h"
 #include "sources/PortQualifiers.h"
 
 namespace tcamshow {
@@ -23,7 +25,7 @@ class FilterReader {
   FilterReader(const LineReader& lines, std::string_view text) : lines_(lines), rest_(text) {}
 
   /// Fills what the filter matches; `entry` is at its defaults.
-  void read(EntryLine& entry) {
+  void read(Entry& entry) {
     std::string_view source = field("source address");
     if (!source.starts_with('@')) fail("a filter begins with '@', not " + inQuotes(source));
     source.remove_prefix(1);
@@ -72,7 +74,7 @@ class FilterReader {
     bool isAll() const noexcept { return low == 0 && high == largestPort; }
   };
 
-  [[noreturn]] void fail(std::string message) const { lines_.fail(std::move(message)); }
+  [[noreturn]] void fail(const std::string& message) const { lines_.fail(message); }
 
   bool atEnd() const noexcept { return rest_.find_first_not_of(blanks) == rest_.npos; }
 
@@ -157,8 +159,7 @@ class FilterReader {
     return result;
   }
 
-  void addFlags(EntryLine& entry, const Masked& protocol, const Masked& flags,
-                bool allPorts) const {
+  void addFlags(Entry& entry, const Masked& protocol, const Masked& flags, bool allPorts) const {
     if (protocol.mask != 255) fail("flags: they need a protocol whose mask is 255");
     switch (protocol.value) {
       case protocolTcp: {
@@ -198,37 +199,57 @@ void describe(std::string_view filter, std::string& out) {
   }
 }
 
+class ClassbenchSource final : public Source {
+ public:
+  ClassbenchSource(InputFile file, Complaints& complaints)
+      : Source(complaints), lines_(std::move(file)) {}
+
+  const std::string& fileName() const noexcept override { return lines_.fileName(); }
+  std::uint64_t lineNumber() const noexcept override { return lines_.lineNumber(); }
+
+  Item next() override {
+    constexpr std::uint32_t largestPriority = std::numeric_limits<std::uint32_t>::max();
+    constexpr std::uint32_t mostFilters = largestPriority / 10;
+    std::string_view line;
+    do {
+      if (!lines_.next(line)) return Item::end;
+      if (line.find('\0') != line.npos) lines_.fail("the line holds a NUL byte");
+      if (line.ends_with('\r')) line.remove_suffix(1);
+    } while (line.starts_with('#') || line.find_first_not_of(blanks) == line.npos);
+    if (number_ == mostFilters) lines_.fail("too many filters: their sequence numbers end here");
+    ++number_;
+    entry_.clear();
+    FilterReader(lines_, line).read(entry_);
+    describe(line, description_);
+    entry_.shadowId = number_;
+    entry_.sequence = 10 * number_;
+    entry_.priority = largestPriority - number_;
+    entry_.description = description_;
+    entry_.action = "permit";
+    entry_.feature = "classbench";
+    return Item::entry;
+  }
+
+ private:
+  LineReader lines_;
+  std::string description_;
+  std::uint32_t number_ = 0;
+};
+
 }  // namespace
 
-void importClassbench(InputFile& file, OutputBuffer& out) {
-  constexpr std::uint32_t largestPriority = std::numeric_limits<std::uint32_t>::max();
-  constexpr std::uint32_t mostFilters = largestPriority / 10;
-  LineReader lines(file);
-  std::string text;
-  appendLine(text, Header());
-  out.write(text);
-
-  EntryLine entry;
-  std::string description;
-  std::uint32_t number = 0;
-  for (std::string_view line; lines.next(line);) {
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    if (line.starts_with('#') || line.find_first_not_of(blanks) == line.npos) continue;
-    if (number == mostFilters) lines.fail("too many filters: their sequence numbers end here");
-    ++number;
-    entry.clear();
-    FilterReader(lines, line).read(entry);
-    describe(line, description);
-    entry.shadowId = number;
-    entry.sequence = 10 * number;
-    entry.priority = largestPriority - number;
-    entry.description = description;
-    entry.action = "permit";
-    entry.feature = "classbench";
-    text.clear();
-    appendLine(text, entry);
-    out.write(text);
+bool resemblesClassbench(std::string_view start) noexcept {
+  while (!start.empty()) {
+    std::string_view const line = start.substr(0, start.find('\n'));
+    if (line.starts_with('@')) return true;
+    if (!line.starts_with('#') && line.find_first_not_of(" \t\r") != line.npos) return false;
+    start.remove_prefix(std::min(line.size() + 1, start.size()));
   }
+  return false;
+}
+
+std::unique_ptr<Source> openClassbench(InputFile file, Complaints& complaints) {
+  return std::make_unique<ClassbenchSource>(std::move(file), complaints);
 }
 
 }  // namespace tcamshow

@@ -1,14 +1,18 @@
-#include "views/BuildUsage.h"
+#include "views/UsageTree.h"
 
 #include <algorithm>
-#include <functional>
+#include <cstdint>
+#include <string>
 #include <unordered_set>
 
-#include "snapshot/SnapshotReader.h"
+#include "io/KeyedHash.h"
+#include "views/IdSet.h"
 
 namespace tcamshow {
 
 namespace {
+
+constexpr WarningKind repeatedId;
 
 using VelmorTcam::CliShowTcamSummaryGroupName;
 using VelmorTcam::CliShowTcamSummaryOrdered;
@@ -26,15 +30,19 @@ struct FeatureKey {
   std::string_view name;  // the feature's own
   friend bool operator==(const FeatureKey&, const FeatureKey&) = default;
 };
+std::uint64_t wordOf(const void* address) noexcept {
+  return reinterpret_cast<std::uintptr_t>(address);
+}
+
 struct FeatureKeyHash {
   std::size_t operator()(const FeatureKey& key) const noexcept {
-    return std::hash<std::string_view>{}(key.name) * 31 + std::hash<const void*>{}(key.bucket);
+    return static_cast<std::size_t>(keyedHash(wordOf(key.bucket), key.name));
   }
 };
 
 class UsageFiller {
  public:
-  explicit UsageFiller(CliShowTcamUsageChipInfo& chip) : chip_(chip) {}
+  UsageFiller(CliShowTcamUsageChipInfo& chip, Source& source) : chip_(chip), source_(source) {}
 
   /// The copy at a place. Most lines stand where the one before did.
   Usage::Copy& copyAt(const Place& place) {
@@ -46,12 +54,14 @@ class UsageFiller {
                   ->groupPerCopyInfoIs(place.copyId);
       place_ = place;
       bucket_.reset();
+      ids_ = nullptr;
     }
     return *copy_;
   }
 
-  void add(const EntryLine& line) {
+  void add(const Entry& line) {
     Usage::Copy& copy = copyAt(line.place);
+    checkId(copy, line.shadowId);
     CliShowTcamUsageFeatureInfo& feature = featureOf(copy, line);
     CliShowTcamUsageEntryInfo entry(line.priority, static_cast<std::uint32_t>(line.shadowId));
     entry.descriptionIs(line.description);
@@ -64,7 +74,7 @@ class UsageFiller {
   }
 
  private:
-  CliShowTcamUsageFeatureInfo& featureOf(Usage::Copy& copy, const EntryLine& line) {
+  CliShowTcamUsageFeatureInfo& featureOf(Usage::Copy& copy, const Entry& line) {
     if (bucket_ == nullptr || bucket_->featurePrio() != line.featurePriority) {
       bucket_ = copy.featurePrioBucketIs(line.featurePriority);
       feature_ = nullptr;
@@ -79,35 +89,46 @@ class UsageFiller {
     return *feature_;
   }
 
+  void checkId(const Usage::Copy& copy, std::uint64_t id) {
+    if (ids_ == nullptr) ids_ = &idSets_[&copy];
+    if (ids_->insert(id)) [[likely]]
+      return;
+    source_.warn(repeatedId, [&] {
+      return "entry: member \"shadowId\": an earlier entry of its place has " + std::to_string(id) +
+             " too";
+    });
+  }
+
   CliShowTcamUsageChipInfo& chip_;
+  Source& source_;
+  std::unordered_map<const Usage::Copy*, IdSet> idSets_;
   std::unordered_map<FeatureKey, CliShowTcamUsageFeatureInfo*, FeatureKeyHash> features_;
-  // Where the last line stood; the bucket and the feature are null where it had none.
+  // Where the last line stood; all but the copy are null where it had none.
   Place place_;
   Halvo::Ptr<Usage::Copy> copy_;
   Halvo::Ptr<CliShowTcamUsageFeaturePrioBucket> bucket_;
   CliShowTcamUsageFeatureInfo* feature_ = nullptr;
+  IdSet* ids_ = nullptr;
 };
 
 }  // namespace
 
-Usage::Usage(InputFile& snapshot) {
-  SnapshotReader reader(snapshot);
-  numPipes_ = reader.header().numPipes;
-  UsageFiller filler(*chip_);
+Usage::Usage(Source& source) : numPipes_(source.header().numPipes) {
+  UsageFiller filler(*chip_, source);
   for (;;) {
-    switch (reader.next()) {
-      case SnapshotReader::Line::end:
+    switch (source.next()) {
+      case Source::Item::end:
         return;
-      case SnapshotReader::Line::group: {
-        const GroupLine& line = reader.group();
+      case Source::Item::group: {
+        const Group& line = source.group();
         Copy& copy = filler.copyAt(line.place);
         copy.availableEntriesIs(line.availableEntries);
         copy.freeEntriesIs(line.freeEntries);
         groupNames_.emplace(&copy, line.name);
         break;
       }
-      case SnapshotReader::Line::entry:
-        filler.add(reader.entry());
+      case Source::Item::entry:
+        filler.add(source.entry());
         break;
     }
   }
@@ -145,7 +166,7 @@ class SummaryFiller {
   }
 
  private:
-  using Names = std::unordered_set<std::string_view>;  // of the tree's features
+  using Names = std::unordered_set<std::string_view, KeyedTextHash>;  // of the tree's features
 
   void placeAdd(CliShowTcamSummaryGroupName& group, const Usage::Copy& copy) {
     Names& names = recorded_[&group];

@@ -1,7 +1,8 @@
-#include "views/ShowUsage.h"
+#include "views/Usage.h"
 
 #include "Zel/Format/Format.h"
-#include "views/BuildUsage.h"
+#include "views/TextOutput.h"
+#include "views/UsageTree.h"
 
 namespace tcamshow {
 
@@ -9,7 +10,7 @@ namespace {
 
 namespace strings = VelmorTcam::displayStrings;
 
-void showEntries(const VelmorTcam::CliShowTcamUsageFeatureInfo& feature, OutputBuffer& out) {
+void showEntries(const VelmorTcam::CliShowTcamUsageFeatureInfo& feature, TextOutput& out) {
   for (const VelmorTcam::CliShowTcamUsageEntryInfo& entry : feature.entrySet()) {
     out.write(Zel::_fmt(strings::entryInfoFmt, entry.entryId(), Zel::_fmt("%12lu", entry.hits()),
                         entry.description())
@@ -19,7 +20,7 @@ void showEntries(const VelmorTcam::CliShowTcamUsageFeatureInfo& feature, OutputB
 
 // Composed here: the formatter's own group line takes the pipe as an unsigned number.
 void showGroup(std::uint32_t groupId, const Halvo::String& pipe, const Usage::Copy& copy,
-               OutputBuffer& out) {
+               TextOutput& out) {
   const char* const noun = copy.usedEntries() == 1 ? "entry" : "entries";
   out.write(Zel::_fmt(strings::groupInfoFmt, VelmorTcam::TcamGroupId(groupId).number(), pipe,
                       copy.usedEntries(), noun, copy.availableEntries())
@@ -28,12 +29,13 @@ void showGroup(std::uint32_t groupId, const Halvo::String& pipe, const Usage::Co
 
 }  // namespace
 
-void showUsage(InputFile& snapshot, OutputBuffer& out, bool detail) {
-  Usage const usage(snapshot);
+void showUsage(Source& source, OutputBuffer& output, bool detail) {
+  TextOutput out(output);
+  Usage const usage(source);
   auto const format = Halvo::makePtr<VelmorTcam::VelmorTcamCliFormat>();
   for (auto const& stage : stagesInOrder(usage.chip())) {
     out.write(Zel::_fmt(strings::stageHeaderFmt, stringValue(stage->stage())).view());
-    out.write("\n");
+    out.writeOwn("\n");
     for (auto const& [pipeId, pipe] : stage->pipeInfo()) {
       Halvo::String pipeName;
       if (usage.numPipes() > 1) pipeName = Zel::_fmt(strings::pipeHeaderFmt, pipeId);
@@ -49,16 +51,17 @@ void showUsage(InputFile& snapshot, OutputBuffer& out, bool detail) {
   }
 }
 
-void showSummary(InputFile& snapshot, OutputBuffer& out) {
-  Usage const usage(snapshot);
+void showSummary(Source& source, OutputBuffer& output) {
+  TextOutput out(output);
+  Usage const usage(source);
   auto const summary = summaryOf(usage);
   for (auto const& [name, group] : summary->tcamSummary()) {
     out.write(name.view());
-    out.write("\n");
+    out.writeOwn("\n");
     for (const Halvo::String& feature : group->tcamSummaryGroupName()) {
-      out.write("  ");
+      out.writeOwn("  ");
       out.write(feature.view());
-      out.write("\n");
+      out.writeOwn("\n");
     }
   }
 }

@@ -1,5 +1,3 @@
-#include "sources/ImportOpenconfig.h"
-
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -43,7 +41,7 @@ std::string lastEntry(const ProcessResult& result) {
          line.substr(matches, line.size() - matches - 2);
 }
 
-TEST(ImportOpenconfig, WritesGroupsAndEntries) {
+TEST(Openconfig, WritesGroupsAndEntries) {
   ProcessResult const result = import(document(
       R"("first":{"config":{"name":"first","type":"ACL_IPV4","description":"x"},)"
       R"("acl-entries":{"acl-entry":{)"
@@ -67,7 +65,7 @@ TEST(ImportOpenconfig, WritesGroupsAndEntries) {
       R"("qualifierIpProtocol":{"value":6,"mask":255}}})"
       "\n"
       R"({"type":"entry","groupId":1,"table":"ip","shadowId":2,"sequence":10,"priority":4294967285,)"
-      R"("action":"permit","feature":"first","qualifiers":{)"
+      R"("description":"permit ip any host 1.2.3.4","action":"permit","feature":"first","qualifiers":{)"
       R"("qualifierDstIp":{"value":"1.2.3.4","mask":"255.255.255.255"}}})"
       "\n"
       R"({"type":"group","groupId":2,"name":"empty"})"
@@ -75,11 +73,11 @@ TEST(ImportOpenconfig, WritesGroupsAndEntries) {
       R"({"type":"group","groupId":3,"name":"second"})"
       "\n"
       R"({"type":"entry","groupId":3,"table":"mac","shadowId":3,"sequence":4294967295,"priority":0,)"
-      R"("action":"permit","feature":"second"})"
+      R"("description":"permit any any","action":"permit","feature":"second"})"
       "\n");
 }
 
-TEST(ImportOpenconfig, MakesQualifiers) {
+TEST(Openconfig, MakesQualifiers) {
   struct Row {
     const char* members;
     const char* entry;
@@ -120,7 +118,7 @@ TEST(ImportOpenconfig, MakesQualifiers) {
   }
 }
 
-TEST(ImportOpenconfig, TakesTheFamilyFromTheOtherEntries) {
+TEST(Openconfig, TakesTheFamilyFromTheOtherEntries) {
   std::string const port = R"("transport":{"config":{"source-port":5}})";
   std::string const icmp = R"("ip":{"config":{"protocol":"IP_ICMP"}})";
   std::string const ip = R"("ip":{"config":{"source-ip-address":"1.2.3.4/32"}})";
@@ -155,18 +153,23 @@ TEST(ImportOpenconfig, TakesTheFamilyFromTheOtherEntries) {
             R"(ip6 ,"qualifiers":{"qualifierIpProtocol":{"value":58,"mask":255}})");
 }
 
-TEST(ImportOpenconfig, WarnsOfInputInterfaces) {
-  ProcessResult const result = import(document(acl(
-      "A",
-      entry("1", R"("input_interface":{"interface_ref":{"config":{"interface":"Ethernet0"}}})"))));
-  EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.err,
-            "tcamshow: <stdin>:1: warning: ACL \"A\", entry \"1\": member \"input_interface\": no "
-            "qualifier carries an input interface\n");
-  EXPECT_EQ(lastEntry(result), "mac ");
+TEST(Openconfig, WarnsOfInputInterfacesOnce) {
+  std::string const interface =
+      R"("input_interface":{"interface_ref":{"config":{"interface":"Ethernet0"}}})";
+  std::string const warning =
+      "tcamshow: <stdin>:1: warning: ACL \"A\", entry \"1\": member \"input_interface\": no "
+      "qualifier carries an input interface";
+  ProcessResult const one = import(document(acl("A", entry("1", interface))));
+  EXPECT_EQ(one.status, 0);
+  EXPECT_EQ(one.err, warning + "\n");
+  EXPECT_EQ(lastEntry(one), "mac ");
+  ProcessResult const three = import(document(
+      acl("A", entry("1", interface) + "," + entry("2", interface) + "," + entry("3", interface))));
+  EXPECT_EQ(three.status, 0);
+  EXPECT_EQ(three.err, warning + " (and 2 more)\n");
 }
 
-TEST(ImportOpenconfig, RefusesBadEntries) {
+TEST(Openconfig, RefusesBadEntries) {
   struct Row {
     const char* members;
     const char* error;
@@ -242,11 +245,11 @@ TEST(ImportOpenconfig, RefusesBadEntries) {
   }
 }
 
-TEST(ImportOpenconfig, RefusesBadDocuments) {
+TEST(Openconfig, RefusesBadDocuments) {
   std::string const action = R"("actions":{"config":{"forwarding-action":"ACCEPT"}})";
   struct Row {
     std::string text;
-    const char* error;
+    std::string error;
   };
   Row const rows[] = {
       {"[]", "the document is not a JSON object"},
@@ -255,9 +258,10 @@ TEST(ImportOpenconfig, RefusesBadDocuments) {
       {R"({"acl":{"acl-sets":{}}})", R"(member "acl.acl-sets.acl-set" is missing)"},
       {R"({"acl":{"acl-sets":{"acl-set":[]}}})",
        R"(member "acl.acl-sets.acl-set": an array is not an object)"},
-      {R"({"acl":{},"x":1})", R"(member "x" is not known)"},
-      {document(R"("A":1)"), R"(ACL "A": 1 is not an object)"},
-      {document(R"("A\n":{})"), R"(ACL "A\x0a": member "name": "A\x0a" holds a control character)"},
+      {R"({"x":1,"acl":{}})", R"(member "x" is not known)"},
+      {R"({"ACL":1})", R"(member "ACL" is not known; did you mean "acl"?)"},
+      {document(R"("A\n":{})"),
+       R"(ACL "A\u{A}": member "name": "A\u{A}" holds a control character)"},
       {document(R"("A":{"x":1})"), R"(ACL "A": member "x" is not known)"},
       {document(R"("A":{"config":{"name":"B"}})"),
        R"(ACL "A": member "config.name": "B" is not the ACL's name)"},
@@ -275,7 +279,7 @@ TEST(ImportOpenconfig, RefusesBadDocuments) {
       {document(acl("A", R"("1":{"config":{"sequence-id":1,"x":1}})")),
        R"(ACL "A", entry "1": member "config.x" is not known)"},
       {document(acl("A", R"("1":{"config":{"description":"\u0007"}})")),
-       R"(ACL "A", entry "1": member "config.description": "\x07" holds a control character)"},
+       R"(ACL "A", entry "1": member "config.description": "\u{7}" holds a control character)"},
       {document(acl("A", R"("1":{"actions":{"config":{"forwarding-action":"LOG"}}})")),
        R"(ACL "A", entry "1": member "actions.config.forwarding-action": "LOG" is not a known action)"},
       {document(acl("A", entry("1", "") + R"(,"2":{"config":{"sequence-id":1},)" + action + "}")),
@@ -284,8 +288,38 @@ TEST(ImportOpenconfig, RefusesBadDocuments) {
                 entry("1", R"("ip":{"config":{"protocol":58}})") + "}}}"),
        R"(ACL "A", entry "1": member "config.type" of the ACL: it is not of the entry's family)"},
       {document(acl("A", entry("1", "") + "," + entry("1", ""))),
-       R"(member "acl.acl-sets.acl-set.A.acl-entries.acl-entry.1" stands twice)"},
-      {std::string(100, '['), "nested deeper than 64 values"},
+       R"(ACL "A": member "acl-entries.acl-entry.1" stands twice)"},
+      {document(R"("A":{},"B":{},"\u0041":{},"B":{})"),
+       R"(member "acl.acl-sets.acl-set.A" stands twice)"},
+      {document(R"("A":{"config":{},"config":{}})"), R"(ACL "A": member "config" stands twice)"},
+      {document(R"("A":{"acl-entry":{}})"), R"(ACL "A": member "acl-entry" is not known)"},
+      {document(R"("A":{"acl-entires":{}})"),
+       R"(ACL "A": member "acl-entires" is not known; did you mean "acl-entries"?)"},
+      {document(acl("A", entry("1", R"("ip":{"config":{"sorce-ip-address":""}})"))),
+       R"(ACL "A", entry "1": member "ip.config.sorce-ip-address" is not known; did you mean "source-ip-address"?)"},
+      {document(acl("A", entry("1", R"("icmp":{"config":{"type":1e400}})"))),
+       R"(ACL "A", entry "1": member "icmp.config.type": 1e400 is not a number from 0 to 255)"},
+      {document(acl("A", entry("1", R"("icmp":{"config":{"type":-0}})"))),
+       R"(ACL "A", entry "1": member "icmp.config.type": -0 is not a number from 0 to 255)"},
+      {document(acl("A", entry("1", R"("input_interface":")" + std::string(40000, 'x') + "\""))),
+       R"(ACL "A", entry "1": member "input_interface": ")" + std::string(60, 'x') +
+           R"(..." is not an object)"},
+      {document(
+           acl("A", entry("1", R"("input_interface":{"x":")" + std::string(40000, 'x') + "\"}"))),
+       R"(ACL "A", entry "1": member "input_interface": the text is longer than 32 KiB)"},
+      {document(acl("A", entry("1", R"("input_interface":{"x":["a\u001b"]})"))),
+       R"(ACL "A", entry "1": member "input_interface": "a\u{1B}" holds a control character)"},
+      {R"({"acl":)" + std::string(63, '[') + std::string(63, ']') + "}",
+       R"(member "acl": an array is not an object)"},
+      {R"({"acl":)" + std::string(64, '[') + std::string(64, ']') + "}",
+       R"(nested deeper than 64 values, at byte 71, member "acl")"},
+      {R"({"acl":)" + std::string(100000, '['),
+       R"(nested deeper than 64 values, at byte 71, member "acl")"},
+      {std::string(100, '['), "the document is not a JSON object"},
+      {"17", "the document is not a JSON object"},
+      {std::string("{\0}", 3), "the document holds a NUL byte"},
+      {document("") + std::string("\0", 1), "the document holds a NUL byte"},
+      {std::string("\0", 1), "the document holds a NUL byte"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.text);
@@ -294,16 +328,144 @@ TEST(ImportOpenconfig, RefusesBadDocuments) {
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.status, 1);
   }
-  for (std::string const text : {"", "{", "{\"acl\":}", "{\"acl\":\"\xFF\"}", "{} {}", "nul"}) {
-    SCOPED_TRACE(text);
-    ProcessResult const result = import("\n " + text);
-    EXPECT_EQ(result.err.substr(0, 36), "tcamshow: <stdin>:2: not valid JSON:");
+  Row const secondLineRows[] = {
+      {"", "the document is empty"},
+      {"{", "not valid JSON: the document does not end where the object does, at byte 3"},
+      {R"({"acl":})", R"(not valid JSON, at byte 9, member "acl")"},
+      {"{\"acl\":\"\xFF\"}", R"(not valid UTF-8, at byte 10, member "acl")"},
+      {"{} {}", "not valid JSON: something follows the object, at byte 5"},
+      {"nul", "the document is not a JSON object"},
+      {R"({"a":01})", R"(not valid JSON, at byte 8, member "a")"},
+      {R"({"a":"\x"})",
+       R"(not valid JSON: a bad escape stands in a string, at byte 8, member "a")"},
+      // What nobody reads is checked too.
+      {document(acl("A", entry("1", R"("input_interface":{"x":tru})"))),
+       R"(not valid JSON, at byte 173, member "acl.acl-sets.acl-set.A.acl-entries.acl-entry.1.input_interface.x")"},
+  };
+  for (const Row& row : secondLineRows) {
+    SCOPED_TRACE(row.text);
+    ProcessResult const result = import("\n " + row.text);
+    EXPECT_EQ(result.err, "tcamshow: <stdin>:2: " + row.error + "\n");
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(result.status, 1);
   }
 }
 
-TEST(ImportOpenconfig, ReadsRealDocuments) {
+TEST(Openconfig, TellsTheLineOfARepeatedName) {
+  std::string const second = "\n,\"B\":{}\n,\n\"A\":\n{}";
+  EXPECT_EQ(import(document("\"A\":{}" + second)).err,
+            "tcamshow: <stdin>:5: member \"acl.acl-sets.acl-set.A\" stands twice\n");
+  EXPECT_EQ(import(document("\"A\":{}" + second + "," + acl("C", "\"1\":1"))).err,
+            "tcamshow: <stdin>:5: ACL \"C\", entry \"1\": 1 is not an object\n");
+}
+
+TEST(Openconfig, LeavesOutWhatIsNoAcl) {
+  ProcessResult const one = import(document("\"updated\":\"2024-05-01T00:00:00Z\",\"A\":{}"));
+  EXPECT_EQ(one.status, 0);
+  EXPECT_EQ(one.err,
+            "tcamshow: <stdin>:1: warning: member \"acl.acl-sets.acl-set.updated\": "
+            "\"2024-05-01T00:00:00Z\" is not an ACL, and is left out\n");
+  EXPECT_EQ(one.out,
+            "{\"type\":\"snapshot\",\"version\":1}\n"
+            "{\"type\":\"group\",\"groupId\":1,\"name\":\"A\"}\n");
+  // Once, with the count.
+  ProcessResult const many = import(document("\"A\":{},\n\"a\":1,\n\"b\":[2],\"c\":null"));
+  EXPECT_EQ(many.status, 0);
+  EXPECT_EQ(many.err,
+            "tcamshow: <stdin>:2: warning: member \"acl.acl-sets.acl-set.a\": 1 is not an ACL, and "
+            "is left out (and 2 more)\n");
+}
+
+TEST(Openconfig, PutsWhatMatchesEverythingIntoTheTableOfItsAcl) {
+  auto const lastOf = [](const std::string& type, const std::string& entries) {
+    return lastEntry(import(document(R"("A":{"config":{"type":")" + type +
+                                     R"("},"acl-entries":{"acl-entry":{)" + entries + "}}}")));
+  };
+  std::string const ip = entry("1", R"("ip":{"config":{"source-ip-address":"1.2.3.4/8"}})");
+  std::string const vlan = R"("l2":{"config":{"vlan-id":5}})";
+  struct Row {
+    const char* type;
+    std::string entries;
+    const char* entry;
+  };
+  Row const rows[] = {
+      {"ACL_IPV4", entry("1", ""), "ip "},
+      {"ACL_IPV6", entry("1", ""), "ip6 "},
+      {"ACL_IPV4", ip + "," + entry("2", ""), "ip "},
+      {"ACL_IPV4", entry("1", R"("ip":{"config":{"protocol":0}})"), "ip "},
+      {"ACL_IPV6", entry("1", R"("transport":{"config":{"source-port":"ANY"}})"), "ip6 "},
+      {"ACL_IPV6", entry("1", R"("input_interface":{"x":"Ethernet0"})"), "ip6 "},
+      {"ACL_MIXED", entry("1", ""), "mac "},
+      {"ACL_L2", ip + "," + entry("2", ""), "mac "},
+      // It does not match everything.
+      {"ACL_IPV4", entry("1", vlan),
+       R"(mac ,"qualifiers":{"qualifierOuterVlanId":{"value":5,"mask":4095}})"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.entries);
+    EXPECT_EQ(lastOf(row.type, row.entries), row.entry);
+  }
+}
+
+TEST(Openconfig, DescribesAnEntryByItsMatch) {
+  struct Row {
+    const char* members;
+    const char* description;
+  };
+  Row const rows[] = {
+      {"", "permit any any"},
+      {R"("ip":{"config":{"protocol":"IP_TCP","source-ip-address":"10.0.0.0/8"}})",
+       "permit tcp 10.0.0.0/8 any"},
+      {R"("ip":{"config":{"source-ip-address":"::/0","destination-ip-address":"2001:db8::1/128"}})",
+       "permit ipv6 any host 2001:db8::1"},
+      {R"("ip":{"config":{"protocol":126,"source-ip-address":"2001:db8::/33"}})",
+       "permit protocol 126 2001:db8::/33 any"},
+      {R"("ip":{"config":{"protocol":17}},"transport":{"config":{"source-port":"4640..4687","destination-port":"1024..2047"}})",
+       "permit udp any range 4640 4687 any range 1024 2047"},
+      {R"("ip":{"config":{"protocol":6}},"transport":{"config":{"destination-port":22,"tcp-flags":["TCP_SYN","TCP_ACK"]}})",
+       "permit tcp any any eq 22 flags syn,ack"},
+      {R"("ip":{"config":{"protocol":1}},"icmp":{"config":{"type":8,"code":0}})",
+       "permit icmp any type 8 any code 0"},
+      {R"("ip":{"config":{"protocol":58}},"icmp":{"config":{"code":4}})",
+       "permit icmpv6 any any code 4"},
+      {R"("l2":{"config":{"vlan-id":100,"ethertype":"ETHERTYPE_LLDP"}})",
+       "permit any any vlan 100 ethertype 0x88cc"},
+      {R"("l2":{"config":{"source-mac":"00:11:22:33:44:55","destination-mac":"01:00:5e:00:00:00","destination-mac-mask":"ff:ff:ff:00:00:00"}})",
+       "permit host 00:11:22:33:44:55 01:00:5e:00:00:00/ff:ff:ff:00:00:00"},
+      {R"("l2":{"config":{"source-mac":"00:11:22:33:44:55"}},"ip":{"config":{"protocol":47}})",
+       "permit gre any any from host 00:11:22:33:44:55"},
+      {R"("input_interface":{"interface_ref":{"config":{"interface":"Ethernet0,Ethernet4"}}})",
+       "permit any any, input interface Ethernet0,Ethernet4"},
+      {R"("input_interface":{"x":[{"y":"Ethernet0"},{"y":"\u0045thernet4"},5]})",
+       "permit any any, input interface Ethernet0,Ethernet4,5"},
+      {R"("input_interface":{})", "permit any any"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.members);
+    ProcessResult const result = import(document(acl("A", entry("1", row.members))));
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(
+        result.out.find(R"("description":")" + std::string(row.description) + R"(","action")"),
+        std::string::npos)
+        << result.out;
+  }
+  // Its own description stands, and the interface behind it.
+  EXPECT_NE(import(document(acl("A", R"("1":{"config":{"sequence-id":1,"description":"mine"},)"
+                                     R"("actions":{"config":{"forwarding-action":"DROP"}},)"
+                                     R"("input_interface":{"x":"Ethernet0"}})")))
+                .out.find(R"("description":"mine, input interface Ethernet0","action":"deny")"),
+            std::string::npos);
+}
+
+TEST(Openconfig, SkipsAByteOrderMark) {
+  std::string const text = document(acl("A", entry("1", "")));
+  EXPECT_EQ(import("\xEF\xBB\xBF" + text).out, import(text).out);
+  EXPECT_EQ(import("\xEF\xBB\xBF" + text).status, 0);
+  EXPECT_EQ(import("\xEF\xBB\xBF\xEF\xBB\xBF" + text).err,
+            "tcamshow: <stdin>:1: the document is not a JSON object\n");
+}
+
+TEST(Openconfig, ReadsRealDocuments) {
   std::filesystem::path const directory =
       std::filesystem::path(TCAMSHOW_SHARED_DATA) / "openconfig";
   if (!std::filesystem::exists(directory)) GTEST_SKIP() << "no documents";
@@ -329,15 +491,15 @@ TEST(ImportOpenconfig, ReadsRealDocuments) {
     ProcessResult const result = runTcamshow({"import", "openconfig", directory / row.name});
     ASSERT_EQ(result.status, 0) << result.err;
     TemporaryFile const snapshot(result.out);
-    InputFile file(snapshot.path());
-    SnapshotReader reader(file);
+    Complaints complaints;
+    auto const reader = openSnapshot(InputFile(snapshot.path()), complaints);
     std::size_t groups = 0;
     std::size_t tables[4] = {};
-    for (SnapshotReader::Line line; (line = reader.next()) != SnapshotReader::Line::end;) {
-      if (line == SnapshotReader::Line::group) {
+    for (Source::Item item; (item = reader->next()) != Source::Item::end;) {
+      if (item == Source::Item::group) {
         ++groups;
       } else {
-        ++tables[static_cast<std::size_t>(reader.entry().table)];
+        ++tables[static_cast<std::size_t>(reader->entry().table)];
       }
     }
     EXPECT_EQ(groups, row.groups);

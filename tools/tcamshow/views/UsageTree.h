@@ -1,4 +1,4 @@
-// The usage tree and the summary that a snapshot makes.
+// The usage tree and the summary that groups and entries make.
 #pragma once
 
 #include <cstdint>
@@ -9,11 +9,11 @@
 #include "Halvo/Ptr.h"
 #include "Halvo/String.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
-#include "io/LineReader.h"
+#include "snapshot/Source.h"
 
 namespace tcamshow {
 
-/// A snapshot as a usage tree, and what the tree has no place for.
+/// Groups and entries as a usage tree, and what the tree has no place for.
 ///
 /// Invariant: a copy's used entries are the entries below it, and so are a feature's; features of
 /// one name in one bucket are one. Of entries that are equal the first one is kept.
@@ -21,12 +21,12 @@ class Usage {
  public:
   using Copy = VelmorTcam::CliShowTcamUsageGroupPerCopyInfo;
 
-  /// Reads the snapshot to its end, and throws as SnapshotReader does.
-  explicit Usage(InputFile& snapshot);
+  /// Takes all that the source gives. Warns of an id that a place has twice.
+  explicit Usage(Source& source);
 
   const VelmorTcam::CliShowTcamUsageChipInfo& chip() const noexcept { return *chip_; }
   std::uint8_t numPipes() const noexcept { return numPipes_; }
-  /// The name of a copy's group; empty where the snapshot has no line for it.
+  /// The name of a copy's group; empty where none was given.
   std::string_view groupName(const Copy& copy) const;
 
  private:

@@ -1,0 +1,19 @@
+// The commands, each in the file of its name.
+#pragma once
+
+#include <memory>
+
+#include "commands/Command.h"
+
+namespace tcamshow {
+
+std::unique_ptr<Command> ipCommand();
+std::unique_ptr<Command> ip6Command();
+std::unique_ptr<Command> macCommand();
+std::unique_ptr<Command> tcamCommand();
+std::unique_ptr<Command> usageCommand();
+std::unique_ptr<Command> summaryCommand();
+std::unique_ptr<Command> inspectCommand();
+std::unique_ptr<Command> importCommand();
+
+}  // namespace tcamshow

@@ -1,0 +1,42 @@
+#include <CLI/CLI.hpp>
+
+#include "views/Inspect.h"
+
+#include "commands/Commands.h"
+#include "io/InputFile.h"
+#include "sources/Formats.h"
+
+namespace tcamshow {
+namespace {
+
+/// `inspect FILE`, `inspect --types`
+class InspectCommand final : public Command {
+ public:
+  InspectCommand()
+      : Command("inspect", "The usage tree and the summary, attribute by attribute",
+                "inspect acl.jsonl") {}
+
+  ExitStatus run(const Run& run) override {
+    if (showsTypes_) {
+      inspectTypes(run.out);
+    } else {
+      inspect(*openAs(snapshotFormat(), InputFile(file_.path()), run.complaints), run.out);
+    }
+    return ExitStatus::done;
+  }
+
+ private:
+  void declareOptions(CLI::App& command) override {
+    command.add_flag("--types", showsTypes_, "The library's types in their place; reads no file");
+    file_.declare(command);
+  }
+
+  bool showsTypes_ = false;
+  FileArgument file_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> inspectCommand() { return std::make_unique<InspectCommand>(); }
+
+}  // namespace tcamshow

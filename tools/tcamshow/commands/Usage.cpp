@@ -1,0 +1,29 @@
+#include <CLI/CLI.hpp>
+
+#include "commands/Commands.h"
+#include "views/Usage.h"
+
+namespace tcamshow {
+namespace {
+
+class UsageCommand final : public ViewCommand {
+ public:
+  UsageCommand()
+      : ViewCommand("usage", "What uses the TCAM: stages, groups and features",
+                    "usage --detail acl.jsonl") {}
+
+ private:
+  void declareOptions(CLI::App& command) override {
+    command.add_flag("--detail", hasDetail_, "The entries of each feature too");
+    ViewCommand::declareOptions(command);
+  }
+  void show(Source& source, const Run& run) override { showUsage(source, run.out, hasDetail_); }
+
+  bool hasDetail_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> usageCommand() { return std::make_unique<UsageCommand>(); }
+
+}  // namespace tcamshow

@@ -1,0 +1,145 @@
+// The members of a snapshot's lines: one table for all who read, write, print or explain them.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+#include "snapshot/NameTable.h"
+#include "snapshot/Snapshot.h"
+
+namespace tcamshow {
+
+/// The kinds of lines, by their `type`.
+enum class LineKind : std::uint8_t { header, group, entry };
+inline constexpr NameTable lineKindNames({"snapshot", "group", "entry"});
+
+enum class Presence : std::uint8_t {
+  optional,  ///< its default where it is not there; written where it differs from that
+  always,    ///< its default where it is not there; always written
+  required,  ///< an error where it is not there; always written
+};
+
+/// One member. Its range and form are those of its type in the model, its default is the model's.
+template <class OwnerType, class ValueType>
+struct Member {
+  using Owner = OwnerType;
+  using Value = ValueType;
+
+  constexpr Member(std::string_view memberName, Value Owner::*member,
+                   Presence memberPresence = Presence::optional) noexcept
+      : name(memberName), at(member), presence(memberPresence) {}
+
+  std::string_view name;
+  Value Owner::*at;
+  Presence presence;
+};
+
+/// All members but `type`, in the order in which they are written. A member of Place belongs to the
+/// lines that have a place.
+inline constexpr std::tuple members{
+    Member("version", &Header::version, Presence::required),
+    Member("numPipes", &Header::numPipes),
+    Member("stage", &Place::stage),
+    Member("pipe", &Place::pipe),
+    Member("groupPriority", &Place::groupPriority),
+    Member("groupId", &Place::groupId),
+    Member("copyId", &Place::copyId),
+    Member("name", &Group::name),
+    Member("availableEntries", &Group::availableEntries),
+    Member("freeEntries", &Group::freeEntries),
+    Member("table", &Entry::table, Presence::required),
+    Member("shadowId", &Entry::shadowId, Presence::required),
+    Member("sequence", &Entry::sequence, Presence::always),
+    Member("priority", &Entry::priority, Presence::always),
+    Member("description", &Entry::description),
+    Member("action", &Entry::action),
+    Member("hits", &Entry::hits),
+    Member("counterStatus", &Entry::counterStatus),
+    Member("featurePriority", &Entry::featurePriority),
+    Member("feature", &Entry::feature),
+    Member("qualifiers", &Entry::qualifiers),
+    Member("rangeCheckers", &Entry::rangeCheckers),
+};
+inline constexpr std::size_t memberCount = std::tuple_size_v<decltype(members)>;
+static_assert(memberCount <= 32);
+
+/// The members of the records in `qualifiers` and `rangeCheckers`. A qualifier's value and mask
+/// have the form of its kind, both are required; the others are as above.
+inline constexpr std::string_view valueName = "value";
+inline constexpr std::string_view maskName = "mask";
+inline constexpr std::tuple qualifierMembers{
+    Member("status", &Qualifier::status),
+};
+inline constexpr std::tuple rangeCheckerMembers{
+    Member("low", &RangeChecker::low, Presence::required),
+    Member("high", &RangeChecker::high, Presence::required),
+    Member("status", &RangeChecker::status),
+};
+
+/// The kind of line that a Header, Group or Entry is.
+template <class Line>
+constexpr LineKind lineKind = std::is_same_v<Line, Header>  ? LineKind::header
+                              : std::is_same_v<Line, Group> ? LineKind::group
+                                                            : LineKind::entry;
+
+/// Whether a Line has the members of Owner.
+template <class Line, class Owner>
+constexpr bool hasMembersOf = std::is_same_v<Line, Owner> ||
+                              (std::is_same_v<Owner, Place> && !std::is_same_v<Line, Header>);
+
+/// The member's value in a line that has it.
+template <class Line, class Owner, class Value>
+constexpr auto& memberOf(Line& line, const Member<Owner, Value>& member) noexcept {
+  if constexpr (std::is_same_v<Owner, Place>) {
+    return line.place.*member.at;
+  } else {
+    return line.*member.at;
+  }
+}
+
+/// Calls `use(member, index)` for each member that a Line has, in order, with its index in
+/// `members`.
+template <class Line, class Use>
+constexpr void forEachMember(const Use& use) {
+  auto const each = [&]<std::size_t index>(std::integral_constant<std::size_t, index>) {
+    constexpr auto& member = std::get<index>(members);
+    if constexpr (hasMembersOf<Line, typename std::decay_t<decltype(member)>::Owner>) {
+      use(member, std::integral_constant<std::size_t, index>());
+    }
+  };
+  [&]<std::size_t... indices>(std::index_sequence<indices...>) {
+    (each(std::integral_constant<std::size_t, indices>()), ...);
+  }
+  (std::make_index_sequence<memberCount>());
+}
+
+/// The names of `members`, each with its index there, and behind them "type".
+inline constexpr auto memberNames = []<std::size_t... indices>(std::index_sequence<indices...>) {
+  return NameTable({std::get<indices>(members).name..., std::string_view("type")});
+}
+(std::make_index_sequence<memberCount>());
+inline constexpr std::size_t memberType = memberCount;
+
+/// The members of a Line, a bit for each at its index in memberNames: all of them, with the type,
+/// and those that are required.
+template <class Line>
+constexpr std::uint32_t memberBits(bool onlyRequired) noexcept {
+  std::uint32_t bits = onlyRequired ? 0 : std::uint32_t{1} << memberType;
+  forEachMember<Line>([&](auto const& member, auto index) {
+    if (!onlyRequired || member.presence == Presence::required) bits |= std::uint32_t{1} << index();
+  });
+  return bits;
+}
+
+/// The default of a member, as the model has it.
+template <class Owner, class Value>
+Value usualValue(const Member<Owner, Value>& member) {
+  return Owner().*member.at;
+}
+
+}  // namespace tcamshow

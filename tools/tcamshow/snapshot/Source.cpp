@@ -1,0 +1,7 @@
+#include "snapshot/Source.h"
+
+namespace tcamshow {
+
+Source::~Source() = default;
+
+}  // namespace tcamshow

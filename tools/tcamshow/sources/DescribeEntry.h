@@ -1,0 +1,17 @@
+// A description for an entry that has none.
+#pragma once
+
+#include <string>
+
+#include "snapshot/Snapshot.h"
+
+namespace tcamshow {
+
+/// Appends what the entry does and what it matches, as one would write it in an access list:
+///
+///     permit tcp any range 1024 2000 host 192.0.2.80 eq 443 flags syn
+///
+/// Every qualifier and range checker that the entry has is named.
+void appendDescription(const Entry& entry, std::string& out);
+
+}  // namespace tcamshow
