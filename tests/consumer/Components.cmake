@@ -29,7 +29,7 @@ foreach(library VelmorPlatform VelmorTcamCliHelper)
   endif()
 endforeach()
 expect_equal("tool" "${tool}"
-  "${BIN}/tcamshow;share/bash-completion/completions/tcamshow;share/man/man1/tcamshow.1;share/zsh/site-functions/_tcamshow")
+  "${BIN}/tcamshow;share/bash-completion/completions/tcamshow;share/doc/tcamshow/examples/acl.jsonl;share/doc/tcamshow/examples/snapshot/from-csv.py;share/doc/tcamshow/examples/snapshot/from-json.jq;share/doc/tcamshow/examples/snapshot/rules.csv;share/doc/tcamshow/examples/snapshot/rules.json;share/doc/tcamshow/tcamshow.md;share/man/man1/tcamshow.1;share/zsh/site-functions/_tcamshow")
 foreach(file ${LIB}/libVelmorPlatform.so ${LIB}/libVelmorTcamCliHelper.so
     ${LIB}/pkgconfig/velmor-platform.pc ${LIB}/pkgconfig/velmor-tcam-cli-helper.pc
     ${LIB}/cmake/VelmorTcamCliHelper/VelmorTcamCliHelperConfig.cmake

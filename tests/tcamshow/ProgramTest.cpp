@@ -4,14 +4,18 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <bit>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Process.h"
 #include "TemporaryFile.h"
+#include "snapshot/SnapshotReader.h"
 
 namespace {
 
@@ -148,6 +152,30 @@ TEST(Program, TheExamplesOfTheHelpWork) {
   }
   std::filesystem::remove_all(directory);
   EXPECT_EQ(examples, 8U);  // one for each command
+}
+
+// What is used, what can still be used and what is free make the group's size.
+TEST(Program, TheExampleSnapshotAgreesWithItself) {
+  tcamshow::Complaints complaints;
+  auto const source =
+      tcamshow::openSnapshot(tcamshow::InputFile(TCAMSHOW_EXAMPLES "/acl.jsonl"), complaints);
+  std::map<tcamshow::Place, std::pair<tcamshow::Group, std::uint32_t>> groups;
+  for (;;) {
+    tcamshow::Source::Item const item = source->next();
+    if (item == tcamshow::Source::Item::end) break;
+    if (item == tcamshow::Source::Item::group) {
+      groups[source->group().place].first = source->group();
+    } else {
+      ++groups[source->entry().place].second;
+    }
+  }
+  EXPECT_EQ(groups.size(), 3U);
+  for (auto const& [place, group] : groups) {
+    auto const& [line, used] = group;
+    EXPECT_EQ(line.availableEntries, line.freeEntries);
+    EXPECT_TRUE(std::has_single_bit(line.availableEntries + used)) << line.availableEntries + used;
+  }
+  EXPECT_TRUE(complaints.texts().empty());
 }
 
 TEST(Program, ReadsStandardInputOrAFile) {
