@@ -19,6 +19,8 @@ function(velmor_library target version_script)
   target_link_options(${target} PRIVATE -Wl,--version-script=${script})
   set_target_properties(${target} PROPERTIES
     LINK_DEPENDS ${script}
+    # No header asks whose source it is in, and both libraries take the same precompiled headers.
+    DEFINE_SYMBOL ""
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
     # Built with the rpath that it is installed with.
     BUILD_WITH_INSTALL_RPATH ON)

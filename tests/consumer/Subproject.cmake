@@ -1,11 +1,11 @@
 # Builds a project that includes this one as a subdirectory, and checks the result. Builds without
-# optimisation, because it builds the libraries again.
+# optimisation and with precompiled headers, because it builds the libraries again.
 include(${CMAKE_CURRENT_LIST_DIR}/Run.cmake)
 
 # Keeps the objects of an earlier run, but not its configuration.
 file(REMOVE_RECURSE ${WORK}/prefix ${WORK}/CMakeCache.txt)
 run(${CMAKE_COMMAND} -S ${SOURCE}/tests/consumer/subproject -B ${WORK} ${project_options}
-  -DCMAKE_BUILD_TYPE= -DCMAKE_CXX_FLAGS=-O0 -DCMAKE_EXPORT_COMPILE_COMMANDS=ON
+  -DCMAKE_CXX_FLAGS=-O0 -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DVELMOR_PRECOMPILE=ON
   -DVELMOR_SOURCE=${SOURCE} -DVELMOR_EXAMPLE=${SOURCE}/examples/formatter/main.cpp)
 run(${CMAKE_COMMAND} --build ${WORK})
 run(${WORK}/program OUTPUT printed)
