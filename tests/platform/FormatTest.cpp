@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 #include "CountedNew.h"
 #include "FormatOracle.h"
@@ -26,18 +27,23 @@ enum Color { red, green = 7 };
 enum Wide : unsigned long { widest = ULONG_MAX };
 enum Narrow : signed char { lowest = -3 };
 
-/// Every way to format gives `EXPECTED`, and so does the C library.
-#define EXPECT_FORMAT(EXPECTED, FORMAT, ...)                                     \
-  do {                                                                           \
-    SCOPED_TRACE(FORMAT);                                                        \
-    EXPECT_EQ(printed(FORMAT __VA_OPT__(, ) __VA_ARGS__), EXPECTED);             \
-    EXPECT_EQ(_fmt(FORMAT __VA_OPT__(, ) __VA_ARGS__), EXPECTED);                \
-    EXPECT_EQ(_fmt(runtimeFormat(FORMAT) __VA_OPT__(, ) __VA_ARGS__), EXPECTED); \
-    String out_("before ");                                                      \
-    _fmtAppend(out_, FORMAT __VA_OPT__(, ) __VA_ARGS__);                         \
-    _fmtAppend(out_, runtimeFormat(FORMAT) __VA_OPT__(, ) __VA_ARGS__);          \
-    EXPECT_EQ(out_, String("before ") + String(EXPECTED) + String(EXPECTED));    \
-  } while (false)
+/// Every way to format gives `expected`, and so does the C library. `format` is `text`, as the
+/// compiler read it.
+template <class... Args>
+void expectFormat(const testing::ScopedTrace&, const String& expected, const char* text,
+                  Zel::FormatString<std::type_identity_t<Args>...> format, const Args&... args) {
+  EXPECT_EQ(printed(text, args...), expected);
+  EXPECT_EQ(_fmt(format, args...), expected);
+  EXPECT_EQ(_fmt(runtimeFormat(text), args...), expected);
+  String out("before ");
+  _fmtAppend(out, format, args...);
+  _fmtAppend(out, runtimeFormat(text), args...);
+  EXPECT_EQ(out, String("before ") + expected + expected);
+}
+
+#define EXPECT_FORMAT(EXPECTED, FORMAT, ...)                                       \
+  expectFormat(testing::ScopedTrace(__FILE__, __LINE__, FORMAT), EXPECTED, FORMAT, \
+               FORMAT __VA_OPT__(, ) __VA_ARGS__)
 
 TEST(Format, PrintsLiteralText) {
   EXPECT_FORMAT("", "");
