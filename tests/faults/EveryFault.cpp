@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -89,15 +90,33 @@ bool runOnce(const std::function<void(Fault&)>& path, std::uint64_t at, bool all
   return reached;
 }
 
-/// Same as runOnce, in a process of its own.
-bool runInChild(const std::function<void(Fault&)>& path, std::uint64_t at, bool all,
-                bool keepsMemory, std::string& problem, bool& aborted) {
+/// The result of the runs that start with one allocation.
+struct Runs {
+  std::uint64_t last = 0;  ///< the allocation of the last run
+  bool isBeyond = false;   ///< `path` has fewer allocations than `last`
+  bool isAborted = false;  ///< the last run ended its process by abort
+  std::string problem{};   ///< of the last run; empty when all was well
+};
+
+/// One run.
+Runs runHere(const std::function<void(Fault&)>& path, std::uint64_t at, bool all,
+             const PathOptions& options) {
+  Runs runs{.last = at};
+  runs.isBeyond = !runOnce(path, at, all, options.keepsMemory, runs.problem);
+  return runs;
+}
+
+/// Runs in a process of their own until one aborts. With keepsMemory, a single run.
+Runs runInChild(const std::function<void(Fault&)>& path, std::uint64_t at, bool all,
+                const PathOptions& options) {
+  // Shared with the child, which writes the number of the allocation of its present run here.
+  static auto* const reached = static_cast<volatile std::uint64_t*>(::mmap(
+      nullptr, sizeof(std::uint64_t), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+  if (reached == MAP_FAILED) return {.last = at, .problem = "mmap failed"};
+  *reached = at;
   std::fflush(nullptr);
   pid_t const child = ::fork();
-  if (child < 0) {
-    problem = "fork failed";
-    return false;
-  }
+  if (child < 0) return {.last = at, .problem = "fork failed"};
   if (child == 0) {
     std::set_terminate([] { ::_exit(exitWrongAbort); });
     ::signal(SIGABRT, [](int) {
@@ -105,27 +124,31 @@ bool runInChild(const std::function<void(Fault&)>& path, std::uint64_t at, bool 
       ::signal(SIGABRT, SIG_DFL);
       ::raise(SIGABRT);
     });
-    std::string childProblem;
-    bool const reached = runOnce(path, at, all, keepsMemory, childProblem);
-    if (!childProblem.empty()) {
-      std::fprintf(stderr, "%s\n", childProblem.c_str());
-      ::_exit(exitFailed);
+    for (std::uint64_t run = at;; ++run) {
+      *reached = run;
+      Runs const runs = runHere(path, run, all, options);
+      if (!runs.problem.empty()) {
+        std::fprintf(stderr, "%s\n", runs.problem.c_str());
+        ::_exit(exitFailed);
+      }
+      if (runs.isBeyond) ::_exit(exitBeyond);
+      if (options.keepsMemory) ::_exit(exitSurvived);
     }
-    ::_exit(reached ? exitSurvived : exitBeyond);
   }
   int status = 0;
   while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
-  aborted = WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT;
-  if (aborted) return true;
-  if (WIFEXITED(status) && WEXITSTATUS(status) == exitSurvived) return true;
-  if (WIFEXITED(status) && WEXITSTATUS(status) == exitBeyond) return false;
-  if (WIFEXITED(status) && WEXITSTATUS(status) == exitWrongAbort) {
-    problem = "the process stopped where it must not";
-  } else {
-    problem = "the child ended with status " + std::to_string(status);
+  Runs runs{.last = *reached};
+  runs.isAborted = WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT;
+  if (runs.isAborted) return runs;
+  int const code = WIFEXITED(status) ? WEXITSTATUS(status) : exitFailed;
+  runs.isBeyond = code == exitBeyond;
+  if (code == exitWrongAbort) {
+    runs.problem = "the process stopped where it must not";
+  } else if (code != exitBeyond && code != exitSurvived) {
+    runs.problem = "the child ended with status " + std::to_string(status);
   }
-  return true;
+  return runs;
 }
 
 }  // namespace
@@ -145,17 +168,16 @@ void everyFault(const char* name, const std::function<void(Fault&)>& path, PathO
   for (std::size_t room = 0; room < rooms; ++room) {
     FilledSlabs const slabs(room);
     for (bool const all : {false, true}) {
-      for (std::uint64_t at = 1;; ++at) {
-        std::string problem;
-        bool aborted = false;
-        bool const reached = options.inChild
-                                 ? runInChild(path, at, all, options.keepsMemory, problem, aborted)
-                                 : runOnce(path, at, all, options.keepsMemory, problem);
-        ASSERT_EQ(problem, "") << name << ": allocation " << at << (all ? " and all later" : "")
-                               << ", room for " << room;
-        if (!reached) break;
+      for (std::uint64_t at = 1;;) {
+        Runs const runs =
+            options.inChild ? runInChild(path, at, all, options) : runHere(path, at, all, options);
+        ASSERT_EQ(runs.problem, "") << name << ": allocation " << runs.last
+                                    << (all ? " and all later" : "") << ", room for " << room;
+        survived += runs.last - at;
+        if (runs.isBeyond) break;
         ++survived;
-        if (aborted) ++aborts;
+        if (runs.isAborted) ++aborts;
+        at = runs.last + 1;
       }
     }
   }

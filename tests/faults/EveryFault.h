@@ -66,9 +66,10 @@ class Fault {
 };
 
 struct PathOptions {
-  /// Each run has its own process, because the path may abort or change the process for good.
+  /// The runs have a process of their own, because the path may abort. After each abort comes a new
+  /// process.
   bool inChild = false;
-  /// The path keeps memory until the process ends.
+  /// The path keeps memory until the process ends. In a child, each run then has its own process.
   bool keepsMemory = false;
 };
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -26,10 +27,15 @@ struct Outcome {
 
 Outcome runWithFault(const std::vector<std::string>& arguments, std::uint64_t at, bool all) {
   TemporaryFile const report;
-  std::vector<std::string> whole = {"/usr/bin/env", "FAULT_AT=" + std::to_string(at),
-                                    "FAULT_REPORT=" + report.path()};
-  if (all) whole.emplace_back("FAULT_ALL=1");
-  whole.emplace_back(TCAMSHOW_PROGRAM);
+  // The program has the environment of this one.
+  ::setenv("FAULT_AT", std::to_string(at).c_str(), 1);
+  ::setenv("FAULT_REPORT", report.path().c_str(), 1);
+  if (all) {
+    ::setenv("FAULT_ALL", "1", 1);
+  } else {
+    ::unsetenv("FAULT_ALL");
+  }
+  std::vector<std::string> whole = {TCAMSHOW_PROGRAM};
   whole.insert(whole.end(), arguments.begin(), arguments.end());
   Outcome outcome{.result = runProcess(whole)};
   std::ifstream(report.path()) >> outcome.seen >> outcome.failed;
