@@ -73,6 +73,7 @@ class ChildMap {
     const Halvo::Ptr<Child>& value() const noexcept { return at_.value(); }
     Item operator*() const noexcept {
       auto const [key, value] = *at_;
+      // cppcheck-suppress returnDanglingLifetime  // `value` refers to what the collection holds
       return {key, value};
     }
     /// The generation at which the iterator was made.

@@ -1,4 +1,7 @@
 // Faults that stop the process only where debugging is on. Compiled without NDEBUG in every build.
+// Turns debugging on, whatever the build.
+#undef NDEBUG
+
 #include <gtest/gtest.h>
 
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"

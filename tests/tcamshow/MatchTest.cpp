@@ -14,7 +14,7 @@ namespace {
 using namespace VelmorTcam;
 
 Entry entryOf(Table table, std::vector<tcamshow::Qualifier> qualifiers,
-                  std::vector<RangeChecker> rangeCheckers = {}) {
+              std::vector<RangeChecker> rangeCheckers = {}) {
   Entry entry;
   entry.table = table;
   entry.qualifiers = std::move(qualifiers);

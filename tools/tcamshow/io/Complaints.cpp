@@ -48,7 +48,7 @@ class ErrorText {
     size_ = 0;
   }
 
-  char buffer_[4096];
+  char buffer_[4096] = {};
   std::size_t size_ = 0;
 };
 

@@ -38,7 +38,7 @@ class InputFile {
   int descriptor_;
   std::string name_;
   // What was read to find out how the file begins, and is not given yet.
-  char start_[startSize];
+  char start_[startSize] = {};
   std::size_t startBegin_ = 0;
   std::size_t startEnd_ = 0;
   bool isStarted_ = false;

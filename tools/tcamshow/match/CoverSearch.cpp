@@ -144,6 +144,7 @@ bool CoverSearch<W>::isOpenBySample(Box<W> box, std::span<const std::uint32_t> c
   };
   auto const random = [&half] {
     if constexpr (sizeof(W) == 16) {
+      // cppcheck-suppress shiftTooManyBits  // W has 128 bits here
       return W{half()} << 64 | half();
     } else {
       return half();

@@ -102,27 +102,32 @@ constexpr auto& memberOf(Line& line, const Member<Owner, Value>& member) noexcep
   }
 }
 
+/// Calls `use(member, index)` if a Line has the member at this index.
+template <class Line, std::size_t index, class Use>
+constexpr void useMember(const Use& use) {
+  constexpr auto& member = std::get<index>(members);
+  if constexpr (hasMembersOf<Line, typename std::decay_t<decltype(member)>::Owner>) {
+    use(member, std::integral_constant<std::size_t, index>());
+  }
+}
+template <class Line, class Use, std::size_t... indices>
+constexpr void useMembers(const Use& use, std::index_sequence<indices...>) {
+  (useMember<Line, indices>(use), ...);
+}
+
 /// Calls `use(member, index)` for each member that a Line has, in order, with its index in
 /// `members`.
 template <class Line, class Use>
 constexpr void forEachMember(const Use& use) {
-  auto const each = [&]<std::size_t index>(std::integral_constant<std::size_t, index>) {
-    constexpr auto& member = std::get<index>(members);
-    if constexpr (hasMembersOf<Line, typename std::decay_t<decltype(member)>::Owner>) {
-      use(member, std::integral_constant<std::size_t, index>());
-    }
-  };
-  [&]<std::size_t... indices>(std::index_sequence<indices...>) {
-    (each(std::integral_constant<std::size_t, indices>()), ...);
-  }
-  (std::make_index_sequence<memberCount>());
+  useMembers<Line>(use, std::make_index_sequence<memberCount>());
 }
 
-/// The names of `members`, each with its index there, and behind them "type".
-inline constexpr auto memberNames = []<std::size_t... indices>(std::index_sequence<indices...>) {
+template <std::size_t... indices>
+constexpr auto makeMemberNames(std::index_sequence<indices...>) {
   return NameTable({std::get<indices>(members).name..., std::string_view("type")});
 }
-(std::make_index_sequence<memberCount>());
+/// The names of `members`, each with its index there, and behind them "type".
+inline constexpr auto memberNames = makeMemberNames(std::make_index_sequence<memberCount>());
 inline constexpr std::size_t memberType = memberCount;
 
 /// The members of a Line, a bit for each at its index in memberNames: all of them, with the type,
