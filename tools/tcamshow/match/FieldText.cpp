@@ -318,7 +318,7 @@ void valuesAppend(std::string& out, const FieldName& name, const FieldSet& set) 
 }
 
 std::string protocolText(Word protocol) {
-  auto const found =
+  auto const* const found =
       std::find_if(protocols.begin(), protocols.end(),
                    [protocol](const NamedNumber& named) { return named.number == protocol; });
   if (found != protocols.end()) return std::string(found->name);

@@ -94,7 +94,7 @@ std::uint64_t OverlapIndex<W>::blockHits(const std::vector<TernaryWord>& words,
     if (isSome == 0) return 0;
   }
   std::uint64_t hits = 0;
-  for (std::size_t i = 0; i < blockSize; ++i) hits |= std::uint64_t{differ[i] == 0} << i;
+  for (std::size_t i = 0; i < blockSize; ++i) hits |= std::uint64_t{differ[i] == 0 ? 1U : 0U} << i;
   return hits;
 }
 

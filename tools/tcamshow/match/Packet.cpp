@@ -88,7 +88,7 @@ class PacketReader {
     if (std::size_t const equals = word.find('='); equals != word.npos) {
       return field(at, word.substr(0, equals), word.substr(equals + 1));
     }
-    auto const found =
+    auto const* const found =
         std::find_if(protocolWords.begin(), protocolWords.end(),
                      [word](const ProtocolWord& protocol) { return protocol.name == word; });
     if (found == protocolWords.end()) {

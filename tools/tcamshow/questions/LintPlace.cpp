@@ -19,7 +19,7 @@ std::string_view lintClassName(LintClass kind) noexcept {
 }
 
 std::optional<LintClass> lintClassByName(std::string_view name) noexcept {
-  auto const found = std::find(names.begin(), names.end(), name);
+  auto const* const found = std::find(names.begin(), names.end(), name);
   if (found == names.end()) return std::nullopt;
   return static_cast<LintClass>(found - names.begin());
 }

@@ -78,7 +78,7 @@ class Describer {
     const Qualifier* const qualifier = find(VelmorTcam::qualifierIpProtocol);
     if (qualifier == nullptr) return word(entry_.table == Table::ip6 ? "ipv6" : "ip");
     word("");
-    auto const known =
+    auto const* const known =
         std::find_if(std::begin(protocols), std::end(protocols),
                      [&](const Protocol& each) { return each.number == qualifier->value; });
     if (qualifier->mask == 255 && known != std::end(protocols)) return word(known->name);

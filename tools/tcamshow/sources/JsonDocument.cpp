@@ -46,9 +46,8 @@ void JsonValue::eachItem(const UseItem& use) {
   ondemand::array items;
   JsonDocument::check(value_.get_array().get(items));
   for (auto result : items) {
-    ondemand::value item;
-    JsonDocument::check(std::move(result).get(item));
-    JsonValue value = document_->valueOf(item);
+    JsonDocument::check(result.error());
+    JsonValue value = document_->valueOf(result.value_unsafe());
     use(value);
   }
 }

@@ -86,7 +86,7 @@ class JsonDocument {
   void checkSyntax() const;
   [[noreturn]] void fail(std::size_t at, const std::string& message) const;
   static void check(simdjson::error_code error);
-  JsonValue valueOf(ondemand::value value);
+  JsonValue valueOf(ondemand::value from);
   /// The text of a string that begins at `from`, behind its quote.
   std::string_view stringAt(const char* from);
 
