@@ -24,7 +24,7 @@ namespace {
 
 using Commands = std::vector<std::unique_ptr<Command>>;
 
-/// Writes what the command line asks for, which is not to be lost unnoticed.
+/// Writes a text and flushes it, so that a failed write is reported.
 ExitStatus deliver(OutputBuffer& out, std::string_view text) {
   out.write(text);
   out.flush();
@@ -57,13 +57,14 @@ void declare(CLI::App& app, const Commands& commands, ProgramOptions& options) {
       "command line is wrong.");
 }
 
-/// The app that the command line stopped in: the program's, a command's, a format's.
+/// The innermost app that the command line names: the program, a command or a format.
 const CLI::App& innermost(const CLI::App& app) {
   auto const inside = app.get_subcommands();
   return inside.empty() ? app : innermost(*inside.front());
 }
 
-/// What is wrong with a word that nobody takes: it is no option, no command or needless there.
+/// The message for a word that no app takes: an unknown option, an unknown command, or one argument
+/// too many.
 std::string unknownWord(const CLI::App& app, const std::string& word, bool isFirst) {
   std::vector<std::string> known;
   bool const isOption = word.size() > 1 && word.starts_with('-');
@@ -89,7 +90,7 @@ std::string unknownWord(const CLI::App& app, const std::string& word, bool isFir
 }
 
 std::string messageOf(const CLI::App& app, const CLI::ParseError& error, std::string_view first) {
-  // The parser complains of a missing command before it complains of the word in its place.
+  // The parser reports a missing command before it reports an unknown word in its place.
   bool const isRequired = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
   if (isRequired || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
     auto const unknown = app.remaining(true);
@@ -102,7 +103,7 @@ std::string messageOf(const CLI::App& app, const CLI::ParseError& error, std::st
   return error.what();
 }
 
-/// Runs the command; what it has written and what it warned of comes out before its error does.
+/// Runs the command. Prints its output first, then its warnings, then its error.
 ExitStatus runCommand(Command& command, const Run& run) {
   ExitStatus status = ExitStatus::done;
   std::string message;
@@ -169,7 +170,7 @@ ExitStatus guarded(int argc, char** argv) {
 }  // namespace tcamshow
 
 int main(int argc, char** argv) {
-  // A closed pipe is told by write(), so that it can end the program quietly.
+  // write() then reports a closed pipe, and the program can end quietly.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   return static_cast<int>(tcamshow::guarded(argc, argv));
 }

@@ -13,7 +13,7 @@ Command::~Command() = default;
 void Command::declare(CLI::App& app, ProgramOptions& options) {
   app_ = app.add_subcommand(name_, description_)->group("Commands");
   declareOptions(*app_);
-  // For the help: they are options of the whole program.
+  // These are options of the whole program. Here they make the command's help list them.
   if (hasJson()) {
     app_->add_flag("--json", options.json, "JSON Lines in place of the text");
   }

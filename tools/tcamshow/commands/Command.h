@@ -1,4 +1,4 @@
-// What every command of the program is.
+// The base of all commands.
 #pragma once
 
 #include <memory>
@@ -16,26 +16,27 @@ class App;
 
 namespace tcamshow {
 
-/// The options of the whole program, which may stand before the command or after it.
+/// The options of the whole program. They may stand before or after the command.
 struct ProgramOptions {
   bool json = false;
   bool trace = false;
 };
 
-/// What a command works with.
+/// The surroundings of one run of a command.
 struct Run {
   OutputBuffer& out;
   Complaints& complaints;
   const ProgramOptions& options;
 };
 
-/// One command: what it takes, and which source and view it joins. main() declares all of them,
-/// reads the command line, and runs the one that was named.
+/// One command: its arguments, and the source and the view that it joins. main() declares all
+/// commands, reads the command line, and runs the command that it names.
 ///
-/// A new command is a file with its class, and a line in Commands.cpp.
+/// To add a command, write a file with its class, declare its function in Commands.h, and list it
+/// in Commands.cpp.
 class Command {
  public:
-  /// The texts are constants. The example is a command line without the program's name.
+  /// The texts must outlive the command. `example` is a command line without the program's name.
   Command(const char* name, const char* description, const char* example)
       : name_(name), description_(description), example_(example) {}
   virtual ~Command();
@@ -44,20 +45,21 @@ class Command {
 
   const char* name() const noexcept { return name_; }
   const char* example() const noexcept { return example_; }
-  /// Whether --json asks for JSON in place of text.
+  /// Whether the command takes --json, which prints JSON instead of text.
   virtual bool hasJson() const noexcept { return false; }
 
-  /// Adds the command to the program's.
+  /// Adds the command to the program's command line.
   void declare(CLI::App& app, ProgramOptions& options);
   /// Whether the command line names it.
   bool isChosen() const;
 
-  /// Bad input throws InputError, of which main() makes the message and the exit status, as it does
-  /// of OutputBuffer's errors. main() writes what is left in the buffer, then the warnings.
+  /// Throws InputError if the input is bad. main() makes the message and the exit status from it,
+  /// and from the errors of OutputBuffer. After the run, main() flushes the buffer and prints the
+  /// warnings.
   virtual ExitStatus run(const Run& run) = 0;
 
  protected:
-  /// Adds the command's own options and arguments; values are bound to its members.
+  /// Adds the command's own options and arguments. The command line sets members of this object.
   virtual void declareOptions(CLI::App& command) = 0;
 
  private:
@@ -67,7 +69,7 @@ class Command {
   CLI::App* app_ = nullptr;
 };
 
-/// The argument FILE: a path, or "-" for standard input, which it also is where it is absent.
+/// The argument FILE: a path, or "-" for standard input. Without the argument it is "-".
 class FileArgument {
  public:
   void declare(CLI::App& command);
@@ -77,7 +79,7 @@ class FileArgument {
   std::string path_ = "-";
 };
 
-/// A command that shows what a source gives by a view.
+/// A command that reads a snapshot and shows it by a view.
 class ViewCommand : public Command {
  public:
   using Command::Command;
@@ -92,7 +94,7 @@ class ViewCommand : public Command {
   FileArgument file_;
 };
 
-/// Every command, in the order in which the help lists them.
+/// All commands, in the order of the help.
 std::vector<std::unique_ptr<Command>> allCommands();
 
 }  // namespace tcamshow

@@ -1,4 +1,4 @@
-// The commands, each in the file of its name.
+// The functions that make the commands. Each is in the file of its name.
 #pragma once
 
 #include <memory>

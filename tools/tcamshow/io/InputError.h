@@ -7,15 +7,15 @@
 
 namespace tcamshow {
 
-/// The input is bad, or cannot be read. what() is `FILE:LINE: MESSAGE`, or `FILE: MESSAGE` where
-/// the line is 0: the file as a whole is meant. Both what() and message() are safe text on one
-/// line.
+/// The input is bad, or cannot be read. what() is `FILE:LINE: MESSAGE`. If the line is 0, the error
+/// is about the whole file, and what() is `FILE: MESSAGE`. Both what() and message() are safe text
+/// on one line.
 class InputError : public std::runtime_error {
  public:
   InputError(std::string file, std::uint64_t line, const std::string& message);
   ~InputError() override;
 
-  /// As it was given.
+  /// The file's name, as it was given.
   const std::string& file() const noexcept { return file_; }
   std::uint64_t line() const noexcept { return line_; }
   const std::string& message() const noexcept { return message_; }
@@ -33,7 +33,7 @@ class OutputError : public std::runtime_error {
   ~OutputError() override;
 };
 
-/// Whoever read the output has gone. That is no fault: the program ends quietly.
+/// The reader of the output has gone. That is not an error: the program ends quietly.
 class ClosedPipe : public std::runtime_error {
  public:
   ClosedPipe();

@@ -8,8 +8,8 @@
 
 namespace tcamshow {
 
-/// A file, or standard input, read from its beginning to its end. A byte order mark (U+FEFF) at the
-/// beginning is skipped: every format may have one, and none sees it.
+/// A file, or standard input, that is read from beginning to end. A byte order mark (U+FEFF) at the
+/// beginning is skipped, whatever the format.
 class InputFile {
  public:
   /// Opens `path`; "-" means standard input. Throws InputError.
@@ -19,13 +19,13 @@ class InputFile {
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
 
-  /// As the command line gave it.
+  /// The path, as the command line gave it.
   const std::string& name() const noexcept { return name_; }
-  /// At most `size` bytes; 0 at the end. Waits where the descriptor would not, and goes on after a
-  /// signal. Throws InputError, which names `line`.
+  /// Reads at most `size` bytes and returns their number; 0 at the end. Waits for input, also on a
+  /// non-blocking descriptor, and goes on after a signal. Throws InputError, which names `line`.
   std::size_t read(char* buffer, std::size_t size, std::uint64_t line);
-  /// The first bytes of the file, a few of them at least where it has so many. Only before the
-  /// first read(), which still gives them. The view is good until then.
+  /// The first bytes of the file: at least a few, if the file has so many. Call it before the first
+  /// read(), which gives these bytes again. The view is valid until that call.
   std::string_view start();
 
  private:
@@ -37,7 +37,7 @@ class InputFile {
   // NOLINTNEXTLINE(modernize-use-default-member-init): its constant needs another header
   int descriptor_;
   std::string name_;
-  // What was read to find out how the file begins, and is not given yet.
+  // The bytes that start() has read, and that read() has not given yet.
   char start_[startSize] = {};
   std::size_t startBegin_ = 0;
   std::size_t startEnd_ = 0;

@@ -1,4 +1,4 @@
-// JSON text, as the program writes it.
+// Writing JSON text.
 #pragma once
 
 #include <charconv>
@@ -9,9 +9,9 @@
 
 namespace tcamshow {
 
-/// Appends `text` as a JSON string, quotes included. What isUnsafe() names is escaped, `\u009b`; a
-/// byte that is not UTF-8 becomes U+FFFD, for JSON has no other way to say it. All else stands as
-/// it is.
+/// Appends `text` as a JSON string, with its quotes. Unsafe characters (isUnsafe()) are escaped, as
+/// `\u009b`. A byte that is not UTF-8 becomes U+FFFD, because JSON cannot express it. All else is
+/// unchanged, except for the escapes that JSON requires.
 void appendJsonString(std::string& out, std::string_view text);
 
 template <std::integral Number>

@@ -7,23 +7,24 @@
 
 namespace tcamshow {
 
-/// A table of small items that are never taken out. Memory: its slots alone, of an item's size
-/// each; when it is filled, between 1.3 and 2.7 of them for an item.
+/// A table of small items, which are never removed. It holds an array of slots, each of the size of
+/// an item. A filled table has between 1.3 and 2.7 slots for each item.
 ///
-/// An Item has `isEmpty()`, which is true of Item() alone; `hash()`, a keyedHash() of its key; and
+/// An Item has `isEmpty()`, which is true only for Item(); `hash()`, a keyedHash() of its key; and
 /// `hasKeyOf(item)`.
 template <class Item>
 class KeyedTable {
  public:
   std::size_t size() const noexcept { return size_; }
 
-  /// The item with the key of `item`; null where there is none. Good until the next insert().
+  /// The item with the key of `item`, or null. The pointer is valid until the next insert().
   Item* find(const Item& item) noexcept {
     if (capacity_ == 0) return nullptr;
     Item* const slot = slotOf(item, slots_.get(), capacity_);
     return slot->isEmpty() ? nullptr : slot;
   }
-  /// Calls `use` for each item that a search for `item` meets: among them all with the same hash.
+  /// Calls `use` for each item that a search for `item` passes. All items with the same hash are
+  /// among them.
   template <class Use>
   void eachOnPath(const Item& item, const Use& use) const {
     if (capacity_ == 0) return;
@@ -33,8 +34,9 @@ class KeyedTable {
     }
   }
 
-  /// The item with the key of `item`, which is put in where there is none, and whether it was. The
-  /// pointer is good until the next call. If memory runs out (std::bad_alloc), nothing has changed.
+  /// Inserts `item` if there is no item with its key. Returns the item with that key, and whether
+  /// it is new. The pointer is valid until the next insert(). If memory runs out (std::bad_alloc),
+  /// nothing has changed.
   std::pair<Item*, bool> insert(const Item& item) {
     if (size_ >= capacity_ / 4 * 3) grow();
     Item* const slot = slotOf(item, slots_.get(), capacity_);

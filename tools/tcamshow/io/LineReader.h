@@ -11,8 +11,8 @@
 
 namespace tcamshow {
 
-/// The lines of an input, one at a time. The buffer never grows beyond the longest line that is
-/// allowed, whatever the input's lines are.
+/// Reads the lines of an input, one at a time. The buffer never grows beyond the longest line that
+/// is allowed.
 ///
 ///     LineReader lines(InputFile(path));
 ///     for (std::string_view line; lines.next(line);) use(line);
@@ -20,20 +20,20 @@ class LineReader {
  public:
   /// In bytes, without the line break.
   static constexpr std::size_t longestLine = std::size_t{1} << 20;
-  /// The bytes after a line that may be read, though they are none of it.
+  /// The number of bytes behind a line that may be read. They mean nothing.
   static constexpr std::size_t padding = 64;
 
   explicit LineReader(InputFile file);
 
-  /// The next line without its line break (a line feed); false at the end. The view is good until
-  /// the next call. The last line need not end in a line break. Throws InputError when the line is
+  /// Gives the next line without its line feed. False at the end of the input. The view is valid
+  /// until the next call. The last line may lack its line feed. Throws InputError if the line is
   /// too long or the input cannot be read.
   bool next(std::string_view& line);
-  /// The number of the line that next() gave last, from 1.
+  /// The number of the last line that next() gave, counted from 1.
   std::uint64_t lineNumber() const noexcept { return lineNumber_; }
   const std::string& fileName() const noexcept { return file_.name(); }
 
-  /// Throws the InputError that names the line given last.
+  /// Throws InputError for the last line that next() gave.
   [[noreturn]] void fail(const std::string& message) const;
 
  private:
@@ -42,7 +42,7 @@ class LineReader {
   InputFile file_;
   std::unique_ptr<char[]> buffer_;
   std::size_t capacity_;   // without the padding
-  std::size_t begin_ = 0;  // what is read and not yet given
+  std::size_t begin_ = 0;  // [begin_, end_): read, but not given yet
   std::size_t end_ = 0;
   std::uint64_t lineNumber_ = 0;
   bool atEnd_ = false;

@@ -1,4 +1,4 @@
-// What somebody may have meant.
+// Suggestions for misspelt words.
 #pragma once
 
 #include <span>
@@ -7,10 +7,11 @@
 
 namespace tcamshow {
 
-/// For a message about a word that is not known: `; did you mean "ip" or "ip6"?`, with those of
-/// `known` that are nearest to it, three at most; empty where none is near. Near is a word that one
-/// or, where it has more than three letters, two changed, missing, needless or swapped letters make
-/// of the other, whatever their case.
+/// The end of a message about an unknown word, such as `; did you mean "ip" or "ip6"?`. It names
+/// the words of `known` that need the fewest changes, at most three words. Empty if none is near.
+///
+/// A word is near if one change makes it of `word`, or two changes if `word` has more than three
+/// letters. A change replaces, adds or removes a letter, or swaps two. Case does not count.
 std::string suggestion(std::string_view word, std::span<const std::string_view> known);
 
 }  // namespace tcamshow

@@ -8,13 +8,13 @@
 
 namespace tcamshow {
 
-/// Collects text and writes it in large pieces, in order. What is left in it when it is destroyed
-/// is dropped: only flush() tells whether the text could be written.
+/// Collects text and writes it in large pieces, in order. Call flush() at the end: the destructor
+/// drops the text that is still in the buffer, because it could not report a failed write.
 ///
-/// A terminal gets each line as soon as it is whole: somebody watches.
+/// If the descriptor is a terminal, each line is written as soon as it is complete.
 ///
-/// write() and flush() throw ClosedPipe when the reader of a pipe has gone, OutputError when the
-/// text cannot be written; what was in the buffer is dropped then. SIGPIPE must be ignored.
+/// write() and flush() throw ClosedPipe if the reader of a pipe has gone, and OutputError if the
+/// text cannot be written. The text in the buffer is then dropped. SIGPIPE must be ignored.
 ///
 ///     OutputBuffer out(STDOUT_FILENO);
 ///     out.write("Stage ingress\n");
@@ -23,7 +23,7 @@ class OutputBuffer {
  public:
   static constexpr std::size_t capacity = std::size_t{64} << 10;
 
-  /// The descriptor stays the caller's. It may be non-blocking.
+  /// The caller keeps the descriptor, and closes it. It may be non-blocking.
   explicit OutputBuffer(int descriptor);
 
   void write(std::string_view text) {
@@ -46,8 +46,8 @@ class OutputBuffer {
   bool isTerminal_;
   std::unique_ptr<char[]> buffer_;
   std::size_t size_ = 0;
-  // The bytes that write() itself may fill. For a terminal there is never room: writeSlow() looks
-  // for the line's end.
+  // The number of bytes that write() may fill by itself. 0 for a terminal: writeSlow() must look
+  // for the ends of lines.
   std::size_t room_;
 };
 

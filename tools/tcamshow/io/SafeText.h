@@ -1,4 +1,4 @@
-// Text that is safe to show: nothing in it moves the cursor, hides, or turns the reading direction.
+// Text that is safe to show: it cannot move the cursor, hide, or change the reading direction.
 #pragma once
 
 #include <cstddef>
@@ -9,9 +9,9 @@
 
 namespace tcamshow {
 
-/// Whether a terminal could take the character for a command, or show nothing of it, or show what
-/// stands around it in another order: control characters, marks and overrides of direction,
-/// characters without a width, line and paragraph separators.
+/// Whether the character is unsafe: a control character, a mark or override of the reading
+/// direction, a character without a width, or a line or paragraph separator. A terminal could take
+/// it as a command, show nothing, or show the text around it in another order.
 constexpr bool isUnsafe(char32_t c) noexcept {
   if (c < 0x20) return true;
   if (c < 0x7F) return false;
@@ -28,19 +28,19 @@ constexpr bool isUnsafe(char32_t c) noexcept {
   return false;
 }
 
-/// What the pieces of a text stand in.
+/// How line feeds are treated.
 enum class LineBreaks : unsigned char {
-  escaped,  ///< the text is one line; a line feed in it is escaped
-  kept,     ///< the text is whole lines of the program's own; their line feeds stand
+  escaped,  ///< the text belongs to one line: a line feed is escaped
+  kept,     ///< the text is whole lines that the program made: line feeds stay
 };
 
-/// The bytes at the front of `text` that are safe, as far as they are ASCII.
+/// The number of safe ASCII bytes at the front of `text`.
 std::size_t safeAsciiSize(std::string_view text, LineBreaks lineBreaks) noexcept;
 
-/// Calls `use(piece)` for the pieces of `text` as it is safe to show, in order. An unsafe character
-/// becomes `\u{9B}`, its number in upper-case hexadecimal without leading zeros; a byte that is not
-/// UTF-8 becomes `\xFF`. All else stands as it is, backslashes too, so that a text that is safe
-/// stays the same. Takes no memory; a piece that is not of `text` is good until `use` returns.
+/// Calls `use(piece)` for each piece of the safe form of `text`, in order. In the safe form, an
+/// unsafe character is `\u{9B}`: its number in upper-case hexadecimal without leading zeros. A byte
+/// that is not UTF-8 is `\xFF`. All else is unchanged, backslashes too, so a safe text stays the
+/// same. Allocates no memory. A piece is valid until `use` returns.
 template <class Use>
 void forEachSafePiece(std::string_view text, LineBreaks lineBreaks, const Use& use) {
   constexpr const char* digits = "0123456789ABCDEF";
@@ -82,12 +82,12 @@ void appendSafe(std::string& out, std::string_view text,
                 LineBreaks lineBreaks = LineBreaks::escaped);
 std::string safeText(std::string_view text, LineBreaks lineBreaks = LineBreaks::escaped);
 
-/// A text of the input as a message may show it: safe, on one line, and cut behind a whole
-/// character when it is longer than `longest` bytes.
+/// A text of the input in the form for a message: safe, on one line, and cut after a whole
+/// character if it is longer than `longest` bytes.
 std::string shown(std::string_view text, std::size_t longest = 60);
-/// The same of a name, which is cut only where nobody could have meant it.
+/// The same for a name. The limit is so high that no real name is cut.
 std::string shownName(std::string_view name);
-/// A text as shown() gives it, in double quotes.
+/// shown(text) in double quotes.
 std::string inQuotes(std::string_view text);
 
 }  // namespace tcamshow

@@ -11,8 +11,8 @@ struct Utf8Character {
   std::size_t size = 0;  ///< in bytes; 0: the text does not begin with a character
 };
 
-/// The character at the front of `text`. Overlong forms, surrogates, numbers over U+10FFFF and
-/// characters that are cut short are none.
+/// The character at the front of `text`. Overlong forms, surrogates, numbers above U+10FFFF and
+/// incomplete characters do not count as characters.
 constexpr Utf8Character frontCharacter(std::string_view text) noexcept {
   auto const byte = [&](std::size_t i) {
     return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;

@@ -1,6 +1,6 @@
-// Whether some boxes together hold all of another one.
+// Finds out whether some boxes together cover another box.
 //
-// Threads: one at a time.
+// Threads: one thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -13,17 +13,19 @@ namespace tcamshow {
 
 enum class CoverAnswer : std::uint8_t {
   covered,
-  open,     ///< some packet of the box is in no candidate
-  unknown,  ///< the bound was met first
+  open,     ///< at least one packet of the box is in no candidate
+  unknown,  ///< the search reached its bound first
 };
 
-/// Boxes that one question may look at.
+/// The largest number of boxes that one question looks at.
 inline constexpr std::uint64_t coverBound = 100'000;
 
-/// Answers for one space whether boxes cover another box, exactly, within a bound.
+/// Answers whether boxes of one space cover another box. The answer is exact, unless the search
+/// reaches its bound.
 ///
-/// The box is cut: a candidate takes its part, and each piece that is left goes on with the
-/// candidates that it still meets. A piece that meets none shows that the box is not covered.
+/// The search subtracts one candidate from the box and cuts the rest into pieces. It goes on with
+/// each piece and the candidates that overlap the piece. If no candidate overlaps a piece, the box
+/// is not covered.
 ///
 ///     CoverSearch<Word> search(space);
 ///     if (search.ask(entry, ahead, all) == CoverAnswer::open) show(search.witness());
@@ -33,17 +35,16 @@ class CoverSearch {
   /// `space` must outlive the search.
   explicit CoverSearch(const BoxSpace<W>& space);
 
-  /// Whether the boxes of `all` with these indexes hold all of `box`, which is not of this search's
-  /// own lists.
+  /// Whether the boxes of `all` with the indexes `candidates` cover `box`. `box` must not be in a
+  /// list of this search.
   CoverAnswer ask(Box<W> box, std::span<const std::uint32_t> candidates, const BoxList<W>& all,
                   std::uint64_t bound = coverBound);
 
-  /// After `covered`: a small set of candidates that do, those that take most of the box first.
+  /// After `covered`: a small set of candidates that cover the box, the largest share first.
   const std::vector<std::uint32_t>& used() const noexcept { return used_; }
-  /// After `open`: a box of packets that are in the box asked for and in no candidate. Good until
-  /// the next question.
+  /// After `open`: a part of the box that is in no candidate. Valid until the next question.
   Box<W> witness() const noexcept { return witness_.back(); }
-  /// Boxes looked at, by all questions together.
+  /// The number of boxes that all questions together have looked at.
   std::uint64_t boxes() const noexcept { return boxes_; }
 
  private:
@@ -62,7 +63,7 @@ class CoverSearch {
   BoxList<W> witness_;
   std::vector<FieldSetOf<W>> packet_;
   std::uint64_t boxes_ = 0;
-  // Of a cut: the pieces that are left, and of each the first candidate that it may meet.
+  // During a cut: the pieces that are left, and for each the first candidate that it may overlap.
   BoxList<W> pieces_;
   std::vector<std::size_t> from_;
   BoxList<W> current_;

@@ -1,6 +1,6 @@
 // The fields of a packet that entries match on.
 //
-// Threads: constant data and functions of their arguments alone; safe from any thread.
+// Threads: any thread. There is only constant data, and the functions keep no state.
 #pragma once
 
 #include <array>
@@ -14,8 +14,8 @@
 
 namespace tcamshow {
 
-/// One word of a TCAM's key. Every packet has every field: where its protocol lacks one, the word
-/// may be anything. Addresses have their first octet in the highest bits.
+/// One word of a TCAM's key. Every packet has every field: if its protocol lacks the field, the
+/// word may have any value. Addresses have their first octet in the highest bits.
 enum class Field : std::uint8_t {
   src,        ///< IPv4 source address
   dst,        ///< IPv4 destination address
@@ -29,15 +29,15 @@ enum class Field : std::uint8_t {
   tc,         ///< traffic class or type-of-service byte; its upper six bits are the DSCP
   frag,       ///< 1 for a fragment
   flags,      ///< TCP: FIN 1, SYN 2, RST 4, PSH 8, ACK 16, URG 32
-  sport,      ///< source port; ICMP has its type in the high byte
-  dport,      ///< destination port; ICMP has its code in the low byte
+  sport,      ///< source port; for ICMP, the type in the high byte
+  dport,      ///< destination port; for ICMP, the code in the low byte
   hoplimit,   ///< IPv6
   length,     ///< IP length in bytes
 };
 inline constexpr std::size_t fieldCount = 16;
 
 constexpr std::size_t indexOf(Field field) noexcept { return static_cast<std::size_t>(field); }
-/// Its width in bits.
+/// The field's width in bits.
 constexpr unsigned bitsOf(Field field) noexcept {
   constexpr std::array<unsigned, fieldCount> bits{32, 32, 128, 128, 48, 48, 16, 12,
                                                   8,  8,  1,   6,   16, 16, 8,  16};
@@ -55,7 +55,7 @@ inline constexpr Word etherTypeIp6 = 0x86DD;
 inline constexpr Word protocolNumberIcmp = 1;
 inline constexpr Word protocolNumberIcmp6 = 58;
 
-/// What a field's values are written as.
+/// The text form of a field's values.
 enum class ValueForm : std::uint8_t { number, ip, ip6, mac, protocol, etherType, flags, frag };
 
 /// A name that people use for a field or for a part of one: bits [shift, shift + bits).

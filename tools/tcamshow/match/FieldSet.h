@@ -1,7 +1,7 @@
 // The values of one field that an entry, a packet or a question allows.
 //
-// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
-// changes from any.
+// Threads: plain values. Distinct threads may use distinct objects. Any number of threads may read
+// an object that nobody changes.
 #pragma once
 
 #include <cstdint>
@@ -13,12 +13,12 @@ namespace tcamshow {
 /// A value of any field; the widest has 128 bits.
 __extension__ using Word = unsigned __int128;
 
-/// All ones in the lowest `bits` bits; a word has at least as many.
+/// A word with ones in its lowest `bits` bits.
 template <class W = Word>
 constexpr W lowOnes(unsigned bits) noexcept {
   return bits >= sizeof(W) * 8 ? ~W{0} : (W{1} << bits) - 1;
 }
-/// The position of the highest bit that is set, from 0; `word` is not 0.
+/// The position of the highest bit that is set, counted from 0. `word` must not be 0.
 template <class W>
 constexpr unsigned highestBit(W word) noexcept {
   if constexpr (sizeof(W) == 16) {
@@ -34,19 +34,18 @@ constexpr unsigned countOnes(W word) noexcept {
   return ones;
 }
 
-/// A non-empty set of values: those x with (x and mask) = value and low <= x <= high.
+/// A non-empty set of values: all x with (x and mask) = value and low <= x <= high.
 ///
-/// This form holds what hardware matches on, values with masks that need not be prefixes, and
-/// ranges, and both at once. Intersections are of the same form, and so are the pieces of a
-/// difference.
+/// This form covers the matches of hardware: values with any mask, ranges, and both together. An
+/// intersection has the same form, and so has each piece of a difference.
 ///
-/// Invariant: the form is canonical, so that equal sets are equal member by member. `low` and
-/// `high` are elements; `mask` has each bit that is the same in all elements, the bits beyond the
-/// field among them, and `value` is 0 outside of it. An empty set has no object: operations that
-/// may come to nothing return an optional.
+/// Invariant: the form is canonical, so equal sets have equal members. `low` and `high` are
+/// elements of the set. `mask` has a 1 for each bit that is the same in all elements, including the
+/// bits beyond the field. `value` is 0 where `mask` is 0. No object is the empty set: an operation
+/// whose result may be empty returns an optional.
 ///
-/// W is the word that values stand in: Word holds those of every field; one of 64 bits, in which
-/// all goes twice as fast, those of all fields but IPv6 addresses.
+/// W is the type of a value. Word holds the values of every field. A word of 64 bits is twice as
+/// fast, and holds the values of all fields except IPv6 addresses.
 ///
 ///     FieldSet ports = FieldSet::any(16);
 ///     FieldSet high = *FieldSet::range(1024, 65535, 16);
@@ -54,7 +53,7 @@ constexpr unsigned countOnes(W word) noexcept {
 template <class W>
 class FieldSetOf {
  public:
-  /// 0 alone.
+  /// The set with the single value 0.
   constexpr FieldSetOf() noexcept : FieldSetOf(0, ~W{0}, 0, 0) {}
   /// All values of a field of `bits` bits, 1 to 128.
   static constexpr FieldSetOf any(unsigned bits) noexcept {
@@ -63,15 +62,16 @@ class FieldSetOf {
   static constexpr FieldSetOf exactly(W value) noexcept {
     return FieldSetOf(value, ~W{0}, value, value);
   }
-  /// The values x of `bits` bits with (x and mask) = (value and mask). Bits of the mask beyond the
-  /// field ask for bits that are 0: nothing matches where the value has a 1 there.
+  /// All x of `bits` bits with (x and mask) = (value and mask). The bits of x beyond the field
+  /// count as 0: if the mask and the value have a 1 there, the set is empty.
   static std::optional<FieldSetOf> cube(W value, W mask, unsigned bits) noexcept;
-  /// The values from low to high, both included; those beyond the field are left out.
+  /// The values from low to high, both included. Values that the field cannot hold are left out.
   static std::optional<FieldSetOf> range(W low, W high, unsigned bits) noexcept;
-  /// The values whose first `length` bits are those of `value`; `length` is at most `bits`.
+  /// The values whose first `length` bits are equal to those of `value`. `length` is at most
+  /// `bits`.
   static FieldSetOf prefix(W value, unsigned length, unsigned bits) noexcept;
 
-  /// The same set in words of another width, which holds all of its values.
+  /// The same set in words of another width. That width must hold all of its values.
   template <class Other>
   explicit FieldSetOf(const FieldSetOf<Other>& set, unsigned bits) noexcept
       : value_(static_cast<W>(set.value())),
@@ -86,20 +86,21 @@ class FieldSetOf {
 
   bool isAny(unsigned bits) const noexcept { return mask_ == ~lowOnes<W>(bits) && isCube(); }
   bool isExact() const noexcept { return low_ == high_; }
-  /// Whether value and mask say all: no range cuts the set.
+  /// Whether value and mask alone describe the set: the range excludes nothing.
   bool isCube() const noexcept { return low_ == value_ && high_ == (value_ | ~mask_); }
-  /// Whether low and high say all: no value between them is missing.
+  /// Whether low and high alone describe the set: it has every value between them.
   bool isRange() const noexcept { return (~mask_ & (~mask_ + 1)) == 0; }
-  /// Of a set that is a cube and a range: how many first bits of a field of `bits` bits are fixed.
+  /// If the set is both a cube and a range: the number of fixed first bits of a field of `bits`
+  /// bits.
   std::optional<unsigned> prefixLength(unsigned bits) const noexcept;
-  /// How many values there are, rounded; for comparisons alone.
+  /// The number of values, rounded. Only for comparisons.
   double size() const noexcept;
 
-  /// How much of this set the other one, which overlaps it, takes: above 0, at most 1; rounded.
+  /// The share of this set that lies in `by`: above 0, at most 1, rounded. The sets must overlap.
   double shareTaken(const FieldSetOf& by) const noexcept;
 
   bool has(W x) const noexcept { return (x & mask_) == value_ && low_ <= x && x <= high_; }
-  /// An element that `drawn`, any value, picks: all elements are picked by some.
+  /// An element that depends on `drawn`. Each element is the result for some value of `drawn`.
   W picked(W drawn) const noexcept {
     W const inCube = value_ | (drawn & ~mask_);
     return inCube < low_ ? low_ : inCube > high_ ? high_ : inCube;
@@ -107,7 +108,8 @@ class FieldSetOf {
   bool overlaps(const FieldSetOf& other) const noexcept {
     if (((value_ ^ other.value_) & mask_ & other.mask_) != 0) return false;
     if (low_ > other.high_ || other.low_ > high_) return false;
-    // Two cubes that do not differ meet, and so do two ranges.
+    // Two cubes overlap if no fixed bit differs; two ranges overlap if neither ends before the
+    // other.
     if ((isCube() && other.isCube()) || (isRange() && other.isRange())) return true;
     return intersection(other).has_value();
   }
@@ -117,7 +119,7 @@ class FieldSetOf {
            other.high_ <= high_;
   }
   std::optional<FieldSetOf> intersection(const FieldSetOf& other) const noexcept;
-  /// Appends the values that `other` lacks, as sets that do not overlap.
+  /// Appends the values of this set that are not in `other`, as sets that do not overlap.
   void differenceAppend(const FieldSetOf& other, std::vector<FieldSetOf>& pieces) const;
   friend bool operator==(const FieldSetOf&, const FieldSetOf&) = default;
 
@@ -136,13 +138,13 @@ using FieldSet = FieldSetOf<Word>;
 extern template class FieldSetOf<Word>;
 extern template class FieldSetOf<std::uint64_t>;
 
-/// A set of values as disjoint pieces; none is the empty set.
+/// A set of values in disjoint pieces. Without a piece, it is the empty set.
 using FieldSets = std::vector<FieldSet>;
 
 /// Whether all values of `inner` are in `outer`.
 bool isWithin(const FieldSets& inner, const FieldSets& outer);
 bool overlap(const FieldSets& a, const FieldSets& b) noexcept;
-/// Adds what is not there yet.
+/// Adds the values of `more` that are not in `sets` yet.
 void uniteWith(FieldSets& sets, const FieldSet& more);
 
 }  // namespace tcamshow

@@ -1,6 +1,6 @@
-// The text of field values, as people write and read them.
+// The text forms of field values.
 //
-// Threads: functions of their arguments alone; safe from any thread.
+// Threads: any thread. The functions keep no state.
 #pragma once
 
 #include <cstddef>
@@ -12,10 +12,10 @@
 
 namespace tcamshow {
 
-/// A text is not what was expected. what() says what is wrong and what was expected.
+/// A fault in a text. what() says what is wrong and what was expected.
 class TextFault : public std::runtime_error {
  public:
-  /// `at`: where the fault is in the text, in bytes from 0.
+  /// `at` is the place of the fault in the text, in bytes, counted from 0.
   TextFault(std::size_t at, const std::string& message);
   ~TextFault() override;
   std::size_t at() const noexcept { return at_; }
@@ -24,27 +24,27 @@ class TextFault : public std::runtime_error {
   std::size_t at_;
 };
 
-/// Reads the values that a text names, as sets of the name's own width:
+/// Reads the values that a text names, as sets of the width of `name`:
 ///
 ///     any  *                     every value
 ///     10.0.0.1  80  0x50  tcp    one value
-///     10.0.0.0/8  2001:db8::/32  addresses that begin alike
-///     10.0.0.1/255.0.0.255       value and mask; of numbers too: 80/0xff
+///     10.0.0.0/8  2001:db8::/32  addresses with this prefix
+///     10.0.0.1/255.0.0.255       value and mask; also for numbers: 80/0xff
 ///     1024-65535                 from one value to another, both included
-///     yes  no                    of frag
-///     +S-A                       of flags: SYN set, ACK clear; F S R P A U
-///     1024/0xfc00&1100-1200      what is in both
+///     yes  no                    for frag
+///     +S-A                       for flags: SYN set, ACK clear; F S R P A U
+///     1024/0xfc00&1100-1200      the values that are in both
 ///
-/// Throws TextFault. A range whose end lies before its beginning is a fault, and so is a number
-/// that the field cannot hold.
+/// Throws TextFault. It is also a fault if a range ends before it begins, or if the field cannot
+/// hold a number.
 FieldSets valuesFromText(const FieldName& name, std::string_view text);
 
-/// Appends the set's shortest text in that notation; "*" for every value.
+/// Appends the set's shortest text in this notation. All values are "*".
 void valuesAppend(std::string& out, const FieldName& name, const FieldSet& set);
 
 /// "tcp", "icmp6" or a number.
 std::string protocolText(Word protocol);
-/// False, and the result untouched, where no protocol has that name.
+/// If no protocol has that name, returns false and leaves the result unchanged.
 bool protocolByName(std::string_view name, Word& protocol) noexcept;
 
 }  // namespace tcamshow

@@ -1,7 +1,7 @@
 // The set of packets that an entry matches: a box, with a set of values for each field.
 //
-// Threads: plain values; distinct objects may be used from distinct threads, and one that nobody
-// changes from any.
+// Threads: plain values. Distinct threads may use distinct objects. Any number of threads may read
+// an object that nobody changes.
 #pragma once
 
 #include <array>
@@ -14,10 +14,11 @@
 
 namespace tcamshow {
 
-/// The packets whose every field has a value of the field's set.
+/// A set of packets. It has a set of values for each field. A packet is in the match if the value
+/// of each of its fields is in the set of that field.
 ///
-/// Invariant: the sets are canonical, so that equal matches are equal field by field; all matches
-/// that hold no packet are equal.
+/// Invariant: the sets are canonical, so equal matches are equal field by field. All empty matches
+/// are equal.
 ///
 ///     Match match;                                              // every packet
 ///     match.restrict(Field::proto, FieldSet::exactly(6));
@@ -27,29 +28,29 @@ class Match {
   /// Every packet.
   Match() noexcept;
 
-  /// Leaves the packets whose field is in the set too; none is the empty set. The field counts as
-  /// named from then on.
+  /// Keeps only the packets whose value of `field` is in `set`. std::nullopt is the empty set. From
+  /// then on the field counts as named.
   void restrict(Field field, const std::optional<FieldSet>& set) noexcept;
-  /// As restrict, but the field is not named by it.
+  /// As restrict(), but the field does not count as named.
   void limit(Field field, const std::optional<FieldSet>& set) noexcept;
 
-  /// Whether there is no packet at all.
+  /// Whether the match has no packet.
   bool isEmpty() const noexcept { return isEmpty_; }
-  /// The field's values. Of an empty match: any set.
+  /// The values of the field. Meaningless if the match is empty.
   const FieldSet& operator[](Field field) const noexcept { return sets_[indexOf(field)]; }
   bool isAny(Field field) const noexcept { return (limited_ & bitOf(field)) == 0; }
-  /// The fields that are not any value.
+  /// The fields that may not have every value.
   FieldMask limited() const noexcept { return limited_; }
-  /// The fields that were named, those that any value satisfies included.
+  /// The fields that were named, including those that may have every value.
   FieldMask named() const noexcept { return named_; }
 
   bool has(Field field, Word value) const noexcept { return (*this)[field].has(value); }
   bool overlaps(const Match& other) const noexcept;
   bool contains(const Match& other) const noexcept;
-  /// Whether both hold the same packets, whatever they name.
+  /// Whether both have the same packets. Named fields do not count.
   friend bool operator==(const Match& a, const Match& b) noexcept;
 
-  /// The same bytes for equal matches, others for others: to be hashed and compared.
+  /// Appends a key for hashing and comparing: equal matches, and only these, have equal keys.
   void keyAppend(std::string& key) const;
 
  private:
@@ -59,12 +60,13 @@ class Match {
   std::array<FieldSet, fieldCount> sets_;
 };
 
-/// What the entry's qualifiers and range checkers say, whatever their status. Its table limits the
-/// ether type: ip to IPv4, ip6 to IPv6; in the tables mac and tcam a field that is IPv4's or IPv6's
-/// alone does.
+/// The match of the entry's qualifiers and range checkers, whatever their status. The entry's table
+/// limits the ether type: ip to IPv4, ip6 to IPv6. In the tables mac and tcam, a field that only
+/// IPv4 or only IPv6 has limits it.
 Match matchOf(const Entry& entry) noexcept;
 
-/// Which packets an entry's match has: by these, some fields mean nothing in it.
+/// The kind of an entry's packets. In a match of one kind, the fields of the other kind mean
+/// nothing.
 enum class PacketKind : std::uint8_t { any, ip, ip6 };
 PacketKind kindOf(const Match& match) noexcept;
 

@@ -1,6 +1,6 @@
-// Which of many boxes meet a box.
+// Finds the boxes that overlap a given box.
 //
-// Threads: one adds; any number may ask an index that nobody adds to.
+// Threads: one thread may add. Any number of threads may search an index that nobody adds to.
 #pragma once
 
 #include <array>
@@ -11,16 +11,16 @@
 
 namespace tcamshow {
 
-/// 32 bits of a box: where the mask has a 1, those of its packets are those of the value.
+/// 32 bits of a box. A mask bit of 1 means that all packets of the box have the value's bit.
 struct TernaryWord {
   std::uint32_t value;
   std::uint32_t mask;
 };
 
-/// Boxes in columns of 32-bit words, value beside mask, so that one step of a scan rules out many.
+/// Boxes in columns of 32-bit words of values and masks. One step of a scan excludes many boxes.
 ///
-/// A scan over columns beats trees here: matches overlap in too many ways for a tree to part them,
-/// and a scan reads memory in order.
+/// A scan over columns is faster here than a tree: matches overlap in too many ways for a tree to
+/// separate them, and a scan reads memory in order.
 ///
 ///     OverlapIndex index(space);
 ///     for (...) index.add(box);
@@ -31,23 +31,23 @@ class OverlapIndex {
   /// `space` must outlive the index.
   explicit OverlapIndex(const BoxSpace<W>& space);
 
-  /// Appends a box; its number is size() as it was before.
+  /// Appends a box. Its number is the size() before the call.
   void add(Box<W> box);
   std::uint32_t size() const noexcept { return static_cast<std::uint32_t>(boxes_.size()); }
   const BoxList<W>& boxes() const noexcept { return boxes_; }
   Box<W> operator[](std::uint32_t number) const noexcept { return boxes_[number]; }
 
-  /// Appends the numbers in [from, to) of the boxes that meet `box`, ascending.
+  /// Appends the numbers of the boxes in [from, to) that overlap `box`, in ascending order.
   void overlapping(Box<W> box, std::uint32_t from, std::uint32_t to,
                    std::vector<std::uint32_t>& found) const;
 
  private:
   static constexpr std::uint32_t blockSize = 64;
 
-  /// Where a field's bits stand: 32 of them at most in a word.
+  /// The place of a field's bits in a word, at most 32 of them.
   struct Part {
     std::uint8_t field;       // in the space's order
-    std::uint8_t fieldShift;  // the field's lowest bit that is in it
+    std::uint8_t fieldShift;  // the field's lowest bit in this part
     std::uint8_t bits;
     std::uint8_t wordShift;
   };
@@ -55,7 +55,7 @@ class OverlapIndex {
     std::vector<Part> parts;
     std::vector<std::uint32_t> values;
     std::vector<std::uint32_t> masks;
-    std::vector<TernaryWord> hulls;  // of each block: the bits that are the same in all of it
+    std::vector<TernaryWord> hulls;  // for each block: the bits that all its boxes have in common
   };
   static TernaryWord wordOf(const Column& column, Box<W> box) noexcept;
   std::uint32_t rangesOf(Box<W> box) const noexcept;

@@ -1,6 +1,6 @@
-// What is wrong with the entries of one place: which never win, disagree, or can be spared.
+// Finds the entries of one place that never win, disagree, or can be left out.
 //
-// Threads: one at a time.
+// Threads: one thread at a time.
 #pragma once
 
 #include <array>
@@ -15,22 +15,22 @@
 
 namespace tcamshow {
 
-/// The classes of findings, in the order in which an entry's are listed.
+/// The classes of findings. The findings of one entry are listed in this order.
 enum class LintClass : std::uint8_t {
   notInstalled,  ///< its state is not "programmed"
   empty,         ///< matches no packet
   duplicate,     ///< an installed entry ahead of it matches the same packets
   shadowed,      ///< the installed entries ahead of it match all that it matches
   deadButHit,    ///< empty, duplicate or shadowed, and its counter is not 0
-  redundant,     ///< each packet that it wins would meet the same action behind it
-  tie,           ///< overlaps an entry of the same priority and another action
-  neverHit,      ///< its counter is programmed and 0
-  unknown,       ///< the search met its bound
+  redundant,  ///< without it, each packet that it wins would get the same action from a later entry
+  tie,        ///< overlaps an entry with the same priority and another action
+  neverHit,   ///< its counter is programmed, and is 0
+  unknown,    ///< the search reached its bound
 };
 inline constexpr std::size_t lintClassCount = 9;
 /// "not-installed", ...
 std::string_view lintClassName(LintClass kind) noexcept;
-/// None where nothing has that name.
+/// std::nullopt if no class has that name.
 std::optional<LintClass> lintClassByName(std::string_view name) noexcept;
 
 /// A set of classes, one bit each.
@@ -40,13 +40,13 @@ constexpr LintClasses bitOf(LintClass kind) noexcept {
 }
 constexpr LintClasses allLintClasses = (1U << lintClassCount) - 1;
 
-/// What a finding needs to know of an entry beside its match. Texts that are equal have equal
+/// The properties of an entry that findings depend on, besides its match. Equal texts have equal
 /// numbers.
 struct LintRule {
   std::uint64_t hits = 0;
   std::uint32_t priority = 0;
   std::uint32_t action = 0;
-  std::uint32_t otherMatch = 0;  ///< 0: none
+  std::uint32_t otherMatch = 0;  ///< the number of its other match; 0 if it has none
   bool isInstalled = true;
   bool countersAreProgrammed = false;
 };
@@ -56,32 +56,33 @@ struct LintFinding {
   std::uint32_t rule = 0;
   LintClass kind = LintClass::empty;
   std::vector<std::uint32_t> blame;  ///< ascending
-  /// Of a duplicate or shadowed rule: some packet that it matches gets another action than its own.
+  /// For a duplicate or shadowed rule: at least one packet that it matches gets another action.
   bool conflict = false;
-  std::unique_ptr<Match> packet;  ///< the proof, where there is one
+  std::unique_ptr<Match> packet;  ///< a packet that proves the finding, or null
 };
 
-/// Finds what holds, exactly, whatever the rules with another match match: such a rule can be
-/// covered, but covers only rules of the same text.
+/// Finds the rules of each class, exactly. A rule with another match limits its packets in a way
+/// that is not known here. So a finding is made only if it holds in every case: such a rule can be
+/// covered, but covers only rules with the same other match.
 ///
 ///     auto const place = LintPlace::make(fields);
 ///     for (...) place->add(rule, match);      // in match order
 ///     for (auto const& finding : place->findings(allLintClasses)) show(finding);
 class LintPlace {
  public:
-  /// Boxes that the searches of one place may look at, and those of one of its rules.
+  /// The largest numbers of boxes that the searches of one place, and those of one rule, look at.
   static constexpr std::uint64_t placeBound = 1'000'000;
   static constexpr std::uint64_t ruleBound = coverBound;
 
-  /// `fields`: at least those that some match limits.
+  /// `fields` has at least the fields that some match limits.
   static std::unique_ptr<LintPlace> make(FieldMask fields);
   virtual ~LintPlace() = default;
   LintPlace(const LintPlace&) = delete;
   LintPlace& operator=(const LintPlace&) = delete;
 
-  /// Appends a rule: the next in match order.
+  /// Appends the next rule in match order.
   virtual void add(const LintRule& rule, const Match& match) = 0;
-  /// The findings of the classes asked for, in match order. To be called once, after the last rule.
+  /// The findings of these classes, in match order. Call it once, after the last rule.
   virtual std::vector<LintFinding> findings(LintClasses classes) = 0;
 
  protected:

@@ -1,4 +1,4 @@
-// The text forms of addresses, read strictly: Trelix, with the types that a snapshot's lines have.
+// The text forms of addresses: Trelix, for the types of the snapshot's model.
 #pragma once
 
 #include <array>
@@ -15,8 +15,9 @@ namespace tcamshow {
 using Ip6Octets = std::array<std::uint8_t, 16>;
 using MacOctets = std::array<std::uint8_t, 6>;
 
-/// Each reads a whole text: nothing may stand before or after the address, there are no zones, and
-/// no number of a dotted quad begins with a needless 0. False, and the result untouched, otherwise.
+/// These functions read a text strictly: nothing before or after the address, no zone, and no
+/// leading 0 in a number of a dotted quad. If the text is wrong, they return false and leave the
+/// result unchanged.
 inline bool ipFromText(std::string_view text, std::uint32_t& address) noexcept {
   auto const parsed = Trelix::IpAddr::tryParse(text);
   if (parsed) address = parsed->hostOrder();
@@ -49,7 +50,7 @@ inline void appendMac(std::string& out, const MacOctets& address) {
   appendAddress(out, Trelix::EthAddr::fromBytes(address));
 }
 
-/// The mask of the first `length` bits; `length` is at most 32, or 128.
+/// The mask of the first `length` bits. `length` is at most 32 for IPv4, at most 128 for IPv6.
 constexpr std::uint32_t ipMask(unsigned length) noexcept {
   return Trelix::IpAddr::prefixMask(length).hostOrder();
 }

@@ -1,4 +1,4 @@
-// One line of JSON Lines as it is read: its values, and messages that name the member.
+// Reading JSON Lines: the values of a line, and messages that name the member.
 #pragma once
 
 #include <cstddef>
@@ -15,30 +15,30 @@
 
 namespace tcamshow {
 
-/// Reads lines that hold a JSON object each, value by value, in the order in which they stand.
+/// Reads lines of one JSON object each. The values are read in the order of the line.
 ///
-/// Every fault throws InputError with the file, the line, the kind of line where it is known, and
-/// the member that is being read: one of the line's own, or a record in a collection, or one of the
-/// record's own. eachField() keeps note of where it is.
+/// A fault throws InputError. It names the file, the line, the kind of line if it is known, and the
+/// member that is being read: a member of the line, a record in a collection, or a member of a
+/// record. eachField() remembers which one that is.
 class JsonLines {
  public:
   explicit JsonLines(InputFile file);
 
   const LineReader& lines() const noexcept { return lines_; }
 
-  /// Goes on to the next line that is not blank; false at the end.
+  /// Moves to the next line that is not blank. False at the end.
   bool next();
   std::string_view line() const noexcept { return line_; }
-  /// The members of the line, from the first; again each time.
+  /// The members of the line. Each call begins at the first one again.
   ondemand::object members();
-  /// The text of one member, which the line must have, wherever it stands.
+  /// The text of one member. The line must have it, at any place.
   std::string_view textOf(std::string_view member);
   /// Checks that nothing follows the line's object.
   void ended();
 
-  /// What messages call the kind of line; empty until it is known.
+  /// Sets the kind of line for messages. It is empty until this call.
   void kindIs(std::string_view kind) noexcept { kind_ = kind; }
-  /// What messages name where no eachField() does; `depth` is as there.
+  /// Sets the member for messages, outside of eachField(). For `depth` see there.
   void memberIs(std::string_view name, std::size_t depth) noexcept { path_[depth] = name; }
 
   [[noreturn]] void fail(std::string_view message) const;
@@ -50,17 +50,17 @@ class JsonLines {
   /// A whole number in the range of its type, written as digits alone.
   template <class Number>
   Number number(ondemand::value& value) const;
-  /// A string's text, good until the next line.
+  /// A string's text, valid until the next line.
   std::string_view text(ondemand::value& value, std::string_view expected = "a string") const;
   /// A string's text without control characters.
   std::string_view printable(ondemand::value& value) const;
   ondemand::object object(ondemand::value& value) const;
 
-  /// Calls `use(name, value)` for each field. `depth` says whether the fields are the line's
-  /// members (0), the records of a collection (1) or a record's own (2).
+  /// Calls `use(name, value)` for each field. `depth` is 0 for the line's members, 1 for the
+  /// records of a collection, 2 for the members of a record.
   template <class Use>
   void eachField(ondemand::object fields, std::size_t depth, const Use& use);
-  /// Notes in `seen` that the field `index` was met. It may be met once.
+  /// Notes in `seen` that the field `index` was read. A second time is a fault.
   void once(std::uint32_t& seen, std::size_t index) const {
     if ((seen >> index & 1) != 0) [[unlikely]]
       failMember(" stands twice");
@@ -75,7 +75,7 @@ class JsonLines {
     if (error != simdjson::SUCCESS) [[unlikely]]
       failJson(error);
   }
-  /// As text(); says whether it is known to hold no control character.
+  /// As text(). `isPlain` becomes true if the text is known to hold no control character.
   std::string_view text(ondemand::value& value, std::string_view expected, bool& isPlain) const;
   std::string_view name(ondemand::field& field) const;
   bool unescape(ondemand::raw_json_string raw, std::string_view& text) const;
@@ -84,7 +84,8 @@ class JsonLines {
   ondemand::parser parser_;
   ondemand::document document_;
   std::string_view line_;
-  // The line's texts that had escapes, one behind the other: no longer than the line.
+  // The unescaped forms of the line's texts with escapes, one after another: no longer than the
+  // line.
   std::unique_ptr<std::uint8_t[]> texts_;
   std::size_t textsRoom_ = 0;
   mutable std::uint8_t* textsEnd_ = nullptr;
@@ -92,7 +93,7 @@ class JsonLines {
   std::string_view path_[3];  // the member, the record, its field; none where data() is null
 };
 
-// --- what every value of every line goes through
+// --- the hot path: inline
 
 template <class Number>
 Number JsonLines::number(ondemand::value& value) const {
@@ -102,7 +103,7 @@ Number JsonLines::number(ondemand::value& value) const {
   simdjson::error_code error = simdjson::SUCCESS;
   if constexpr (Limits::is_signed) {
     error = value.get_int64().get(wide);
-    // No other number can be written in two ways.
+    // -0 is refused: 0 is the only whole number that could be written in two ways.
     if (wide == 0 && value.raw_json_token().starts_with('-')) error = simdjson::INCORRECT_TYPE;
   } else {
     error = value.get_uint64().get(wide);
@@ -118,7 +119,7 @@ inline std::string_view JsonLines::text(ondemand::value& value, std::string_view
   std::string_view const token = value.raw_json_token();
   if (!token.starts_with('"')) [[unlikely]]
     failMember(": " + described(value) + " is not " + std::string(expected));
-  // Where nothing is escaped, which is the rule, the text is the line's own.
+  // Nearly always nothing is escaped. Then the text is a part of the line.
   const char* const from = token.data() + 1;
   const char* const end = plainEnd(from);
   isPlain = *end == '"';

@@ -1,7 +1,7 @@
-// simdjson, as the program uses it.
+// The program's way to use simdjson.
 #pragma once
 
-// The parser's checks of its caller write to memory that it may not have got.
+// Turns off simdjson's checks of its caller: they write to memory whose allocation may have failed.
 #define SIMDJSON_DEVELOPMENT_CHECKS 0
 #include <simdjson.h>
 
@@ -16,15 +16,15 @@ namespace tcamshow {
 
 namespace ondemand = simdjson::ondemand;
 
-/// To be called before a parser is first used. simdjson chooses its code then, with memory that may
-/// not be there; the process ends with the message and the status of any other lack of memory.
+/// Call this before a parser is first used. simdjson then chooses its code, which allocates memory.
+/// If that fails, the process ends with the message and the status of any other lack of memory.
 void prepareJsonParser();
 
-/// A value as a message shows it: a string or number as it is written.
+/// A value in the form for a message: a string or number as it is written.
 std::string described(ondemand::value& value);
 
-/// Up to where a string is plain: the first byte that is a quote, a backslash or a control
-/// character. One of them, or the padding, follows every string.
+/// The first byte of a string that is not plain: a quote, a backslash or a control character. Every
+/// string is followed by one of them, or by the padding.
 inline const char* plainEnd(const char* at) noexcept {
   constexpr std::uint64_t ones = 0x0101010101010101U;
   constexpr std::uint64_t highs = ones * 0x80;
@@ -32,8 +32,8 @@ inline const char* plainEnd(const char* at) noexcept {
     for (;; at += sizeof(std::uint64_t)) {
       std::uint64_t word = 0;
       std::memcpy(&word, at, sizeof word);
-      // A byte that is 0 borrows from the one above it, so only the lowest mark is sure; it is the
-      // one that is asked for.
+      // A byte that is 0 borrows from the byte above it, so only the lowest mark is certain. It is
+      // the one that is needed.
       std::uint64_t const quotes = word ^ ones * '"';
       std::uint64_t const backslashes = word ^ ones * '\\';
       std::uint64_t const deletes = word ^ ones * 0x7F;
@@ -50,7 +50,7 @@ inline const char* plainEnd(const char* at) noexcept {
   }
 }
 
-/// Where the first byte of a text that is not plain stands (U+0000 to U+001F, U+007F), or npos.
+/// The index of the first control character of a text (U+0000 to U+001F, U+007F), or npos.
 std::size_t findControl(std::string_view text) noexcept;
 
 }  // namespace tcamshow

@@ -1,4 +1,4 @@
-// Where a text stops being JSON.
+// Finds the place where a text stops being JSON.
 #pragma once
 
 #include <cstddef>
@@ -7,18 +7,19 @@
 
 namespace tcamshow {
 
-/// The first fault of a text that is no JSON value.
+/// The first fault of a text that is not a JSON value.
 struct JsonFault {
-  std::size_t byte = 0;    ///< from 1; 0: the text is a JSON value
-  std::string what;        ///< what is wrong there, for a message
+  std::size_t byte = 0;    ///< counted from 1; 0 if the text is a JSON value
+  std::string what;        ///< the description of the fault, for a message
   bool hasMember = false;  ///< whether a member's name had been read
-  std::string member;      ///< the member read last: its names from the outermost on, with dots
+  std::string member;      ///< the member that was read last: its names, outermost first, with dots
 };
 
-/// Reads the text from its beginning to its first fault. `whole` is what messages call the text. An
-/// object or array inside `deepest` others is a fault too.
+/// Reads the text up to its first fault. `whole` is the name of the text in messages. An object or
+/// array inside `deepest` others is a fault too.
 ///
-/// Memory: a bit for each level that is open at once, and 16 bytes for each that is an object.
+/// Memory: one bit for each level that is open at the same time, and 16 bytes more if it is an
+/// object.
 JsonFault findJsonFault(std::string_view text, std::string_view whole = "line",
                         std::size_t deepest = static_cast<std::size_t>(-1));
 

@@ -1,4 +1,5 @@
-// The members of a snapshot's lines: one table for all who read, write, print or explain them.
+// The members of a snapshot's lines: one table for all code that reads, writes, prints or explains
+// them.
 #pragma once
 
 #include <array>
@@ -19,12 +20,12 @@ enum class LineKind : std::uint8_t { header, group, entry };
 inline constexpr NameTable lineKindNames({"snapshot", "group", "entry"});
 
 enum class Presence : std::uint8_t {
-  optional,  ///< its default where it is not there; written where it differs from that
-  always,    ///< its default where it is not there; always written
-  required,  ///< an error where it is not there; always written
+  optional,  ///< has its default if it is missing; written only if it differs from that
+  always,    ///< has its default if it is missing; always written
+  required,  ///< an error if it is missing; always written
 };
 
-/// One member. Its range and form are those of its type in the model, its default is the model's.
+/// One member. The model gives its range and form (by its type) and its default.
 template <class OwnerType, class ValueType>
 struct Member {
   using Owner = OwnerType;
@@ -39,8 +40,8 @@ struct Member {
   Presence presence;
 };
 
-/// All members but `type`, in the order in which they are written. A member of Place belongs to the
-/// lines that have a place.
+/// All members except `type`, in the order in which they are written. A member of Place belongs to
+/// all lines that have a place.
 inline constexpr std::tuple members{
     Member("version", &Header::version, Presence::required),
     Member("numPipes", &Header::numPipes),
@@ -68,8 +69,8 @@ inline constexpr std::tuple members{
 inline constexpr std::size_t memberCount = std::tuple_size_v<decltype(members)>;
 static_assert(memberCount <= 32);
 
-/// The members of the records in `qualifiers` and `rangeCheckers`. A qualifier's value and mask
-/// have the form of its kind, both are required; the others are as above.
+/// The members of the records in `qualifiers` and `rangeCheckers`. A qualifier's value and mask are
+/// required, and have the form of the qualifier's kind. The others are as above.
 inline constexpr std::string_view valueName = "value";
 inline constexpr std::string_view maskName = "mask";
 inline constexpr std::tuple qualifierMembers{
@@ -81,7 +82,7 @@ inline constexpr std::tuple rangeCheckerMembers{
     Member("status", &RangeChecker::status),
 };
 
-/// The kind of line that a Header, Group or Entry is.
+/// The kind of line of a Header, Group or Entry.
 template <class Line>
 constexpr LineKind lineKind = std::is_same_v<Line, Header>  ? LineKind::header
                               : std::is_same_v<Line, Group> ? LineKind::group
@@ -92,7 +93,7 @@ template <class Line, class Owner>
 constexpr bool hasMembersOf = std::is_same_v<Line, Owner> ||
                               (std::is_same_v<Owner, Place> && !std::is_same_v<Line, Header>);
 
-/// The member's value in a line that has it.
+/// The member's value. The line must have the member.
 template <class Line, class Owner, class Value>
 constexpr auto& memberOf(Line& line, const Member<Owner, Value>& member) noexcept {
   if constexpr (std::is_same_v<Owner, Place>) {
@@ -126,12 +127,12 @@ template <std::size_t... indices>
 constexpr auto makeMemberNames(std::index_sequence<indices...>) {
   return NameTable({std::get<indices>(members).name..., std::string_view("type")});
 }
-/// The names of `members`, each with its index there, and behind them "type".
+/// The names of `members`, each at its index there, followed by "type".
 inline constexpr auto memberNames = makeMemberNames(std::make_index_sequence<memberCount>());
 inline constexpr std::size_t memberType = memberCount;
 
-/// The members of a Line, a bit for each at its index in memberNames: all of them, with the type,
-/// and those that are required.
+/// The members of a Line as a set of bits, numbered as in memberNames: all of them with the type,
+/// and the required ones.
 template <class Line>
 constexpr std::uint32_t memberBits(bool onlyRequired) noexcept {
   std::uint32_t bits = onlyRequired ? 0 : std::uint32_t{1} << memberType;
@@ -141,7 +142,7 @@ constexpr std::uint32_t memberBits(bool onlyRequired) noexcept {
   return bits;
 }
 
-/// The default of a member, as the model has it.
+/// The default of a member in the model.
 template <class Owner, class Value>
 Value usualValue(const Member<Owner, Value>& member) {
   return Owner().*member.at;

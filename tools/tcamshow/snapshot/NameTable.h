@@ -16,8 +16,8 @@ namespace tcamshow {
 /// The names of a fixed list; no two are equal, and each has a slot of its own. The names' bytes
 /// are not copied.
 ///
-/// The hash reads a name's size and last eight bytes. A list of which two names agree in both does
-/// not compile or, where it is only known at run time, stops the process.
+/// The hash reads only the size and the last eight bytes of a name. If two names of the list agree
+/// in both, a constant list does not compile, and any other list stops the process.
 ///
 ///     constexpr NameTable stages({"lookup", "ingress", "egress"});
 ///     stages.find("egress")  // 2
@@ -32,7 +32,7 @@ class NameTable {
       names_[i] = names[i];
       tails_[i] = tail(names[i]);
     }
-    // Any odd number may do; the first that separates the names is kept.
+    // Takes the first odd number that gives each name a slot of its own.
     multiplier_ = 0x9E3779B97F4A7C15U;
     for (int attempt = 0; !placed(); multiplier_ = multiplier_ * 0xD1342543DE82EF95U + 2) {
       if (++attempt == 10000) {
@@ -51,7 +51,7 @@ class NameTable {
     std::uint64_t const end = tail(name);
     std::size_t const index = slots_[slot(end, name.size())];
     if (index == none || names_[index].size() != name.size() || tails_[index] != end) return none;
-    // The tail is all of a short name.
+    // The whole name, if it is short.
     if (name.size() <= sizeof end) return index;
     return names_[index].substr(0, name.size() - sizeof end) ==
                    name.substr(0, name.size() - sizeof end)
@@ -72,7 +72,7 @@ class NameTable {
         std::memcpy(&word, name.data() + (size - sizeof word), sizeof word);
         return word;
       }
-      // Both halves may hold the same bytes, at the same place.
+      // The two halves may overlap.
       std::uint32_t low = 0;
       std::uint32_t high = 0;
       std::memcpy(&low, name.data(), sizeof low);

@@ -1,4 +1,4 @@
-// The model: what a snapshot's lines hold, and every source gives, as plain values.
+// The model: the lines of a snapshot as plain values. Every source gives these values.
 #pragma once
 
 #include <array>
@@ -29,7 +29,7 @@ enum class Table : std::uint8_t { ip, ip6, mac, tcam };
 /// The status of what is programmed in hardware; every other value means absent.
 constexpr std::uint8_t statusProgrammed = VelmorTcam::hwQualStatusProgrammed;
 
-/// Where a group's copy stands. Ordered by stage, pipe, group priority, group id and copy id.
+/// The place of one copy of a group. Ordered by stage, pipe, group priority, group id and copy id.
 struct Place {
   Stage stage = Stage::ingress;
   std::int16_t pipe = 0;
@@ -52,7 +52,7 @@ struct Header {
   bool hasNumPipes = false;  ///< whether the number was given
 };
 
-/// One copy of a group. The name is a view into what the source or the writer's caller keeps. It
+/// One copy of a group. The name is a view: the source, or the writer's caller, keeps the text. It
 /// holds no control character (U+0000 to U+001F, U+007F).
 struct Group {
   Place place;
@@ -61,7 +61,7 @@ struct Group {
   std::uint32_t freeEntries = 0;
 };
 
-/// What a qualifier's value and mask are.
+/// The kind of a qualifier's value and mask.
 enum class QualifierKind : std::uint8_t {
   word,  ///< a number
   ip,    ///< an IPv4 address, kept as a number
@@ -76,7 +76,7 @@ struct AddressAndMask {
 };
 
 struct Qualifier {
-  // Written out: the addresses are left as they are, for one kind in four fills them.
+  // Leaves the addresses uninitialised: only the kinds ip6 and mac use them.
   // NOLINTNEXTLINE(modernize-use-equals-default): that would clear them
   Qualifier() noexcept {}
 
@@ -100,8 +100,8 @@ struct RangeChecker {
   std::uint8_t status = statusProgrammed;
 };
 
-/// One TCAM entry. Its texts are as Group's; no qualifier type and no range checker type stands in
-/// it twice.
+/// One TCAM entry. The rules for its texts are those of Group's name. No qualifier type and no
+/// range checker type occurs twice.
 struct Entry {
   Place place;
   Table table = Table::ip;
@@ -117,7 +117,7 @@ struct Entry {
   std::vector<Qualifier> qualifiers;
   std::vector<RangeChecker> rangeCheckers;
 
-  /// Back to the defaults; the vectors keep their room.
+  /// Sets everything to the defaults. The vectors keep their memory.
   void clear() {
     qualifiers.clear();
     rangeCheckers.clear();
@@ -142,7 +142,7 @@ struct RangeCheckerName {
   std::uint8_t type;
 };
 
-/// Each returns null when nothing has that name or number.
+/// These functions return null if nothing has that name or number.
 const QualifierName* qualifierByName(std::string_view name) noexcept;
 const QualifierName* qualifierByType(std::uint8_t type) noexcept;
 const RangeCheckerName* rangeCheckerByName(std::string_view name) noexcept;
@@ -154,11 +154,11 @@ std::span<const RangeCheckerName> rangeCheckerList() noexcept;
 
 Halvo::String stageName(Stage stage);
 std::string_view tableName(Table table) noexcept;
-/// False, and the result untouched, when nothing has that name.
+/// If nothing has that name, these functions return false and leave the result unchanged.
 bool stageByName(std::string_view name, Stage& stage) noexcept;
 bool tableByName(std::string_view name, Table& table) noexcept;
 
-/// A qualifier of the kind word or ip that is programmed.
+/// A programmed qualifier of the kind word or ip.
 inline Qualifier wordQualifier(std::uint8_t type, std::uint32_t value, std::uint32_t mask,
                                QualifierKind kind = QualifierKind::word) {
   Qualifier qualifier;

@@ -1,4 +1,4 @@
-// Where entries come from.
+// The interface of all sources of entries.
 #pragma once
 
 #include <cstdint>
@@ -9,12 +9,12 @@
 
 namespace tcamshow {
 
-/// Gives what a file holds, whatever its format: a header, then groups and entries in any order,
-/// one at a time to whoever asks. Nobody who asks knows what stands behind it.
+/// Gives the contents of a file: a header, then groups and entries in any order, one for each call
+/// of next(). The caller need not know the file's format.
 ///
-/// A source checks what it gives: numbers are in their range, texts are UTF-8 without control
-/// characters, no place has two groups. A fault throws InputError, which says where; the source is
-/// not to be used after that.
+/// A source checks everything that it gives: numbers are in their range, texts are UTF-8 without
+/// control characters, no place has two groups. A fault throws InputError, which names the place.
+/// Do not use the source after that.
 ///
 ///     while (source.next() != Source::Item::end) { ... }
 class Source {
@@ -26,25 +26,25 @@ class Source {
   Source& operator=(const Source&) = delete;
 
   const Header& header() const noexcept { return header_; }
-  /// Goes on to the next group or entry and says which of them it is. After the end it is not
-  /// called again.
+  /// Moves to the next group or entry, and returns which of the two it is. Do not call it after
+  /// Item::end.
   virtual Item next() = 0;
-  /// What next() gave last; texts and vectors are good until it is called again.
+  /// The last group and the last entry. Texts and vectors are valid until the next call of next().
   const Group& group() const noexcept { return group_; }
   const Entry& entry() const noexcept { return entry_; }
 
-  /// Where that stands, as messages name it; the line is from 1, or 0 where the format has none.
+  /// The place of the last item, for messages. Lines count from 1; 0 if the format has no lines.
   virtual const std::string& fileName() const noexcept = 0;
   virtual std::uint64_t lineNumber() const noexcept = 0;
 
-  /// Warns of what next() gave last: see Complaints. `message()` is the text without the place.
+  /// Adds a warning about the last item, see Complaints. `message()` is the text without the place.
   template <class Message>
   void warn(const WarningKind& kind, const Message& message) {
     complaints_.warn(kind, [&] { return warningText(fileName(), lineNumber(), message()); });
   }
 
  protected:
-  /// `complaints` outlives the source.
+  /// `complaints` must outlive the source.
   explicit Source(Complaints& complaints) : complaints_(complaints) {}
 
   Header header_;

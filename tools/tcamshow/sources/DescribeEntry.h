@@ -7,7 +7,7 @@
 
 namespace tcamshow {
 
-/// Appends what the entry does and what it matches, as one would write it in an access list:
+/// Appends the action and the match of the entry, in the form of a line of an access list:
 ///
 ///     permit tcp any range 1024 2000 host 192.0.2.80 eq 443 flags syn
 ///

@@ -21,7 +21,7 @@ constexpr Format imports[] = {
      openOpenconfig},
 };
 
-/// What a file may be beside the formats; it has to be changed before it can be read.
+/// A known kind of file that no source reads. It has to be changed first.
 struct Foreign {
   bool (*resembles)(std::string_view start) noexcept;
   std::string_view message;
@@ -34,7 +34,7 @@ constexpr Foreign foreigners[] = {
      R"({"type":"snapshot","version":1} in place of the first it is one)"},
 };
 
-/// A message that leads on, where the file is none of `format`; empty where that is not plain.
+/// The message for a file that is clearly not of `format`, or empty.
 std::string otherwise(const Format& format, std::string_view start) {
   if (format.resembles(start)) return {};
   for (const Foreign& foreign : foreigners) {

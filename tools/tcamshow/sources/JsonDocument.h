@@ -16,8 +16,8 @@ namespace tcamshow {
 
 class JsonDocument;
 
-/// One value of a document. Texts are good as long as the document. A value is visited when it is
-/// met: its members or items once, from the first, and before the next value is asked for.
+/// One value of a document. Its texts are valid as long as the document. Visit the members or items
+/// of a value once, from the first on, before you ask for the next value.
 class JsonValue {
  public:
   enum class Kind : std::uint8_t { object, array, string, number, other };
@@ -26,11 +26,11 @@ class JsonValue {
   bool isArray() const noexcept { return kind_ == Kind::array; }
   bool isString() const noexcept { return kind_ == Kind::string; }
   bool isNumber() const noexcept { return kind_ == Kind::number; }
-  /// A string's text; all else but an object or array as it is written.
+  /// A string's text. Any other value as it is written; not for an object or array.
   std::string_view text() const noexcept { return text_; }
-  /// As a message shows it.
+  /// The value in the form for a message.
   std::string shown() const;
-  /// Where it begins.
+  /// The beginning of the value in the document.
   const char* begin() const noexcept { return begin_; }
 
   using UseMember = std::function<void(std::string_view name, JsonValue& value)>;
@@ -52,31 +52,31 @@ class JsonValue {
   Kind kind_ = Kind::other;
 };
 
-/// The text of a document, which is checked as a whole before the first value is given: behind that
-/// only its meaning can be wrong.
+/// A whole document. Its syntax is checked before the first value is given: after that, only the
+/// meaning can be wrong.
 ///
-/// Memory: the text, and up to four times its size until visited() is called. Texts with escapes
-/// are kept beside it.
+/// Memory: the text, and up to four times its size until visited() is called. The unescaped forms
+/// of texts with escapes take memory too.
 class JsonDocument {
  public:
   static constexpr std::size_t largest = std::size_t{64} << 20;
   static constexpr std::size_t deepest = 64;
 
-  /// Reads `file` to its end. Throws InputError, which names the line, when it is no JSON object,
-  /// is nested deeper than `deepest` values or is larger than `largest` bytes.
+  /// Reads the whole file. Throws InputError, which names the line, if the text is not a JSON
+  /// object, is nested deeper than `deepest` values, or is larger than `largest` bytes.
   explicit JsonDocument(InputFile file);
   JsonDocument(const JsonDocument&) = delete;
   JsonDocument& operator=(const JsonDocument&) = delete;
 
   const std::string& fileName() const noexcept { return file_.name(); }
-  /// The object that the document is; to be called once.
+  /// The document's object. Call it once.
   JsonValue root();
-  /// The line, from 1, of a place in the text. It takes time: it is for messages.
+  /// The line of a place in the text, counted from 1. It is slow: only for messages.
   std::uint64_t lineOf(const char* at) const noexcept;
 
-  /// Keeps a text as long as the document.
+  /// Keeps `text` as long as the document.
   std::string_view keep(std::string text) { return kept_.emplace_back(std::move(text)); }
-  /// Gives back what only visiting needs; values are not to be used after it.
+  /// Frees the memory that only visiting needs. Do not use values after that.
   void visited() noexcept { parser_.reset(); }
 
  private:

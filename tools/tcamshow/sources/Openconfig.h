@@ -9,24 +9,29 @@
 
 namespace tcamshow {
 
-/// Gives the ACLs of `file`: a group for each ACL, with a feature of the ACL's name, and an entry
-/// for each of its entries, in the document's order. The document is read and checked as a whole at
-/// once: nothing is given of one with a fault.
+/// Gives the ACLs of `file` in the document's order: a group for each ACL, and an entry for each of
+/// its entries. The entries' feature is the ACL's name. The whole document is read and checked at
+/// once: if it has a fault, nothing is given.
 ///
 /// The document is JSON: `acl` holds `acl-sets`, which holds `acl-set`, which has a member for each
-/// ACL; its `acl-entries` holds `acl-entry`, which has a member for each entry. Numbers may stand
-/// in strings, decimal or with 0x before them; protocols, ether types and TCP flags may be names. A
-/// member of `acl-set` that is no object is no ACL, and is left out with a warning.
+/// ACL; its `acl-entries` holds `acl-entry`, which has a member for each entry. A number may be a
+/// string, in decimal or, after 0x, in hexadecimal. Protocols, ether types and TCP flags may be
+/// names. A member of `acl-set` that is not an object is left out with a warning.
 ///
-/// An entry goes to the table of its family, which its addresses, its ether type or ICMPv6 show,
-/// else the other entries of its ACL, else the type of the ACL, else it is IPv4. One that matches
-/// nothing above layer 2 goes to the MAC table; but one that matches everything, in an ACL whose
-/// type names a family, to that family's table.
+/// An entry goes to the first of these tables that applies:
 ///
-/// Warns of what no qualifier carries. Memory: at most eight times the document.
+/// - it matches everything, and the ACL's type names a family: that family's table
+/// - it matches nothing above layer 2: the MAC table
+/// - its addresses, its ether type or ICMPv6 show the family: that family's table
+/// - other entries of the ACL show one family: that family's table
+/// - the ACL's type names the family: that family's table
+/// - otherwise the IPv4 table
+///
+/// Gives a warning if no qualifier can hold a part of the match. Memory: at most eight times the
+/// document.
 std::unique_ptr<Source> openOpenconfig(InputFile file, Complaints& complaints);
 
-/// Whether a file that begins so is an ACL document.
+/// Whether a file that begins with `start` is an ACL document.
 bool resemblesOpenconfig(std::string_view start) noexcept;
 
 }  // namespace tcamshow

@@ -1,4 +1,4 @@
-// One entry of an OpenConfig ACL: what it says, and what it becomes.
+// One entry of an OpenConfig ACL: reading it, and making an entry of the model from it.
 #pragma once
 
 #include <cstddef>
@@ -19,11 +19,11 @@ namespace tcamshow {
 
 enum class Family : std::uint8_t { unknown, ip, ip6 };
 
-/// What one entry says, in little memory: an ACL may have very many. The texts belong to the
-/// document.
+/// The contents of one entry. It is small, because an ACL may have very many. The document owns the
+/// texts.
 struct AclEntry {
   struct Prefix {
-    Ip6Octets address;  ///< of an IPv4 address the first four
+    Ip6Octets address;  ///< an IPv4 address takes the first four
     std::uint8_t length = 0;
   };
   struct Mac {
@@ -39,12 +39,12 @@ struct AclEntry {
   std::string_view description;
   std::string_view inputInterface;
   std::uint32_t sequence = 0;
-  Family family = Family::unknown;  ///< as the entry itself shows
+  Family family = Family::unknown;  ///< if the entry itself shows it
   bool permits = false;
-  bool isIcmpByName = false;  ///< the name is used for ICMPv6 too
+  bool isIcmpByName = false;  ///< the protocol was given as IP_ICMP, a name used for ICMPv6 too
   bool isVlanFirst = false;   ///< the VLAN stands before the ether type
   std::uint8_t tcpFlags = 0;
-  std::optional<std::uint8_t> protocol;  ///< absent when any is meant
+  std::optional<std::uint8_t> protocol;  ///< absent for any
   std::optional<std::uint8_t> icmpType;
   std::optional<std::uint8_t> icmpCode;
   std::optional<std::uint16_t> etherType;
@@ -62,11 +62,11 @@ struct AclEntry {
            tcpFlags != 0 || icmpType || icmpCode;
   }
 };
-// The least that an entry with an action and a number takes in a document is some 80 bytes.
+// The shortest entry with an action and a number takes about 80 bytes of a document.
 static_assert(sizeof(AclEntry) <= 160);
 
-/// Where in the document the import is, for messages, and what the document's values mean. Every
-/// fault throws InputError with the line, the ACL, the entry and the member.
+/// Reads the values of a document, and knows the present ACL and entry for messages. A fault throws
+/// InputError with the line, the ACL, the entry and the member.
 class AclDocument {
  public:
   AclDocument(InputFile file, Complaints& complaints)
@@ -74,7 +74,7 @@ class AclDocument {
 
   JsonDocument& json() noexcept { return json_; }
   const JsonDocument& json() const noexcept { return json_; }
-  /// What messages name; no entry is named any more.
+  /// Sets the ACL that messages name. They name no entry until entryIs().
   void aclIs(std::string_view name) noexcept {
     acl_ = name;
     entry_ = {};
@@ -95,7 +95,7 @@ class AclDocument {
   /// A string without control characters, not longer than 32 KiB.
   std::string_view printable(const JsonValue& value, std::string_view member) const;
   void checkPrintable(const JsonValue& at, std::string_view text, std::string_view member) const;
-  /// A number, which may stand in a string, decimal or with 0x before it.
+  /// A number. It may be a string, in decimal or, after 0x, in hexadecimal.
   std::uint32_t number(const JsonValue& value, std::string_view member, std::uint32_t smallest,
                        std::uint32_t largest, std::string_view otherwise = "") const;
 
@@ -103,11 +103,12 @@ class AclDocument {
   using UseKnown =
       std::function<void(std::size_t index, const std::string& path, JsonValue& value)>;
   using UseOnly = std::function<void(const std::string& path, JsonValue& value)>;
-  /// Calls `use` for each member of the object `parent`, whose path is `path`, with its index in
-  /// `names`. Each of these may stand there once, and no other.
+  /// Calls `use` for each member of the object `parent`, with the member's index in `names`. `path`
+  /// is the path of `parent`. A member that is not in `names`, or comes twice, is a fault.
   void eachKnown(JsonValue& parent, const std::string& path, Names names,
                  const UseKnown& use) const;
-  /// Calls `use` for the one member, `name`, that the object `parent` has: an object, and required.
+  /// Calls `use` for the member `name` of the object `parent`. It must be an object, and the only
+  /// member.
   void only(JsonValue& parent, const std::string& path, std::string_view name,
             const UseOnly& use) const;
 
@@ -120,13 +121,13 @@ class AclDocument {
   std::string_view entry_;
 };
 
-/// What the entry `name` says. Whatever does not depend on the other entries of its ACL is checked.
+/// Reads the entry `name`. Checks everything that does not depend on other entries of its ACL.
 AclEntry readAclEntry(AclDocument& document, std::string_view name, JsonValue& value);
 
-/// Fills `entry` with what an entry of `family` becomes: all but its place, its number and its
-/// feature. `usual` is the family that its ACL's own type names, whose table an entry that matches
-/// everything belongs to. The description, where it is not the document's own, is made in
-/// `description`.
+/// Fills `entry` from an entry of `family`, except for its place, its number and its feature.
+/// `usual` is the family that the ACL's type names: an entry that matches everything goes to its
+/// table. `description` receives the text of the entry's description, and must live as long as
+/// `entry`.
 void fillEntry(const AclEntry& from, Family family, Family usual, Entry& entry,
                std::string& description);
 

@@ -1,4 +1,4 @@
-// Ports and ICMP types and codes as an entry holds them.
+// The qualifiers and range checkers for ports, ICMP types and ICMP codes.
 #pragma once
 
 #include <bit>
@@ -14,11 +14,11 @@ constexpr std::uint32_t protocolTcp = 6;
 constexpr std::uint32_t protocolUdp = 17;
 constexpr std::uint32_t protocolIcmp6 = 58;
 
-/// The ports from `low` to `high`, both included; low <= high <= 65535. `type` and `rangeType` say
-/// whether they are the source's or the destination's.
+/// Adds the match of the ports from `low` to `high`, both included; low <= high <= 65535. `type`
+/// and `rangeType` are the types for source or destination ports.
 ///
-/// Every port is no match at all. What one value and mask can match takes a qualifier, every other
-/// range a range checker.
+/// All ports together need no match. A range that one value and mask can express takes a qualifier.
+/// Every other range takes a range checker.
 inline void addPorts(Entry& entry, std::uint8_t type, std::uint8_t rangeType, std::uint32_t low,
                      std::uint32_t high) {
   std::uint32_t const size = high - low + 1;
@@ -34,9 +34,9 @@ inline void addPorts(Entry& entry, std::uint8_t type, std::uint8_t rangeType, st
   entry.rangeCheckers.push_back(range);
 }
 
-/// The ICMP type in the high byte of `value` and `mask` and the code in the low byte, each a match
-/// where its byte of the mask is not 0. The type rides in the source port, the code in the
-/// destination port.
+/// Adds the match of an ICMP type and code. The type is the high byte of `value` and `mask`, the
+/// code the low byte. A byte whose mask is 0 adds nothing. The type becomes a qualifier of the
+/// source port, the code one of the destination port.
 inline void addIcmp(Entry& entry, std::uint32_t value, std::uint32_t mask) {
   if ((mask & 0xFF00) != 0) {
     entry.qualifiers.push_back(

@@ -6,16 +6,16 @@
 
 namespace tcamshow {
 
-/// The version of the JSON that the tables are printed as. It rises when a member changes its name
-/// or meaning or goes away, not when one is added.
+/// The version of the tables' JSON. It rises when a member is renamed, removed, or changes its
+/// meaning, but not when a member is added.
 constexpr VelmorTcam::U64 jsonSchemaVersion = 1;
 
 /// The object that comes before the entries of a table.
 void printTableStart(Table table, pravo::Printer& printer);
 
-/// The entry as one object: the members and values of its line in a snapshot. All of its own
-/// members are there, also those that a snapshot leaves out because they are the default; of
-/// qualifiers and range checkers those that the shadow holds, by ascending number.
+/// The entry as one object, with the members and values of its line in a snapshot. Every member is
+/// printed, even with its default, which a snapshot may leave out. The qualifiers and range
+/// checkers are those of the shadow, in ascending order of their numbers.
 void printEntry(const Entry& entry, const VelmorTcam::VelmorTcamEntryShadow& shadow,
                 pravo::Printer& printer);
 

@@ -1,4 +1,4 @@
-// From a snapshot's entry to what the library formats.
+// Makes the shadow of a snapshot's entry, for the library's formatters.
 #pragma once
 
 #include "Halvo/Ptr.h"
@@ -7,8 +7,8 @@
 
 namespace tcamshow {
 
-/// The shadow of an entry: every qualifier and range checker with its status, the counters with
-/// theirs.
+/// The shadow of an entry: every qualifier and range checker with its status, and the status of the
+/// counters.
 Halvo::Ptr<const VelmorTcam::VelmorTcamEntryShadow> shadowOf(const Entry& entry);
 
 }  // namespace tcamshow

@@ -1,4 +1,4 @@
-// The host's own formatters: what the library leaves to its user.
+// The host's formatters: they add the parts that the library leaves to its user.
 #pragma once
 
 #include "Halvo/String.h"
@@ -10,8 +10,8 @@ namespace tcamshow {
 
 /// A formatter of the library that also has a JSON form.
 ///
-/// It shows the entry that it was given last: what the library's operations do not take, it looks
-/// up there. The entry and its texts must live until the entry is shown.
+/// Set the entry before each row: the formatter takes from it what the library's operations do not
+/// pass on. The entry and its texts must live until the entry is shown.
 template <class Base>
 class EntryFormat : public Base {
  public:
@@ -29,7 +29,7 @@ class EntryFormat : public Base {
   const Entry* entry_ = nullptr;
 };
 
-/// A formatter of access lists whose action cell is the entry's action, as it stands, with no bar.
+/// A formatter of access lists. Its action cell is the entry's action, unchanged and without a bar.
 template <class Base>
 class ActionFormat : public EntryFormat<Base> {
  public:

@@ -1,4 +1,4 @@
-// The ids that have been met.
+// A compact set of ids.
 #pragma once
 
 #include <bitset>
@@ -12,8 +12,8 @@
 
 namespace tcamshow {
 
-/// A set of ids to which ids are only added. It takes a few bits for an id where many are near each
-/// other, as they mostly are, and some 20 bytes for one that is far from all others.
+/// A set of ids that only grows. An id takes a few bits if many others are near, as is usual, and
+/// about 20 bytes if it is far from all others.
 class IdSet {
  public:
   /// False when the id is there already.
@@ -29,11 +29,11 @@ class IdSet {
   }
 
  private:
-  /// Ids are near each other when they stand in one block.
+  /// Two ids are near each other if they are in one block.
   static constexpr std::size_t blockSize = 256;
   static constexpr std::uint64_t blockOf(std::uint64_t id) noexcept { return id / blockSize; }
 
-  /// An id that has next to no others near it. It is looked for by its block.
+  /// An id with few others near it. Its hash is the hash of its block.
   struct Single {
     static constexpr std::uint64_t none = ~std::uint64_t{0};
     std::uint64_t id = none;
@@ -58,11 +58,11 @@ class IdSet {
     }
   };
 
-  /// All ids but the first: most places of a large snapshot may have one alone.
+  /// All ids except the first: in a large snapshot, most places may have only one.
   class Rest {
    public:
     bool insert(std::uint64_t id) {
-      // No place in `singles` can hold this id.
+      // In `singles_` this id would mean an empty slot.
       if (id == Single::none) return !std::exchange(hasNone_, true);
       std::uint64_t const block = blockOf(id);
       if (last_ == nullptr || last_->block != block) last_ = blocks_.find({block, {}});
@@ -84,7 +84,7 @@ class IdSet {
    private:
     KeyedTable<Single> singles_;
     KeyedTable<Block> blocks_;
-    Block* last_ = nullptr;  // the block of the id before; null where that had none
+    Block* last_ = nullptr;  // the block of the previous id; null if it had none
     bool hasNone_ = false;
   };
 

@@ -9,8 +9,8 @@
 
 namespace tcamshow {
 
-/// Writes each document as one line, once the document is whole: what is cut short by an exception
-/// leaves no half line. The calls must nest. Throws as OutputBuffer::write does.
+/// Writes each document as one line, after the end of the document. So an exception leaves no half
+/// line. The calls must nest. Throws the errors of OutputBuffer::write.
 ///
 ///     JsonPrinter printer(out);
 ///     printer.objectBegin();
@@ -18,7 +18,7 @@ namespace tcamshow {
 ///     printer.objectEnd();                       // {"hits":5}
 class JsonPrinter : public pravo::Printer {
  public:
-  /// `out` outlives the printer.
+  /// `out` must outlive the printer.
   explicit JsonPrinter(OutputBuffer& out) : out_(out) {}
 
   void objectBegin(std::string_view name = {}) override { begin(name, '{'); }
@@ -39,7 +39,7 @@ class JsonPrinter : public pravo::Printer {
   OutputBuffer& out_;
   std::string line_;
   std::string open_;     ///< the brackets of the open containers, outermost first
-  bool isFirst_ = true;  ///< nothing stands in the innermost container yet
+  bool isFirst_ = true;  ///< the innermost container is still empty
 };
 
 }  // namespace tcamshow

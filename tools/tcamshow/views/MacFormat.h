@@ -1,12 +1,13 @@
-// The row of the MAC table, which is the host's to make.
+// The row of the MAC table. The library leaves it to the host.
 #pragma once
 
 #include "views/Formats.h"
 
 namespace tcamshow {
 
-/// One line an entry, each cell as wide as the header's and never cut. A MAC address or ether type
-/// that is absent is blank, a VLAN "*". The hits end the line where the counters are programmed.
+/// One line for each entry. Each cell is as wide as its header, and is never cut. An absent MAC
+/// address or ether type is blank, an absent VLAN is "*". The hits come last, if the counters are
+/// programmed.
 class MacFormat : public ActionFormat<VelmorTcam::MacEntryRequestCliFormat> {
  public:
   Halvo::String formatEntryRequest(const VelmorTcam::RequestKey& requestKey,

@@ -6,15 +6,15 @@
 
 namespace tcamshow {
 
-/// What a table is printed as.
+/// The form of a printed table.
 enum class TableForm : unsigned char {
   text,
   jsonLines,  ///< a line that names the schema and the table, then an object for each entry
 };
 
-/// Prints the entries of `table` that `source` gives, in their order: the table's header, then
-/// their rows. Entries of other tables are read, not printed. Table::tcam prints every entry,
-/// whatever its table, in the one-line form without a header.
+/// Prints the table's header, and then the rows of its entries, in the order of `source`. Entries
+/// of other tables are read but not printed. Table::tcam prints every entry, whatever its table, in
+/// one line and without a header.
 void showTable(Source& source, OutputBuffer& out, Table table, TableForm form);
 
 }  // namespace tcamshow

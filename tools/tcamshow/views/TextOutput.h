@@ -1,4 +1,4 @@
-// Text for people.
+// The output of the views' text.
 #pragma once
 
 #include <string>
@@ -9,16 +9,16 @@
 
 namespace tcamshow {
 
-/// What every view writes its text through: unsafe characters in it are escaped, see SafeText.h,
-/// and no other byte is changed. Cells keep the width that their text had before.
+/// Every view writes its text through this class. It escapes unsafe characters (see SafeText.h) and
+/// changes no other byte: a cell keeps the blanks that it had for the text without escapes.
 ///
-/// A line feed stands: it ends a line of the view. No text of an entry or a group has one.
+/// Line feeds stay: they end the lines of the view. No text of an entry or a group has one.
 class TextOutput {
  public:
-  /// `out` outlives it.
+  /// `out` must outlive this object.
   explicit TextOutput(OutputBuffer& out) : out_(out) {}
 
-  /// `text` ends with a whole character. Throws as OutputBuffer::write does.
+  /// `text` must end with a whole character. Throws the errors of OutputBuffer::write.
   void write(std::string_view text) {
     if (safeAsciiSize(text, LineBreaks::kept) == text.size()) [[likely]] {
       out_.write(text);
@@ -29,7 +29,7 @@ class TextOutput {
     out_.write(escaped_);
   }
 
-  /// As write(), of a text that the program itself holds: it is safe.
+  /// As write(), for a text of the program itself, which is safe.
   void writeOwn(std::string_view text) { out_.write(text); }
 
  private:

@@ -1,4 +1,4 @@
-// What uses the TCAM.
+// The views `usage` and `summary`.
 #pragma once
 
 #include "io/OutputBuffer.h"
@@ -6,11 +6,11 @@
 
 namespace tcamshow {
 
-/// Prints the usage tree of all that `source` gives: stages, copies of groups and features,
-/// each with the number of its entries; where `detail` is set, the entries too.
+/// Prints the usage tree of everything that `source` gives: stages, copies of groups, and features.
+/// Copies and features have the number of their entries. With `detail`, prints the entries too.
 void showUsage(Source& source, OutputBuffer& out, bool detail);
 
-/// Prints the groups that `source` gives by name, each with the features recorded for it.
+/// Prints the groups of `source`, ordered by name, each with its features.
 void showSummary(Source& source, OutputBuffer& out);
 
 }  // namespace tcamshow

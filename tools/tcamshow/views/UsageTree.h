@@ -1,4 +1,4 @@
-// The usage tree and the summary that groups and entries make.
+// Makes the usage tree and the summary from groups and entries.
 #pragma once
 
 #include <cstdint>
@@ -13,20 +13,21 @@
 
 namespace tcamshow {
 
-/// Groups and entries as a usage tree, and what the tree has no place for.
+/// The usage tree of groups and entries. It also has the data without a place in the tree: the
+/// names of groups, and the number of pipes.
 ///
-/// Invariant: a copy's used entries are the entries below it, and so are a feature's; features of
-/// one name in one bucket are one. Of entries that are equal the first one is kept.
+/// Invariant: the used entries of a copy or a feature are the number of entries below it. A bucket
+/// has one feature of each name. Of equal entries only the first is kept.
 class Usage {
  public:
   using Copy = VelmorTcam::CliShowTcamUsageGroupPerCopyInfo;
 
-  /// Takes all that the source gives. Warns of an id that a place has twice.
+  /// Reads the source to its end. Gives a warning if a place has an id twice.
   explicit Usage(Source& source);
 
   const VelmorTcam::CliShowTcamUsageChipInfo& chip() const noexcept { return *chip_; }
   std::uint8_t numPipes() const noexcept { return numPipes_; }
-  /// The name of a copy's group; empty where none was given.
+  /// The name of a copy's group; empty if it has none.
   std::string_view groupName(const Copy& copy) const;
 
  private:
@@ -36,12 +37,12 @@ class Usage {
   std::unordered_map<const Copy*, Halvo::String> groupNames_;
 };
 
-/// The chip's stages by ascending number.
+/// The chip's stages, in ascending order of their numbers.
 std::vector<Halvo::Ptr<VelmorTcam::CliShowTcamUsageStageInfo>> stagesInOrder(
     const VelmorTcam::CliShowTcamUsageChipInfo& chip);
 
-/// Calls `visit(groupId, copy)` for each copy of a pipe's groups, by group priority, group id and
-/// copy id.
+/// Calls `visit(groupId, copy)` for each copy of a pipe's groups, ordered by group priority, group
+/// id and copy id.
 template <class Visit>
 void forEachCopy(const VelmorTcam::CliShowTcamUsagePipeInfo& pipe, Visit visit) {
   for (auto const& [groupPriority, bucket] : pipe.groupPrioBucket()) {
@@ -51,7 +52,8 @@ void forEachCopy(const VelmorTcam::CliShowTcamUsagePipeInfo& pipe, Visit visit) 
   }
 }
 
-/// Calls `visit(feature)` for each feature of a copy, by feature priority, then arrival.
+/// Calls `visit(feature)` for each feature of a copy, ordered by feature priority, and then by
+/// arrival.
 template <class Visit>
 void forEachFeature(const VelmorTcam::CliShowTcamUsageGroupPerCopyInfo& copy, Visit visit) {
   for (auto const& [featurePriority, bucket] : copy.featurePrioBucket()) {
@@ -60,7 +62,8 @@ void forEachFeature(const VelmorTcam::CliShowTcamUsageGroupPerCopyInfo& copy, Vi
 }
 
 /// The summary: under each group's name, the features of its places. Each pipe of each stage is one
-/// pass. A group's first pass records every feature, later ones those that are new to the group.
+/// pass. A group's first pass records every feature. Later passes record only features that are new
+/// to the group.
 Halvo::Ptr<VelmorTcam::CliShowTcamSummaryOrdered> summaryOf(const Usage& usage);
 
 }  // namespace tcamshow
