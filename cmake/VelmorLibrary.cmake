@@ -19,7 +19,7 @@ function(velmor_library target version_script)
   target_link_options(${target} PRIVATE -Wl,--version-script=${script})
   set_target_properties(${target} PROPERTIES
     LINK_DEPENDS ${script}
-    # No header asks whose source it is in, and both libraries take the same precompiled headers.
+    # No header needs it, and without it both libraries can share their precompiled headers.
     DEFINE_SYMBOL ""
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
     # Built with the rpath that it is installed with.

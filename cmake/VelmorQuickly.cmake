@@ -1,12 +1,12 @@
-# What makes a build take less time.
+# Functions that shorten the build.
 #
-# A header that is precompiled is there for every source of its target, so that a source which does
-# not include it compiles all the same. The presets lint and package compile without, as clang-tidy
-# and scripts/package therefore do, and find such a source.
+# Every source of a target sees the target's precompiled headers. So a source that lacks an include
+# can compile all the same. The presets lint and package use no precompiled headers: scripts/lint and
+# scripts/package find such a source.
 
-# velmor_precompile(TARGET [HEADER...]): precompiles the headers of the standard library that most
-# sources include, and those given. Without <iostream>, which constructs its streams in every source
-# that includes it.
+# velmor_precompile(TARGET [HEADER...]): precompiles each HEADER, and the headers of the standard
+# library that most sources include. <iostream> is not one of them: it makes every source construct
+# the streams at load.
 function(velmor_precompile target)
   if(VELMOR_PRECOMPILE)
     target_precompile_headers(${target} PRIVATE
@@ -18,8 +18,8 @@ function(velmor_precompile target)
   endif()
 endfunction()
 
-# velmor_precompile_as(TARGET OTHER): takes the precompiled headers of a target that is compiled with
-# the same options.
+# velmor_precompile_as(TARGET OTHER): uses the precompiled headers of OTHER, which must be compiled
+# with the same options.
 function(velmor_precompile_as target other)
   if(VELMOR_PRECOMPILE)
     target_precompile_headers(${target} REUSE_FROM ${other})
@@ -27,16 +27,16 @@ function(velmor_precompile_as target other)
   endif()
 endfunction()
 
-# Once std::string's own functions come from a precompiled header, g++ 12 sees writes beyond their end
-# that cannot be. The builds without one look for true ones.
+# With std::string in a precompiled header, g++ 12 warns about writes beyond the end that cannot occur.
+# Builds without precompiled headers keep these warnings.
 function(velmor_warn_as_precompiled target)
   target_compile_options(${target} PRIVATE
     $<$<CXX_COMPILER_ID:GNU>:-Wno-array-bounds -Wno-stringop-overflow>)
 endfunction()
 
-# velmor_compile_quickly(TARGET): without optimisation, for code that is neither shipped nor measured.
-# The compiler would take several times as long over it, and over tests most of all.
+# velmor_compile_quickly(TARGET): compiles without optimisation. For code that is neither shipped nor
+# measured. Optimisation would take several times as long, above all for tests.
 function(velmor_compile_quickly target)
-  # Fortified calls are there in optimised code alone.
+  # _FORTIFY_SOURCE needs optimisation.
   target_compile_options(${target} PRIVATE -O0 -U_FORTIFY_SOURCE)
 endfunction()

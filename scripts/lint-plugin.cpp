@@ -1,8 +1,8 @@
-// A plugin of clang-tidy: its checks match the project's own declarations alone.
+// A plugin for clang-tidy. With it, the checks match only the project's own declarations.
 //
-// Without it, each check walks all that the headers of the system declare, for every source, and
-// then shows nothing of it. The static analyzer is not concerned: it starts from a source's
-// functions.
+// Without it, each check also visits all declarations of the system headers, for every source, and
+// then drops its findings there. The static analyzer works the same with and without the plugin: it
+// starts from the functions of the source.
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,7 +28,7 @@ class OwnDeclarations : public clang::ASTConsumer {
   }
 };
 
-/// Runs before what clang-tidy does with the same source.
+/// Runs before the checks of clang-tidy.
 class Action : public clang::PluginASTAction {
  protected:
   std::unique_ptr<clang::ASTConsumer> CreateASTConsumer(clang::CompilerInstance&,

@@ -59,7 +59,7 @@ class FilledSlabs {
   std::vector<std::pair<std::size_t, std::vector<void*>>> held_;
 };
 
-/// Whether objects come from slabs at all. With a sanitizer that tracks each object they do not.
+/// Whether objects come from slabs. Not with a sanitizer, which tracks each object.
 bool slabsAreUsed() {
   auto const before = Sobrel::slabUsage().liveBytes;
   void* const object = Sobrel::slabAlloc(8);
@@ -68,7 +68,8 @@ bool slabsAreUsed() {
   return used;
 }
 
-/// False if `path` has fewer than `at` allocations. `problem` is empty if the run was good.
+/// Runs the path once. Returns false if it has fewer than `at` allocations. `problem` is empty if
+/// the run was good.
 bool runOnce(const std::function<void(Fault&)>& path, std::uint64_t at, bool all, bool keepsMemory,
              std::string& problem) {
   Sobrel::slabTrim();
@@ -90,15 +91,15 @@ bool runOnce(const std::function<void(Fault&)>& path, std::uint64_t at, bool all
   return reached;
 }
 
-/// The result of the runs that start with one allocation.
+/// The result of one or more runs, for allocations in ascending order.
 struct Runs {
   std::uint64_t last = 0;  ///< the allocation of the last run
-  bool isBeyond = false;   ///< `path` has fewer allocations than `last`
+  bool isBeyond = false;   ///< the path has fewer allocations than `last`
   bool isAborted = false;  ///< the last run ended its process by abort
-  std::string problem{};   ///< of the last run; empty when all was well
+  std::string problem{};   ///< of the last run; empty if there was none
 };
 
-/// One run.
+/// One run in this process.
 Runs runHere(const std::function<void(Fault&)>& path, std::uint64_t at, bool all,
              const PathOptions& options) {
   Runs runs{.last = at};
@@ -106,10 +107,11 @@ Runs runHere(const std::function<void(Fault&)>& path, std::uint64_t at, bool all
   return runs;
 }
 
-/// Runs in a process of their own until one aborts. With keepsMemory, a single run.
+/// Runs the path in a child process, for allocation `at` and later ones, until a run aborts. With
+/// keepsMemory, makes only one run.
 Runs runInChild(const std::function<void(Fault&)>& path, std::uint64_t at, bool all,
                 const PathOptions& options) {
-  // Shared with the child, which writes the number of the allocation of its present run here.
+  // Shared with the child, which stores the number of its present allocation here.
   static auto* const reached = static_cast<volatile std::uint64_t*>(::mmap(
       nullptr, sizeof(std::uint64_t), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
   if (reached == MAP_FAILED) return {.last = at, .problem = "mmap failed"};
@@ -156,7 +158,7 @@ Runs runInChild(const std::function<void(Fault&)>& path, std::uint64_t at, bool 
 void Fault::mayAbort(bool may) noexcept { abortIsRight = may ? 1 : 0; }
 
 void everyFault(const char* name, const std::function<void(Fault&)>& path, PathOptions options) {
-  // One run without a fault first: it makes the objects that live until the process ends.
+  // The first run has no fault. It makes the objects that live until the process ends.
   if (!options.keepsMemory) {
     std::string problem;
     runOnce(path, ~std::uint64_t{0}, false, true, problem);

@@ -7,15 +7,16 @@
 
 #include "FailingMemory.h"
 
-/// One run of a path. The fault can hit only the steps done by tries(). All else has memory.
+/// One run of a path. An allocation can fail only inside tries(). Outside of it no allocation
+/// fails.
 class Fault {
  public:
   class CheckFailed : public std::logic_error {
     using std::logic_error::logic_error;
   };
 
-  /// Does `step`. False if it threw std::bad_alloc; from then on there is memory again. Passes on
-  /// every other exception.
+  /// Runs `step`. Returns false if it threw std::bad_alloc. After that, no allocation fails any
+  /// more. Passes on every other exception.
   template <class Step>
   bool tries(Step&& step) {
     if (isOver_) {
@@ -45,7 +46,7 @@ class Fault {
     mayAbort(false);
     return isDone;
   }
-  /// Does `step` and checks that it needs no memory.
+  /// Runs `step` and checks that it allocates nothing.
   template <class Step>
   void withoutMemory(Step&& step) {
     auto const before = FailingMemory::refused();
@@ -66,19 +67,18 @@ class Fault {
 };
 
 struct PathOptions {
-  /// The runs have a process of their own, because the path may abort. After each abort comes a new
-  /// process.
+  /// Runs the path in a child process, because it may abort. After an abort, a new child goes on.
   bool inChild = false;
-  /// The path keeps memory until the process ends. In a child, each run then has its own process.
+  /// The path keeps memory until the process ends. With inChild, each run then has its own child.
   bool keepsMemory = false;
 };
 
-/// Runs `path` for n = 1, 2, ... up to the number of its allocations: once with the n-th allocation
-/// failing, and once with it and all later ones failing. Repeats that with slabs that are full
-/// except for room for 0, 1, ... more objects of each size.
+/// Runs `path` twice for each of its allocations, n = 1, 2, ...: once the n-th allocation fails,
+/// and once the n-th and all later ones fail. Repeats this with slabs that have room for only 0, 1,
+/// ... more objects of each size.
 ///
-/// The test fails if a run fails a check, throws, leaves memory behind, or ends the process in
-/// another way than by the abort that it announced. Prints and records the number of faults
-/// survived, and how many of them by abort.
+/// The test fails if a run fails a check, throws, leaves memory behind, or ends the process without
+/// an announced abort (triesOrAborts). Prints the number of faults survived, and how many of them
+/// by abort. Records the number of faults survived as a property of the test.
 void everyFault(const char* name, const std::function<void(Fault&)>& path,
                 PathOptions options = {});

@@ -1,4 +1,4 @@
-# Compares the blocks of README.md and of the documents with what they quote.
+# Compares the quoted blocks of README.md and of the documents with their sources: outputs and files.
 file(READ ${SOURCE}/README.md readme)
 file(READ ${SOURCE}/docs/tcamshow.md manual)
 file(READ ${SOURCE}/docs/formats.md formats)
@@ -34,7 +34,7 @@ foreach(command "ip6 examples/acl.jsonl | head -n 6" "mac examples/acl.jsonl"
   expect_block_in(manual "${command}" "\n$ tcamshow ${command}\n${table}")
 endforeach()
 
-# What a document links to is there.
+# Every file that a document links to exists.
 file(GLOB documents ${SOURCE}/README.md ${SOURCE}/docs/*.md)
 foreach(document ${documents})
   file(READ ${document} text)
@@ -49,7 +49,7 @@ foreach(document ${documents})
   endforeach()
 endforeach()
 
-# The code of the integration guide is the examples', line by line.
+# Each line of C++ code in the integration guide is in an example.
 file(GLOB examples ${SOURCE}/examples/*/main.cpp)
 set(code "")
 foreach(example ${examples})

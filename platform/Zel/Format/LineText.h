@@ -1,4 +1,4 @@
-// Internal: makes text from outside fit for one line of a message.
+// Internal: makes a text from outside safe for a message of one line.
 //
 // Threads: pure functions; safe from any thread.
 #pragma once
@@ -24,8 +24,8 @@ char* writeDecimal(char* out, U64 number) noexcept;
 /// Appends `number` in decimal, with leading zeros up to `width` digits.
 void appendDecimal(Halvo::String& out, U64 number, std::size_t width = 1);
 
-/// `text` in single quotes, fit for one line. A text over 64 bytes is cut there, and "..." is put
-/// behind the closing quote.
+/// `text` in single quotes, safe for a message of one line. A text of more than 64 bytes is cut
+/// after 64, and "..." follows the closing quote.
 std::string quotedForMessage(std::string_view text);
 
 /// Writes `line` to standard error with one write(2), or more if the system takes only a part of

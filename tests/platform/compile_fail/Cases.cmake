@@ -1,7 +1,7 @@
 # Each case of these sources is compiled on its own. It must not compile, and the compiler must give
 # the stated reason. The nearest correct code must compile.
 #
-# What a compiler refuses depends on the compiler only, so one build for each compiler is enough.
+# The result depends only on the compiler, so builds with a sanitizer leave the cases out.
 if(VELMOR_SANITIZE)
   return()
 endif()
@@ -9,11 +9,11 @@ endif()
 set(case_options -std=c++20 -I${PROJECT_SOURCE_DIR}/platform)
 set(case_includes "")
 if(VELMOR_PRECOMPILE)
-  # All cases include the same headers, which are most of what the compiler reads.
+  # All cases include the same headers. They are precompiled here.
   set(case_header ${CMAKE_CURRENT_BINARY_DIR}/Cases.h)
   file(CONFIGURE OUTPUT ${case_header} CONTENT
     "#include <string>\n#include \"Zel/Format/Format.h\"\n#include \"Zel/Types/AttributeTable.h\"\n")
-  # Both compilers look for it under this name when the header is to be included.
+  # Both compilers look for a precompiled header under this name.
   add_custom_command(OUTPUT ${case_header}.gch
     COMMAND ${CMAKE_CXX_COMPILER} ${case_options} -MD -MF ${case_header}.d -MT ${case_header}.gch
       -x c++-header ${case_header} -o ${case_header}.gch
