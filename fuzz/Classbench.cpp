@@ -27,7 +27,7 @@ FUZZ_TARGET(classbench) {
     isGood = false;
   }
   out.flush();
-  // What precedes a bad filter is a good snapshot too.
+  // The output before a bad filter is a good snapshot too.
   std::string const snapshot = output.contents();
   if (snapshot.empty()) {
     FUZZ_CHECK(!isGood);

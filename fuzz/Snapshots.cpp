@@ -45,7 +45,7 @@ void checkError(const InputError& error, const std::string& file, std::string_vi
   FUZZ_CHECK(!error.message().empty());
   FUZZ_CHECK(std::string_view(error.what()).find('\n') == std::string_view::npos);
   checkIsSafe(error.what());
-  // What is missing at the end is missing in the line behind the last.
+  // An error about the end of the input names the line after the last one.
   auto const lines = static_cast<std::uint64_t>(std::count(input.begin(), input.end(), '\n')) + 2;
   FUZZ_CHECK(error.line() <= lines);
   if (needsLine) FUZZ_CHECK(error.line() > 0);

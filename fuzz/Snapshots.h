@@ -1,4 +1,5 @@
-// What the targets that read files share: snapshots read back, and errors that name their place.
+// Shared by the targets that read files: snapshots must read back, and errors must name their
+// place.
 #pragma once
 
 #include <cstdint>

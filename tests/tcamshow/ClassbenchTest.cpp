@@ -181,7 +181,7 @@ TEST(Classbench, RefusesBadFilters) {
     ProcessResult const result = import("@0.0.0.0/0 0.0.0.0/0 0 : 1 0 : 1 0/0\n" + row.filter);
     EXPECT_EQ(result.err, std::string("tcamshow: <stdin>:2: ") + row.error + "\n");
     EXPECT_EQ(result.status, 1);
-    // What precedes the bad line is there.
+    // The entries before the bad line are printed.
     EXPECT_NE(result.out.find("\"shadowId\":1"), std::string::npos);
     EXPECT_EQ(result.out.find("\"shadowId\":2"), std::string::npos);
   }

@@ -178,7 +178,7 @@ TEST(JsonTable, IsOfTheTablesAlone) {
   EXPECT_EQ(runTcamshow({"--json"}).status, 2);
 }
 
-// What precedes the bad line is there, in whole lines.
+// The lines before the bad line are printed, as whole lines.
 TEST(JsonTable, EndsAtABadLine) {
   ProcessResult const result = runTcamshow(
       {"mac", "--json"}, {.input = std::string(headerLine) +
@@ -189,7 +189,7 @@ TEST(JsonTable, EndsAtABadLine) {
   EXPECT_EQ(result.out.back(), '\n');
 }
 
-/// What a printer wrote.
+/// The output of a printer.
 template <class Print>
 std::string printed(Print print) {
   TemporaryFile const file;

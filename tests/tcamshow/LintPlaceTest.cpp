@@ -42,7 +42,8 @@ struct Entry {
 };
 using Entries = std::vector<Entry>;
 
-/// What is to be found, by the definitions alone: for every packet and whatever others it meets.
+/// The expected findings, by the definitions alone: for every packet, and for all other matches
+/// that it may meet.
 class Judge {
  public:
   explicit Judge(const Entries& entries) : entries_(entries) {}

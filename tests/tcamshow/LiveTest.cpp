@@ -56,7 +56,7 @@ class LiveProgram {
   void feed(const std::string& text) const {
     ASSERT_EQ(::write(input_, text.data(), text.size()), static_cast<ssize_t>(text.size()));
   }
-  /// What the screen shows within a time in which every program has had its turn.
+  /// The screen after a time in which every program has had its turn.
   std::string shown(std::size_t size) const {
     std::string text;
     char buffer[4096];

@@ -1,4 +1,4 @@
-// What entries match, as sets of packets.
+// The matches of entries, as sets of packets.
 #include "match/Match.h"
 
 #include <gtest/gtest.h>

@@ -338,7 +338,7 @@ TEST(Openconfig, RefusesBadDocuments) {
       {R"({"a":01})", R"(not valid JSON, at byte 8, member "a")"},
       {R"({"a":"\x"})",
        R"(not valid JSON: a bad escape stands in a string, at byte 8, member "a")"},
-      // What nobody reads is checked too.
+      // Members that nobody reads are checked too.
       {document(acl("A", entry("1", R"("input_interface":{"x":tru})"))),
        R"(not valid JSON, at byte 173, member "acl.acl-sets.acl-set.A.acl-entries.acl-entry.1.input_interface.x")"},
   };

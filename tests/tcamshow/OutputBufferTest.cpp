@@ -128,7 +128,7 @@ TEST(OutputBuffer, TellsAClosedPipeFromAnError) {
   } catch (const OutputError& error) {
     EXPECT_STREQ(error.what(), "cannot write the output: No space left on device");
   }
-  // What could not be written is not tried again.
+  // Text that could not be written is not tried again.
   EXPECT_NO_THROW(out.flush());
   ::close(full);
 }

@@ -1,4 +1,4 @@
-// What every command does when its output cannot be written, or not at once.
+// Every command with output that cannot be written, or not at once.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -36,7 +36,7 @@ constexpr bool memoryCanBeLimited = true;
 constexpr bool memoryCanBeLimited = true;
 #endif
 
-// What the program and its libraries map, with room for the buffers; far below the inputs.
+// Enough for the program, its libraries and the buffers, and far less than the inputs.
 constexpr std::size_t addressSpaceKib = 32 * 1024;
 
 TEST(Program, TellsHelpAndVersion) {
@@ -154,7 +154,7 @@ TEST(Program, TheExamplesOfTheHelpWork) {
   EXPECT_EQ(examples, 8U);  // one for each command
 }
 
-// What is used, what can still be used and what is free make the group's size.
+// The used entries, those that can still be used, and the free ones make the group's size.
 TEST(Program, TheExampleSnapshotAgreesWithItself) {
   tcamshow::Complaints complaints;
   auto const source =
@@ -279,7 +279,7 @@ TEST(Program, LeadsOnFromAFileOfAnotherKind) {
        "this is an OpenConfig ACL document, not a filter set; 'tcamshow import openconfig FILE' "
        "makes "
        "a snapshot of it"},
-      // What is plainly nothing else gets its own message.
+      // A file of no known kind gets a message of its own.
       {{"ip"}, "hello", "the line is not a JSON object"},
       {{"ip"},
        "{\"type\":\"entry\",\"table\":\"ip\",\"shadowId\":1}",

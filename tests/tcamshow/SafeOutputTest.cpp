@@ -1,4 +1,4 @@
-// What reaches a terminal, as a whole: by the views, by messages, by the command line.
+// All text that reaches a terminal is safe: from the views, from messages, from the command line.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

@@ -101,7 +101,7 @@ TEST(SafeText, ShowsBytesThatAreNotUtf8) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.safe);
     EXPECT_EQ(safeText(row.text), row.safe);
-    // What is safe stays as it is.
+    // Safe text does not change.
     EXPECT_EQ(safeText(row.safe), row.safe);
   }
 }

@@ -64,7 +64,7 @@ TEST(Table, IsTheHeaderAloneWithoutEntries) {
   }
 }
 
-// What precedes the bad line is printed.
+// The rows before the bad line are printed.
 TEST(Table, EndsAtABadLine) {
   std::string const snapshot =
       "{\"type\":\"snapshot\",\"version\":1}\n"
@@ -294,7 +294,7 @@ TEST(Table, ShowsRealDocuments) {
     EXPECT_THAT(table.out, HasSubstr(row.part));
     EXPECT_EQ(sha256Of(table.out), row.sha256) << table.out;
   }
-  // What no qualifier carries is told.
+  // A match that no qualifier can hold gives a warning.
   std::string const path = directory / "acl1.json";
   EXPECT_EQ(runTcamshow({"import", "openconfig", path}).err,
             "tcamshow: " + path +

@@ -1,4 +1,4 @@
-// What is told, though it is no error.
+// Warnings.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

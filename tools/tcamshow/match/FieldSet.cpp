@@ -141,7 +141,7 @@ void FieldSetOf<W>::differenceAppend(const FieldSetOf& other,
   for (W fixed = other.mask_ & ~rest->mask_; fixed != 0;) {
     W const bit = W{1} << highestBit(fixed);
     fixed ^= bit;
-    // What has this bit otherwise is not in the other set; the rest goes on with the bit as there.
+    // Values with the opposite bit are not in the other set. The rest has the other set's bit.
     append(canonical(rest->value_ | (~other.value_ & bit), rest->mask_ | bit, rest->low_,
                      rest->high_));
     rest =

@@ -201,7 +201,8 @@ std::string packetText(const Match& match, FieldMask named) {
   bool const isIp6 = isTypeTold && type == etherTypeIp6;
   FieldMask left = named;
   if (isTypeTold) {
-    // What another kind of packet has in these words is anything, and naming it would contradict.
+    // Fields of the other kind of packet may have any value, and naming them would be a
+    // contradiction.
     if (!isIp) left &= static_cast<FieldMask>(~ipFields);
     if (!isIp6) left &= static_cast<FieldMask>(~ip6Fields);
     if (isIp || isIp6) {

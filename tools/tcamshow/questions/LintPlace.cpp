@@ -112,7 +112,7 @@ std::vector<LintFinding> LintPlaceOf<W>::findings(LintClasses classes) {
   return findings;
 }
 
-/// What the next question about the rule may look at.
+/// The number of boxes that the next question about the rule may look at.
 template <class W>
 std::uint64_t LintPlaceOf<W>::boundLeft() const noexcept {
   std::uint64_t const ofRule = search_.boxes() - ruleStart_;

@@ -79,8 +79,9 @@ void JsonLines::failNumber(ondemand::value& value, std::string_view range) const
   failMember(": " + described(value) + " is not a whole number from " + std::string(range));
 }
 
-// Names the byte of the line, and the member that was read last. What is wrong there counts: the
-// parser may have met another fault first. Its own message is for what is no fault of JSON.
+// Names the byte of the line, and the member that was read last. The fault of the syntax counts,
+// even if the parser met another one first. Without a fault of the syntax, the parser's own message
+// is used.
 void JsonLines::failSyntax(std::string message) const {
   JsonFault const found = findJsonFault(line_, "line");
   if (found.byte != 0) message = found.what + ", at byte " + std::to_string(found.byte);

@@ -68,7 +68,7 @@ class Scanner {
     }
   }
 
-  /// A value that is whole, or the opening of one with members or items up to its first value.
+  /// Reads a whole value, or the beginning of an object or array up to its first value.
   bool valueBegin(bool& isWhole) {
     skipSpace();
     isWhole = true;
@@ -98,7 +98,7 @@ class Scanner {
     }
   }
 
-  /// What follows a value: the ends of those that it ends, and a comma.
+  /// Reads the text after a value: the ends of the objects and arrays that end there, and a comma.
   bool valueEnd() {
     for (skipSpace(); !isObject_.empty(); skipSpace()) {
       bool const isObject = isObject_.back();

@@ -48,7 +48,7 @@ class Describer {
               VelmorTcam::qualifierDstIp6, VelmorTcam::qualifierDstIp6Alt);
     ports(VelmorTcam::qualifierL4DstPort, VelmorTcam::rangeCheckerL4DstPort, 0xFF, " code ");
     if (!isMac) {
-      // What belongs to the frame stands behind what belongs to the packet.
+      // The fields of the frame come after those of the packet.
       mac(" from ", VelmorTcam::qualifierSrcMac);
       mac(" to ", VelmorTcam::qualifierDstMac);
     }

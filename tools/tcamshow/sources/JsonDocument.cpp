@@ -71,7 +71,7 @@ void JsonDocument::read() {
     std::string_view const piece(text_.get() + size_, count);
     std::size_t const nul = piece.find('\0');
     if (nul != piece.npos) fail(size_ + nul, "the document holds a NUL byte");
-    // What is no object at all need not be read to its end.
+    // A document that is not an object need not be read to its end.
     std::size_t const first = isBegun ? piece.npos : piece.find_first_not_of(space);
     if (first != piece.npos) {
       isBegun = true;

@@ -59,7 +59,7 @@ class OpenconfigSource final : public Source {
   }
 
   const std::string& fileName() const noexcept override { return document_.json().fileName(); }
-  // What is given has been checked already: nothing is said about it any more.
+  // Everything was checked before it is given, so no message needs a line.
   std::uint64_t lineNumber() const noexcept override { return 0; }
 
   Item next() override {

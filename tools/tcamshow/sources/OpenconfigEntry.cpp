@@ -321,7 +321,7 @@ class EntryReader {
     entry_.inputInterface = count == 1 ? only : document_.json().keep(std::move(names));
   }
 
-  /// What the sections mean for each other, in whatever order they stand.
+  /// Applies the rules between the sections, whose order does not matter.
   void checkProtocol() const {
     // NOLINTNEXTLINE(misc-redundant-expression): the numbers differ
     bool const isIcmp = entry_.protocol == protocolIcmp || entry_.protocol == protocolIcmp6;
@@ -405,7 +405,7 @@ void addQualifiers(const AclEntry& from, Family family, Entry& entry) {
 
 Table tableOf(const AclEntry& from, Family family, Family usual) {
   if (!from.matchesAboveLayer2()) {
-    // What matches everything was meant for the packets of its ACL.
+    // An entry that matches everything is meant for the packets of its ACL.
     if (from.matchesLayer2() || usual == Family::unknown) return Table::mac;
     return usual == Family::ip6 ? Table::ip6 : Table::ip;
   }

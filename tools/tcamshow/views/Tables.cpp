@@ -28,7 +28,7 @@ void forEachEntry(Source& source, Table table, Show show) {
   }
 }
 
-/// What the formatters' operations take beside the shadow.
+/// The arguments of the formatters' operations, besides the shadow.
 struct Request {
   explicit Request(const Entry& entry)
       : key(Halvo::String(entry.feature)), rule(entry.sequence), description(entry.description) {}

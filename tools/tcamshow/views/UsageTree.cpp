@@ -171,8 +171,8 @@ class SummaryFiller {
   void placeAdd(CliShowTcamSummaryGroupName& group, const Usage::Copy& copy) {
     Names& names = recorded_[&group];
     forEachFeature(copy, [&](const CliShowTcamUsageFeatureInfo& feature) {
-      // What the group would answer to isGroupPipeDuplicate, without a walk of its queue: that
-      // takes too long where very many features stand in one group.
+      // The answer of the group's isGroupPipeDuplicate, without a walk of its queue: that takes too
+      // long if one group has very many features.
       bool const isNew = names.insert(feature.cliFeatureName().view()).second;
       if (isNew || !group.pipeFinished()) group.tcamSummaryGroupNameEnq(feature.cliFeatureName());
     });
