@@ -136,7 +136,7 @@ std::vector<std::string> cellsOf(const std::string& row) {
   return cells;
 }
 
-/// The text of a document's table, under the heading that tells whose members it has.
+/// The tables of the document. The heading above a table names the owner of its members.
 TEST(Members, TheDocumentDescribesTheTable) {
   struct Section {
     const char* start;
@@ -144,7 +144,7 @@ TEST(Members, TheDocumentDescribesTheTable) {
   };
   constexpr Section sections[] = {
       {"### `\"type\":\"snapshot\"`", "header"},
-      {"### Where a group or an entry stands", "place"},
+      {"### The place of a group or an entry", "place"},
       {"### `\"type\":\"group\"`", "group"},
       {"### `\"type\":\"entry\"`", "entry"},
       {"A qualifier is an object", "qualifier"},
