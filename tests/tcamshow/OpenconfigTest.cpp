@@ -357,6 +357,15 @@ TEST(Openconfig, TellsTheLineOfARepeatedName) {
             "tcamshow: <stdin>:5: member \"acl.acl-sets.acl-set.A\" stands twice\n");
   EXPECT_EQ(import(document("\"A\":{}" + second + "," + acl("C", "\"1\":1"))).err,
             "tcamshow: <stdin>:5: ACL \"C\", entry \"1\": 1 is not an object\n");
+  // A line feed that is escaped begins no line.
+  EXPECT_EQ(import(document(acl("A", R"("\n\n":{"config":{"sequence-id":1},"actions":)"
+                                     R"({"config":{"forwarding-action":"DROP"}},)"
+                                     R"("input_interface":{"\n":"x\u002Fy"}})") +
+                            ",\n\"A\":{}"))
+                .err,
+            "tcamshow: <stdin>:1: warning: ACL \"A\", entry \"\\u{A}\\u{A}\": member "
+            "\"input_interface\": no qualifier carries an input interface\n"
+            "tcamshow: <stdin>:2: member \"acl.acl-sets.acl-set.A\" stands twice\n");
 }
 
 TEST(Openconfig, LeavesOutWhatIsNoAcl) {

@@ -4,8 +4,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <csignal>
+#include <cstddef>
 #include <exception>
 #include <new>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -89,12 +91,28 @@ std::string unknownWord(const CLI::App& app, const std::string& word, bool isFir
   return what + word + suggestion(word, names);
 }
 
-std::string messageOf(const CLI::App& app, const CLI::ParseError& error, std::string_view first) {
+/// Whether `word` stands before the first command, where a command was expected.
+bool isBeforeCommand(const CLI::App& app, std::string_view word,
+                     std::span<const char* const> arguments) {
+  auto const commands = app.get_subcommands([](const CLI::App*) { return true; });
+  auto const isCommand = [&](std::string_view argument) {
+    return std::any_of(commands.begin(), commands.end(),
+                       [&](const CLI::App* each) { return each->get_name() == argument; });
+  };
+  auto const end = std::find_if(arguments.begin(), arguments.end(), isCommand);
+  return std::find(arguments.begin(), end, word) != end;
+}
+
+std::string messageOf(const CLI::App& app, const CLI::ParseError& error,
+                      std::span<const char* const> arguments) {
   // The parser reports a missing command before it reports an unknown word in its place.
   bool const isRequired = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
   if (isRequired || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
     auto const unknown = app.remaining(true);
-    if (!unknown.empty()) return unknownWord(app, unknown.front(), unknown.front() == first);
+    if (!unknown.empty()) {
+      const std::string& word = unknown.front();
+      return unknownWord(app, word, isBeforeCommand(app, word, arguments));
+    }
   }
   if (isRequired) {
     return &innermost(app) == &app ? "a command is required"
@@ -138,7 +156,7 @@ ExitStatus run(int argc, char** argv, OutputBuffer& out) {
   } catch (const CLI::CallForVersion& version) {
     return deliver(out, std::string(version.what()) + "\n");
   } catch (const CLI::ParseError& error) {
-    return refuse(messageOf(app, error, argc > 1 ? argv[1] : ""));
+    return refuse(messageOf(app, error, {argv, static_cast<std::size_t>(argc)}));
   }
   auto const chosen = std::find_if(commands.begin(), commands.end(),
                                    [](auto const& command) { return command->isChosen(); });

@@ -43,6 +43,14 @@ void JsonValue::eachMember(const UseMember& use) {
 }
 
 void JsonValue::eachItem(const UseItem& use) {
+  if (isObject()) {
+    for (auto result : object_) {
+      JsonDocument::check(result.error());
+      JsonValue value = document_->valueOf(std::move(result).value_unsafe().value());
+      use(value);
+    }
+    return;
+  }
   ondemand::array items;
   JsonDocument::check(value_.get_array().get(items));
   for (auto result : items) {
@@ -163,16 +171,19 @@ std::string_view JsonDocument::stringAt(const char* from) {
   if (*end == '"') return {from, static_cast<std::size_t>(end - from)};
   while (*end != '"') end += *end == '\\' ? 2 : 1;
   auto const raw = static_cast<std::size_t>(end - from);
-  // No text is longer than it is written. The parser may write a little more than it needs.
-  std::string text(raw + padding, '\0');
-  auto* out = reinterpret_cast<std::uint8_t*>(text.data());
-  std::string_view read;
+  // The parser may write a little more than it needs, so not at once to where it reads.
+  unescaped_.resize(raw + padding);
+  auto* out = reinterpret_cast<std::uint8_t*>(unescaped_.data());
+  std::string_view text;
   check(
       parser_->unescape(ondemand::raw_json_string(reinterpret_cast<const std::uint8_t*>(from)), out)
-          .get(read));
-  text.resize(read.size());
-  text.shrink_to_fit();
-  return keep(std::move(text));
+          .get(text));
+  // lineOf() counts the line feeds of the document.
+  if (text.find('\n') != text.npos) return keep(std::string(text));
+  // No text is longer than it is written, and nobody reads it as it was written again.
+  char* const place = text_.get() + (from - text_.get());
+  std::memcpy(place, text.data(), text.size());
+  return {place, text.size()};
 }
 
 }  // namespace tcamshow

@@ -37,7 +37,7 @@ class JsonValue {
   using UseItem = std::function<void(JsonValue& value)>;
   /// Calls `use` for each member of an object.
   void eachMember(const UseMember& use);
-  /// Calls `use` for each item of an array.
+  /// Calls `use` for each item of an array, or for each member's value of an object.
   void eachItem(const UseItem& use);
 
  private:
@@ -55,8 +55,8 @@ class JsonValue {
 /// A whole document. Its syntax is checked before the first value is given: after that, only the
 /// meaning can be wrong.
 ///
-/// Memory: the text, and up to four times its size until visited() is called. The unescaped forms
-/// of texts with escapes take memory too.
+/// Memory: the text, and up to four times its size until visited() is called. The unescaped form of
+/// a text replaces what is written.
 class JsonDocument {
  public:
   static constexpr std::size_t largest = std::size_t{64} << 20;
@@ -95,6 +95,7 @@ class JsonDocument {
   std::size_t size_ = 0;
   std::unique_ptr<ondemand::parser> parser_;
   ondemand::document document_;
+  std::string unescaped_;  // the last text that had escapes, and its padding
   std::deque<std::string> kept_;
 };
 

@@ -19,31 +19,41 @@ constexpr WarningKind notAnAcl;
 
 /// One ACL; its entries stand behind those of the ACLs before it.
 struct Acl {
-  std::string_view name;
-  const char* at = nullptr;  ///< where it stands, for messages
-  std::uint32_t entries = 0;
-  Family declared = Family::unknown;  ///< as its own type says
-  Family usual = Family::ip;          ///< of its entries that show none
+  Acl(std::string_view aclName, const char* place) noexcept
+      : text(aclName.data()), at(place), size(static_cast<std::uint32_t>(aclName.size())) {}
+
+  std::string_view name() const noexcept { return {text, size}; }
+
+  const char* text;  ///< of the name
+  const char* at;    ///< where it stands, for messages
+  std::uint32_t size;
+  std::uint32_t entries : 28 = 0;
+  Family declared : 2 = Family::unknown;  ///< as its own type says
+  Family usual : 2 = Family::ip;          ///< of its entries that show none
 };
+// The least that an ACL takes in a document is 7 bytes.
+static_assert(sizeof(Acl) <= 24);
 
 /// The first index from 0 to `count` whose item is the same as an earlier one; `count` where there
 /// is none. `hashOf(i)` is a keyed hash of the item, or the item itself. Takes n log n, whatever
-/// the items are, and 16 bytes for each.
+/// the items are, and 8 bytes for each.
 template <class HashOf, class AreSame>
 std::size_t firstRepeated(std::size_t count, const HashOf& hashOf, const AreSame& areSame) {
   struct Item {
-    std::uint64_t hash;
+    std::uint32_t hash;
     std::uint32_t index;
   };
   std::vector<Item> items(count);
-  for (std::uint32_t i = 0; i != count; ++i) items[i] = {hashOf(i), i};
+  for (std::uint32_t i = 0; i != count; ++i) items[i] = {static_cast<std::uint32_t>(hashOf(i)), i};
   std::sort(items.begin(), items.end(), [](const Item& a, const Item& b) {
     return a.hash != b.hash ? a.hash < b.hash : a.index < b.index;
   });
   std::size_t first = count;
   for (auto item = items.begin(); item != items.end(); ++item) {
     for (auto earlier = item; earlier != items.begin() && (--earlier)->hash == item->hash;) {
-      if (areSame(earlier->index, item->index)) first = std::min<std::size_t>(first, item->index);
+      if (!areSame(earlier->index, item->index)) continue;
+      first = std::min<std::size_t>(first, item->index);
+      break;  // all items may be the same
     }
   }
   return first;
@@ -72,7 +82,7 @@ class OpenconfigSource final : public Source {
                 entry_, description_);
       entry_.place.groupId = static_cast<std::uint32_t>(aclsGiven_);
       entry_.shadowId = entriesGiven_;
-      entry_.feature = acl.name;
+      entry_.feature = acl.name();
       return Item::entry;
     }
     if (aclsGiven_ == acls_.size()) return Item::end;
@@ -80,7 +90,7 @@ class OpenconfigSource final : public Source {
     entriesLeft_ = acl.entries;
     group_ = Group();
     group_.place.groupId = static_cast<std::uint32_t>(aclsGiven_);
-    group_.name = acl.name;
+    group_.name = acl.name();
     return Item::group;
   }
 
@@ -117,19 +127,19 @@ class OpenconfigSource final : public Source {
 
   void checkNames() const {
     std::size_t const repeated = firstRepeated(
-        acls_.size(), [&](std::size_t i) { return keyedHash(acls_[i].name); },
-        [&](std::size_t a, std::size_t b) { return acls_[a].name == acls_[b].name; });
+        acls_.size(), [&](std::size_t i) { return keyedHash(acls_[i].name()); },
+        [&](std::size_t a, std::size_t b) { return acls_[a].name() == acls_[b].name(); });
     if (repeated == acls_.size()) return;
     const Acl& acl = acls_[repeated];
     document_.fail(acl.at,
-                   "member \"" + aclSetPath_ + "." + shownName(acl.name) + "\" stands twice");
+                   "member \"" + aclSetPath_ + "." + shownName(acl.name()) + "\" stands twice");
   }
 
   void readAcl(std::string_view name, JsonValue& value) {
     static constexpr std::string_view names[] = {"config", "acl-entries"};
     document_.aclIs(name);
     document_.checkPrintable(value, name, "name");
-    Acl acl{.name = name, .at = value.begin()};
+    Acl acl(name, value.begin());
     std::size_t const begin = entries_.size();
     shown_[0] = shown_[1] = Shown();
     document_.eachKnown(value, "", names, [&](std::size_t index, auto& path, JsonValue& member) {
@@ -142,7 +152,7 @@ class OpenconfigSource final : public Source {
       }
     });
     document_.entryIs({});
-    acl.entries = static_cast<std::uint32_t>(entries_.size() - begin);
+    acl.entries = static_cast<std::uint32_t>(entries_.size() - begin) & 0xFFFFFFF;
     acl.usual = usualFamily(acl.declared);
     acls_.push_back(acl);
   }

@@ -303,9 +303,7 @@ class EntryReader {
     std::string_view only;
     std::size_t count = 0;
     std::function<void(JsonValue&)> const add = [&](JsonValue& value) {
-      if (value.isObject()) {
-        value.eachMember([&](std::string_view, JsonValue& member) { add(member); });
-      } else if (value.isArray()) {
+      if (value.isObject() || value.isArray()) {
         value.eachItem(add);
       } else {
         if (value.isString()) document_.checkPrintable(value, value.text(), path);
