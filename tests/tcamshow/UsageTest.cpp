@@ -176,6 +176,28 @@ TEST(Usage, PrintsNothingOfAnEmptySnapshot) {
   }
 }
 
+TEST(Usage, FeaturesOfOneNameAreOneHoweverManyThereAre) {
+  for (int const features : {1, 7, 8, 9, 10, 40}) {
+    SCOPED_TRACE(features);
+    std::string snapshot = "{\"type\":\"snapshot\",\"version\":1}\n";
+    std::string expected = "Stage ingress\nTCAM group 0 uses " + std::to_string(5 * features) +
+                           " entries and can use up to 0 more.\n";
+    int id = 0;
+    // In turn, four times in one bucket and once in another between them.
+    for (int const featurePriority : {0, 0, 1, 0, 0}) {
+      for (int i = 0; i < features; ++i) {
+        snapshot += R"({"type":"entry","table":"ip","shadowId":)" + std::to_string(++id) +
+                    R"(,"featurePriority":)" + std::to_string(featurePriority) +
+                    R"(,"feature":"f)" + std::to_string(i) + "\"}\n";
+      }
+    }
+    for (const char* const uses : {" uses 4 entries.\n", " uses 1 entries.\n"}) {
+      for (int i = 0; i < features; ++i) expected += "  f" + std::to_string(i) + uses;
+    }
+    EXPECT_EQ(runTcamshow({"usage"}, {.input = snapshot}).out, expected);
+  }
+}
+
 TEST(Usage, TellsWhichLineIsBad) {
   std::string const bad = std::string(manyPlaces) + "{\"type\":\"entry\",\"hit\":1}\n";
   for (const char* const command : {"usage", "summary"}) {

@@ -74,6 +74,13 @@ class JsonDocument {
   /// The line of a place in the text, counted from 1. It is slow: only for messages.
   std::uint64_t lineOf(const char* at) const noexcept;
 
+  /// A place in the text as its distance from the beginning, to save memory. The texts of values are
+  /// such places, except texts with a line feed.
+  std::uint32_t offsetOf(const char* at) const noexcept {
+    return static_cast<std::uint32_t>(at - text_.get());
+  }
+  const char* at(std::uint32_t offset) const noexcept { return text_.get() + offset; }
+
   /// Keeps `text` as long as the document.
   std::string_view keep(std::string text) { return kept_.emplace_back(std::move(text)); }
   /// Frees the memory that only visiting needs. Do not use values after that.

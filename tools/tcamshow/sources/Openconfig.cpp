@@ -19,20 +19,15 @@ constexpr WarningKind notAnAcl;
 
 /// One ACL; its entries stand behind those of the ACLs before it.
 struct Acl {
-  Acl(std::string_view aclName, const char* place) noexcept
-      : text(aclName.data()), at(place), size(static_cast<std::uint32_t>(aclName.size())) {}
-
-  std::string_view name() const noexcept { return {text, size}; }
-
-  const char* text;  ///< of the name
-  const char* at;    ///< where it stands, for messages
-  std::uint32_t size;
+  std::uint32_t name = 0;  ///< where in the document it stands
+  std::uint32_t nameSize = 0;
+  std::uint32_t value = 0;  ///< likewise, for messages
   std::uint32_t entries : 28 = 0;
   Family declared : 2 = Family::unknown;  ///< as its own type says
   Family usual : 2 = Family::ip;          ///< of its entries that show none
 };
 // The least that an ACL takes in a document is 7 bytes.
-static_assert(sizeof(Acl) <= 24);
+static_assert(sizeof(Acl) <= 16);
 
 /// The first index from 0 to `count` whose item is the same as an earlier one; `count` where there
 /// is none. `hashOf(i)` is a keyed hash of the item, or the item itself. Takes n log n, whatever
@@ -82,7 +77,7 @@ class OpenconfigSource final : public Source {
                 entry_, description_);
       entry_.place.groupId = static_cast<std::uint32_t>(aclsGiven_);
       entry_.shadowId = entriesGiven_;
-      entry_.feature = acl.name();
+      entry_.feature = nameOf(acl);
       return Item::entry;
     }
     if (aclsGiven_ == acls_.size()) return Item::end;
@@ -90,7 +85,7 @@ class OpenconfigSource final : public Source {
     entriesLeft_ = acl.entries;
     group_ = Group();
     group_.place.groupId = static_cast<std::uint32_t>(aclsGiven_);
-    group_.name = acl.name();
+    group_.name = nameOf(acl);
     return Item::group;
   }
 
@@ -125,21 +120,28 @@ class OpenconfigSource final : public Source {
     document_.aclIs({});
   }
 
+  std::string_view nameOf(const Acl& acl) const {
+    return {document_.json().at(acl.name), acl.nameSize};
+  }
+
   void checkNames() const {
     std::size_t const repeated = firstRepeated(
-        acls_.size(), [&](std::size_t i) { return keyedHash(acls_[i].name()); },
-        [&](std::size_t a, std::size_t b) { return acls_[a].name() == acls_[b].name(); });
+        acls_.size(), [&](std::size_t i) { return keyedHash(nameOf(acls_[i])); },
+        [&](std::size_t a, std::size_t b) { return nameOf(acls_[a]) == nameOf(acls_[b]); });
     if (repeated == acls_.size()) return;
     const Acl& acl = acls_[repeated];
-    document_.fail(acl.at,
-                   "member \"" + aclSetPath_ + "." + shownName(acl.name()) + "\" stands twice");
+    document_.fail(document_.json().at(acl.value),
+                   "member \"" + aclSetPath_ + "." + shownName(nameOf(acl)) + "\" stands twice");
   }
 
   void readAcl(std::string_view name, JsonValue& value) {
     static constexpr std::string_view names[] = {"config", "acl-entries"};
     document_.aclIs(name);
     document_.checkPrintable(value, name, "name");
-    Acl acl(name, value.begin());
+    Acl acl;
+    acl.name = document_.json().offsetOf(name.data());
+    acl.nameSize = static_cast<std::uint32_t>(name.size());
+    acl.value = document_.json().offsetOf(value.begin());
     std::size_t const begin = entries_.size();
     shown_[0] = shown_[1] = Shown();
     document_.eachKnown(value, "", names, [&](std::size_t index, auto& path, JsonValue& member) {

@@ -23,8 +23,8 @@ using VelmorTcam::CliShowTcamUsageFeaturePrioBucket;
 using VelmorTcam::CliShowTcamUsagePipeInfo;
 using VelmorTcam::CliShowTcamUsageStageInfo;
 
-/// A feature by its bucket and name: a queue alone would have to be searched, which takes too long
-/// where a bucket holds very many features.
+/// A feature by its bucket and name, where the bucket holds so many that a search of its queue
+/// takes too long.
 struct FeatureKey {
   const CliShowTcamUsageFeaturePrioBucket* bucket;
   std::string_view name;  // the feature's own
@@ -80,13 +80,34 @@ class UsageFiller {
       feature_ = nullptr;
     }
     if (feature_ != nullptr && feature_->cliFeatureName() == line.feature) return *feature_;
-    auto const known = features_.find({bucket_.get(), line.feature});
-    if (known != features_.end()) return *(feature_ = known->second);
+    feature_ = featureNamed(line.feature);
+    if (feature_ != nullptr) return *feature_;
     auto const feature = VelmorTcam::cliShowTcamUsageFeatureInfoFactory(line.feature);
     bucket_->featureInfoEnq(feature);
     feature_ = feature.get();
-    features_.emplace(FeatureKey{bucket_.get(), feature_->cliFeatureName().view()}, feature_);
+    std::uint32_t const count = bucket_->featureInfo().size();
+    if (count == mostSearched + 1) {
+      for (auto const& each : bucket_->featureInfo()) noteFeature(*each);
+    } else if (count > mostSearched) {
+      noteFeature(*feature_);
+    }
     return *feature_;
+  }
+
+  /// The feature of the bucket at hand; null where it has none of that name.
+  CliShowTcamUsageFeatureInfo* featureNamed(std::string_view name) const {
+    auto const& queue = bucket_->featureInfo();
+    if (queue.size() > mostSearched) {
+      auto const known = features_.find({bucket_.get(), name});
+      return known == features_.end() ? nullptr : known->second;
+    }
+    for (auto const& feature : queue) {
+      if (feature->cliFeatureName() == name) return feature.get();
+    }
+    return nullptr;
+  }
+  void noteFeature(CliShowTcamUsageFeatureInfo& feature) {
+    features_.emplace(FeatureKey{bucket_.get(), feature.cliFeatureName().view()}, &feature);
   }
 
   void checkId(const Usage::Copy& copy, std::uint64_t id) {
@@ -98,6 +119,9 @@ class UsageFiller {
              " too";
     });
   }
+
+  /// The most features of a bucket that are searched one by one.
+  static constexpr std::uint32_t mostSearched = 8;
 
   CliShowTcamUsageChipInfo& chip_;
   Source& source_;
