@@ -6,7 +6,7 @@ import sys
 
 PROTOCOLS = {"icmp": 1, "tcp": 6, "udp": 17}
 
-with open(sys.argv[1], newline="", encoding="utf-8") as file:
+with open(sys.argv[1], newline="", encoding="utf-8-sig") as file:
     rules = list(csv.DictReader(file))
 print(json.dumps({"type": "snapshot", "version": 1}))
 print(json.dumps({"type": "group", "groupId": 1, "name": "acl-in", "availableEntries": 508}))

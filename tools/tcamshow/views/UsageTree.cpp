@@ -190,16 +190,26 @@ class SummaryFiller {
   }
 
  private:
-  using Names = std::unordered_set<std::string_view, KeyedTextHash>;  // of the tree's features
+  // The texts are those of the tree's features and of the group's queue, which both stay.
+  using Names = std::unordered_set<std::string_view, KeyedTextHash>;
 
   void placeAdd(CliShowTcamSummaryGroupName& group, const Usage::Copy& copy) {
-    Names& names = recorded_[&group];
+    Names* const names = group.pipeFinished() ? &recordedBy(group) : nullptr;
     forEachFeature(copy, [&](const CliShowTcamUsageFeatureInfo& feature) {
-      // The answer of the group's isGroupPipeDuplicate, without a walk of its queue: that takes too
-      // long if one group has very many features.
-      bool const isNew = names.insert(feature.cliFeatureName().view()).second;
-      if (isNew || !group.pipeFinished()) group.tcamSummaryGroupNameEnq(feature.cliFeatureName());
+      bool const isNew = names == nullptr || names->insert(feature.cliFeatureName().view()).second;
+      if (isNew) group.tcamSummaryGroupNameEnq(feature.cliFeatureName());
     });
+  }
+
+  /// What the group would answer to isGroupPipeDuplicate, without a walk of its queue: that takes
+  /// too long where very many features stand in one group. Most groups stand in one pipe alone, and
+  /// nobody asks.
+  Names& recordedBy(const CliShowTcamSummaryGroupName& group) {
+    auto const [at, isNew] = recorded_.try_emplace(&group);
+    if (isNew) {
+      for (const Halvo::String& name : group.tcamSummaryGroupName()) at->second.insert(name.view());
+    }
+    return at->second;
   }
 
   const Usage& usage_;
