@@ -23,22 +23,29 @@ using VelmorTcam::CliShowTcamUsageFeaturePrioBucket;
 using VelmorTcam::CliShowTcamUsagePipeInfo;
 using VelmorTcam::CliShowTcamUsageStageInfo;
 
-/// A feature by its bucket and name, where the bucket holds so many that a search of its queue
-/// takes too long.
-struct FeatureKey {
-  const CliShowTcamUsageFeaturePrioBucket* bucket;
-  std::string_view name;  // the feature's own
-  friend bool operator==(const FeatureKey&, const FeatureKey&) = default;
-};
-std::uint64_t wordOf(const void* address) noexcept {
-  return reinterpret_cast<std::uintptr_t>(address);
+std::string_view nameOf(std::string_view name) noexcept { return name; }
+std::string_view nameOf(const CliShowTcamUsageFeatureInfo* feature) noexcept {
+  return feature->cliFeatureName().view();
 }
 
-struct FeatureKeyHash {
-  std::size_t operator()(const FeatureKey& key) const noexcept {
-    return static_cast<std::size_t>(keyedHash(wordOf(key.bucket), key.name));
+// A hash that could not throw would be taken for one that is quick, and be calculated anew.
+struct FeatureHash {
+  using is_transparent = void;
+  template <class Feature>
+  std::size_t operator()(const Feature& feature) const {
+    return static_cast<std::size_t>(keyedHash(nameOf(feature)));
   }
 };
+struct FeatureEqual {
+  using is_transparent = void;
+  template <class A, class B>
+  bool operator()(const A& a, const B& b) const noexcept {
+    return nameOf(a) == nameOf(b);
+  }
+};
+/// The features of a bucket by their names, where it holds so many that a search of its queue takes
+/// too long.
+using FeaturesByName = std::unordered_set<CliShowTcamUsageFeatureInfo*, FeatureHash, FeatureEqual>;
 
 class UsageFiller {
  public:
@@ -86,10 +93,13 @@ class UsageFiller {
     bucket_->featureInfoEnq(feature);
     feature_ = feature.get();
     std::uint32_t const count = bucket_->featureInfo().size();
-    if (count == mostSearched + 1) {
-      for (auto const& each : bucket_->featureInfo()) noteFeature(*each);
-    } else if (count > mostSearched) {
-      noteFeature(*feature_);
+    if (count > mostSearched) {
+      FeaturesByName& features = features_[bucket_.get()];
+      if (features.empty()) {
+        for (auto const& each : bucket_->featureInfo()) features.insert(each.get());
+      } else {
+        features.insert(feature_);
+      }
     }
     return *feature_;
   }
@@ -98,16 +108,14 @@ class UsageFiller {
   CliShowTcamUsageFeatureInfo* featureNamed(std::string_view name) const {
     auto const& queue = bucket_->featureInfo();
     if (queue.size() > mostSearched) {
-      auto const known = features_.find({bucket_.get(), name});
-      return known == features_.end() ? nullptr : known->second;
+      const FeaturesByName& features = features_.at(bucket_.get());
+      auto const known = features.find(name);
+      return known == features.end() ? nullptr : *known;
     }
     for (auto const& feature : queue) {
       if (feature->cliFeatureName() == name) return feature.get();
     }
     return nullptr;
-  }
-  void noteFeature(CliShowTcamUsageFeatureInfo& feature) {
-    features_.emplace(FeatureKey{bucket_.get(), feature.cliFeatureName().view()}, &feature);
   }
 
   void checkId(const Usage::Copy& copy, std::uint64_t id) {
@@ -126,7 +134,7 @@ class UsageFiller {
   CliShowTcamUsageChipInfo& chip_;
   Source& source_;
   std::unordered_map<const Usage::Copy*, IdSet> idSets_;
-  std::unordered_map<FeatureKey, CliShowTcamUsageFeatureInfo*, FeatureKeyHash> features_;
+  std::unordered_map<const CliShowTcamUsageFeaturePrioBucket*, FeaturesByName> features_;
   // Where the last line stood; all but the copy are null where it had none.
   Place place_;
   Halvo::Ptr<Usage::Copy> copy_;
