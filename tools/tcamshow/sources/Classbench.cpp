@@ -17,7 +17,20 @@
 namespace tcamshow {
 namespace {
 
-constexpr std::string_view blanks = " \t";
+constexpr bool isBlank(char c) noexcept { return c == ' ' || c == '\t'; }
+
+/// The blanks at the front of `text`, and how far a field goes. The searches of string_view call a
+/// function for each character.
+std::size_t blanksSize(std::string_view text) noexcept {
+  std::size_t size = 0;
+  while (size != text.size() && isBlank(text[size])) ++size;
+  return size;
+}
+std::size_t fieldSize(std::string_view text) noexcept {
+  std::size_t size = 0;
+  while (size != text.size() && !isBlank(text[size])) ++size;
+  return size;
+}
 
 /// The fields of one filter, taken from left to right; a fault throws the line's InputError.
 class FilterReader {
@@ -76,13 +89,12 @@ class FilterReader {
 
   [[noreturn]] void fail(const std::string& message) const { lines_.fail(message); }
 
-  bool atEnd() const noexcept { return rest_.find_first_not_of(blanks) == rest_.npos; }
+  bool atEnd() const noexcept { return blanksSize(rest_) == rest_.size(); }
 
   std::string_view field(std::string_view name) {
-    std::size_t const from = rest_.find_first_not_of(blanks);
-    if (from == rest_.npos) fail("the " + std::string(name) + " field is missing");
-    rest_.remove_prefix(from);
-    std::string_view const result = rest_.substr(0, rest_.find_first_of(blanks));
+    rest_.remove_prefix(blanksSize(rest_));
+    if (rest_.empty()) fail("the " + std::string(name) + " field is missing");
+    std::string_view const result = rest_.substr(0, fieldSize(rest_));
     rest_.remove_prefix(result.size());
     return result;
   }
@@ -189,7 +201,7 @@ void describe(std::string_view filter, std::string& out) {
   out.clear();
   bool pending = false;
   for (char const c : filter.substr(filter.find('@') + 1)) {
-    if (blanks.find(c) != blanks.npos) {
+    if (isBlank(c)) {
       pending = true;
       continue;
     }
@@ -215,7 +227,7 @@ class ClassbenchSource final : public Source {
       if (!lines_.next(line)) return Item::end;
       if (line.find('\0') != line.npos) lines_.fail("the line holds a NUL byte");
       if (line.ends_with('\r')) line.remove_suffix(1);
-    } while (line.starts_with('#') || line.find_first_not_of(blanks) == line.npos);
+    } while (line.starts_with('#') || blanksSize(line) == line.size());
     if (number_ == mostFilters) lines_.fail("too many filters: their sequence numbers end here");
     ++number_;
     entry_.clear();
