@@ -45,8 +45,8 @@ static_assert(namesAreInOrder());
 std::span<const FieldName> fieldNames() noexcept { return names; }
 
 const FieldName* fieldByName(std::string_view name) noexcept {
-  auto const* const found = std::find_if(names.begin(), names.end(),
-                                  [name](const FieldName& field) { return field.name == name; });
+  auto const* const found = std::find_if(
+      names.begin(), names.end(), [name](const FieldName& field) { return field.name == name; });
   return found == names.end() ? nullptr : &*found;
 }
 

@@ -74,8 +74,8 @@ class JsonDocument {
   /// The line of a place in the text, counted from 1. It is slow: only for messages.
   std::uint64_t lineOf(const char* at) const noexcept;
 
-  /// A place in the text as its distance from the beginning, to save memory. The texts of values are
-  /// such places, except texts with a line feed.
+  /// A place in the text as its distance from the beginning, to save memory. The texts of values
+  /// are such places, except texts with a line feed.
   std::uint32_t offsetOf(const char* at) const noexcept {
     return static_cast<std::uint32_t>(at - text_.get());
   }
