@@ -32,7 +32,7 @@ std::string described(ondemand::value& value) {
 }
 
 std::size_t findControl(std::string_view text) noexcept {
-  auto const found = std::find_if(text.begin(), text.end(), [](char c) {
+  auto const* const found = std::find_if(text.begin(), text.end(), [](char c) {
     auto const byte = static_cast<unsigned char>(c);
     return byte < 0x20 || byte == 0x7F;
   });
