@@ -26,7 +26,7 @@ void Match::limit(Field field, const std::optional<FieldSet>& set) noexcept {
   FieldSet& held = sets_[indexOf(field)];
   auto const left = set ? held.intersection(*set) : std::nullopt;
   if (!left) {
-    isEmpty_ = true;
+    emptied_ |= bitOf(field);
     return;
   }
   held = *left;
@@ -34,7 +34,7 @@ void Match::limit(Field field, const std::optional<FieldSet>& set) noexcept {
 }
 
 bool Match::overlaps(const Match& other) const noexcept {
-  if (isEmpty_ || other.isEmpty_) return false;
+  if (isEmpty() || other.isEmpty()) return false;
   for (unsigned both = limited_ & other.limited_; both != 0; both &= both - 1) {
     auto const index = static_cast<std::size_t>(__builtin_ctz(both));
     if (!sets_[index].overlaps(other.sets_[index])) return false;
@@ -43,8 +43,8 @@ bool Match::overlaps(const Match& other) const noexcept {
 }
 
 bool Match::contains(const Match& other) const noexcept {
-  if (other.isEmpty_) return true;
-  if (isEmpty_) return false;
+  if (other.isEmpty()) return true;
+  if (isEmpty()) return false;
   for (unsigned mine = limited_; mine != 0; mine &= mine - 1) {
     auto const index = static_cast<std::size_t>(__builtin_ctz(mine));
     if (!sets_[index].contains(other.sets_[index])) return false;
@@ -53,12 +53,12 @@ bool Match::contains(const Match& other) const noexcept {
 }
 
 bool operator==(const Match& a, const Match& b) noexcept {
-  if (a.isEmpty_ || b.isEmpty_) return a.isEmpty_ == b.isEmpty_;
+  if (a.isEmpty() || b.isEmpty()) return a.isEmpty() == b.isEmpty();
   return a.limited_ == b.limited_ && a.sets_ == b.sets_;
 }
 
 void Match::keyAppend(std::string& key) const {
-  if (isEmpty_) {
+  if (isEmpty()) {
     key += '-';
     return;
   }

@@ -35,8 +35,10 @@ class Match {
   void limit(Field field, const std::optional<FieldSet>& set) noexcept;
 
   /// Whether the match has no packet.
-  bool isEmpty() const noexcept { return isEmpty_; }
-  /// The values of the field. Meaningless if the match is empty.
+  bool isEmpty() const noexcept { return emptied_ != 0; }
+  /// The fields that no value satisfies. They make the match empty.
+  FieldMask emptied() const noexcept { return emptied_; }
+  /// The values of the field. Meaningless for a field that no value satisfies.
   const FieldSet& operator[](Field field) const noexcept { return sets_[indexOf(field)]; }
   bool isAny(Field field) const noexcept { return (limited_ & bitOf(field)) == 0; }
   /// The fields that may not have every value.
@@ -56,7 +58,7 @@ class Match {
  private:
   FieldMask limited_ = 0;
   FieldMask named_ = 0;
-  bool isEmpty_ = false;
+  FieldMask emptied_ = 0;
   std::array<FieldSet, fieldCount> sets_;
 };
 

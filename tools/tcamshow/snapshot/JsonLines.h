@@ -61,10 +61,11 @@ class JsonLines {
   template <class Use>
   void eachField(ondemand::object fields, std::size_t depth, const Use& use);
   /// Notes in `seen` that the field `index` was read. A second time is a fault.
-  void once(std::uint32_t& seen, std::size_t index) const {
+  template <class Bits>
+  void once(Bits& seen, std::size_t index) const {
     if ((seen >> index & 1) != 0) [[unlikely]]
       failMember(" stands twice");
-    seen |= std::uint32_t{1} << index;
+    seen |= Bits{1} << index;
   }
 
  private:

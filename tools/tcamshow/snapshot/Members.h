@@ -9,6 +9,7 @@
 #include <tuple>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 #include "snapshot/NameTable.h"
 #include "snapshot/Snapshot.h"
@@ -16,8 +17,14 @@
 namespace tcamshow {
 
 /// The kinds of lines, by their `type`.
-enum class LineKind : std::uint8_t { header, group, entry };
-inline constexpr NameTable lineKindNames({"snapshot", "group", "entry"});
+enum class LineKind : std::uint8_t { header, group, entry, end };
+inline constexpr NameTable lineKindNames({"snapshot", "group", "entry", "end"});
+
+/// The last line, from version 2 on: what stands before it.
+struct SnapshotEnd {
+  std::uint64_t groups = 0;
+  std::uint64_t entries = 0;
+};
 
 enum class Presence : std::uint8_t {
   optional,  ///< has its default if it is missing; written only if it differs from that
@@ -32,12 +39,14 @@ struct Member {
   using Value = ValueType;
 
   constexpr Member(std::string_view memberName, Value Owner::*member,
-                   Presence memberPresence = Presence::optional) noexcept
-      : name(memberName), at(member), presence(memberPresence) {}
+                   Presence memberPresence = Presence::optional,
+                   std::uint32_t firstVersion = 1) noexcept
+      : name(memberName), at(member), presence(memberPresence), since(firstVersion) {}
 
   std::string_view name;
   Value Owner::*at;
   Presence presence;
+  std::uint32_t since;  ///< the first version of the snapshot that has it
 };
 
 /// All members except `type`, in the order in which they are written. A member of Place belongs to
@@ -45,6 +54,9 @@ struct Member {
 inline constexpr std::tuple members{
     Member("version", &Header::version, Presence::required),
     Member("numPipes", &Header::numPipes),
+    Member("takenAt", &Header::takenAt, Presence::optional, 2),
+    Member("source", &Header::source, Presence::optional, 2),
+    Member("device", &Header::device, Presence::optional, 2),
     Member("stage", &Place::stage),
     Member("pipe", &Place::pipe),
     Member("groupPriority", &Place::groupPriority),
@@ -53,6 +65,7 @@ inline constexpr std::tuple members{
     Member("name", &Group::name),
     Member("availableEntries", &Group::availableEntries),
     Member("freeEntries", &Group::freeEntries),
+    Member("totalEntries", &Group::totalEntries, Presence::optional, 2),
     Member("table", &Entry::table, Presence::required),
     Member("shadowId", &Entry::shadowId, Presence::required),
     Member("sequence", &Entry::sequence, Presence::always),
@@ -60,17 +73,26 @@ inline constexpr std::tuple members{
     Member("description", &Entry::description),
     Member("action", &Entry::action),
     Member("hits", &Entry::hits),
+    Member("bytes", &Entry::bytes, Presence::optional, 2),
     Member("counterStatus", &Entry::counterStatus),
+    Member("state", &Entry::givenState, Presence::optional, 2),
+    Member("reason", &Entry::reason, Presence::optional, 2),
     Member("featurePriority", &Entry::featurePriority),
     Member("feature", &Entry::feature),
     Member("qualifiers", &Entry::qualifiers),
     Member("rangeCheckers", &Entry::rangeCheckers),
+    Member("otherMatch", &Entry::otherMatch, Presence::optional, 2),
+    Member("groups", &SnapshotEnd::groups, Presence::required, 2),
+    Member("entries", &SnapshotEnd::entries, Presence::required, 2),
 };
 inline constexpr std::size_t memberCount = std::tuple_size_v<decltype(members)>;
-static_assert(memberCount <= 32);
+/// A set of members, a bit for each at its index in `members`.
+using MemberBits = std::uint64_t;
+static_assert(memberCount < 64);
 
-/// The members of the records in `qualifiers` and `rangeCheckers`. A qualifier's value and mask are
-/// required, and have the form of the qualifier's kind. The others are as above.
+/// The members of the records in `qualifiers` and `rangeCheckers`. A qualifier's value and mask
+/// have the form of the qualifier's kind. The value is required, and so is the mask in version 1.
+/// The others are as above.
 inline constexpr std::string_view valueName = "value";
 inline constexpr std::string_view maskName = "mask";
 inline constexpr std::tuple qualifierMembers{
@@ -86,12 +108,14 @@ inline constexpr std::tuple rangeCheckerMembers{
 template <class Line>
 constexpr LineKind lineKind = std::is_same_v<Line, Header>  ? LineKind::header
                               : std::is_same_v<Line, Group> ? LineKind::group
-                                                            : LineKind::entry;
+                              : std::is_same_v<Line, Entry> ? LineKind::entry
+                                                            : LineKind::end;
 
 /// Whether a Line has the members of Owner.
 template <class Line, class Owner>
 constexpr bool hasMembersOf = std::is_same_v<Line, Owner> ||
-                              (std::is_same_v<Owner, Place> && !std::is_same_v<Line, Header>);
+                              (std::is_same_v<Owner, Place> &&
+                               (std::is_same_v<Line, Group> || std::is_same_v<Line, Entry>));
 
 /// The member's value. The line must have the member.
 template <class Line, class Owner, class Value>
@@ -131,13 +155,23 @@ constexpr auto makeMemberNames(std::index_sequence<indices...>) {
 inline constexpr auto memberNames = makeMemberNames(std::make_index_sequence<memberCount>());
 inline constexpr std::size_t memberType = memberCount;
 
-/// The members of a Line as a set of bits, numbered as in memberNames: all of them with the type,
-/// and the required ones.
+/// The members that a Line has in a version of the snapshot, with its type, as a set of bits
+/// numbered as in memberNames.
 template <class Line>
-constexpr std::uint32_t memberBits(bool onlyRequired) noexcept {
-  std::uint32_t bits = onlyRequired ? 0 : std::uint32_t{1} << memberType;
+constexpr MemberBits membersOf(std::uint32_t version) noexcept {
+  MemberBits bits = MemberBits{1} << memberType;
   forEachMember<Line>([&](auto const& member, auto index) {
-    if (!onlyRequired || member.presence == Presence::required) bits |= std::uint32_t{1} << index();
+    if (member.since <= version) bits |= MemberBits{1} << index();
+  });
+  return bits;
+}
+
+/// The members that every Line must have.
+template <class Line>
+constexpr MemberBits requiredMembersOf() noexcept {
+  MemberBits bits = 0;
+  forEachMember<Line>([&](auto const& member, auto index) {
+    if (member.presence == Presence::required) bits |= MemberBits{1} << index();
   });
   return bits;
 }
@@ -146,6 +180,15 @@ constexpr std::uint32_t memberBits(bool onlyRequired) noexcept {
 template <class Owner, class Value>
 Value usualValue(const Member<Owner, Value>& member) {
   return Owner().*member.at;
+}
+/// Whether a member has its default.
+template <class Value>
+bool isUsual(const Value& value, const Value& usual) {
+  return value == usual;
+}
+template <class Record>
+bool isUsual(const std::vector<Record>& records, const std::vector<Record>&) {
+  return records.empty();
 }
 
 }  // namespace tcamshow

@@ -30,6 +30,35 @@ constexpr QualifierKind kindOf(VelmorTcam::U8 type) noexcept {
   }
 }
 
+constexpr std::uint8_t bitsOf(VelmorTcam::U8 type) noexcept {
+  switch (type) {
+    case VelmorTcam::qualifierSrcIp:
+    case VelmorTcam::qualifierDstIp:
+      return 32;
+    case VelmorTcam::qualifierSrcIp6:
+    case VelmorTcam::qualifierSrcIp6Alt:
+    case VelmorTcam::qualifierDstIp6:
+    case VelmorTcam::qualifierDstIp6Alt:
+      return 128;
+    case VelmorTcam::qualifierSrcMac:
+    case VelmorTcam::qualifierDstMac:
+      return 48;
+    case VelmorTcam::qualifierEtherType:
+    case VelmorTcam::qualifierL4SrcPort:
+    case VelmorTcam::qualifierL4DstPort:
+      return 16;
+    case VelmorTcam::qualifierOuterVlanId:
+      return 12;
+    case VelmorTcam::qualifierDSCP:
+    case VelmorTcam::qualifierTcpControl:
+      return 6;
+    case VelmorTcam::qualifierIpFrag:
+      return 2;  // 1 to 3
+    default:
+      return 8;
+  }
+}
+
 /// A list of the entry-shadow library, with what the program adds to each value. The names are the
 /// library's own.
 template <class Row, std::size_t count>
@@ -71,7 +100,7 @@ class Rows {
 const Rows<QualifierName, qualifierCount> qualifiers(
     VelmorTcam::qualifierTypeValues(), [](const Zel::EnumValue& value, std::size_t index) noexcept {
       return QualifierName{value.name, value.number, kindOf(value.number),
-                           static_cast<std::uint8_t>(index)};
+                           static_cast<std::uint8_t>(index), bitsOf(value.number)};
     });
 
 const Rows<RangeCheckerName, rangeCheckerCount> rangeCheckers(
@@ -80,6 +109,16 @@ const Rows<RangeCheckerName, rangeCheckerCount> rangeCheckers(
     });
 
 constexpr NameTable tableNames({"ip", "ip6", "mac", "tcam"});
+constexpr NameTable stateNames({"programmed", "pending", "failed", "unknown"});
+
+/// Sets the result to the value of an enumeration with that name in `names`, if there is one.
+template <class Value, class Names>
+bool valueByName(const Names& names, std::string_view name, Value& value) noexcept {
+  std::size_t const index = names.find(name);
+  if (index == names.none) return false;
+  value = static_cast<Value>(index);
+  return true;
+}
 
 }  // namespace
 
@@ -117,10 +156,15 @@ bool stageByName(std::string_view name, Stage& stage) noexcept {
 }
 
 bool tableByName(std::string_view name, Table& table) noexcept {
-  std::size_t const index = tableNames.find(name);
-  if (index == tableNames.none) return false;
-  table = static_cast<Table>(index);
-  return true;
+  return valueByName(tableNames, name, table);
+}
+
+std::string_view stateName(EntryState state) noexcept {
+  return stateNames[static_cast<std::size_t>(state)];
+}
+
+bool stateByName(std::string_view name, EntryState& state) noexcept {
+  return valueByName(stateNames, name, state);
 }
 
 }  // namespace tcamshow

@@ -5,12 +5,14 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
 
 #include "VelmorTcamEntryShadow.h"
 #include "snapshot/AddressText.h"
+#include "snapshot/Time.h"
 
 namespace tcamshow {
 
@@ -26,6 +28,9 @@ constexpr VelmorTcam::StageType stageType(Stage stage) noexcept {
 
 enum class Table : std::uint8_t { ip, ip6, mac, tcam };
 
+/// How far hardware has got with an entry.
+enum class EntryState : std::uint8_t { programmed, pending, failed, unknown };
+
 /// The status of what is programmed in hardware; every other value means absent.
 constexpr std::uint8_t statusProgrammed = VelmorTcam::hwQualStatusProgrammed;
 
@@ -40,25 +45,33 @@ struct Place {
   friend auto operator<=>(const Place&, const Place&) = default;
 };
 
-/// The version of the snapshot's own format.
+/// The version of the snapshot's own format, 1 or 2.
 struct SnapshotVersion {
-  std::uint32_t number = 1;
+  static constexpr std::uint32_t newest = 2;
+
+  std::uint32_t number = newest;
   friend bool operator==(const SnapshotVersion&, const SnapshotVersion&) = default;
 };
 
+/// What a source says of itself. Texts are views into what the source or the writer's caller keeps.
+/// They hold no control character (U+0000 to U+001F, U+007F).
 struct Header {
   SnapshotVersion version;
   std::uint8_t numPipes = 1;
   bool hasNumPipes = false;  ///< whether the number was given
+  Time takenAt;              ///< when the entries were so
+  std::string_view source;   ///< what made it
+  std::string_view device;   ///< the switch
 };
 
-/// One copy of a group. The name is a view: the source, or the writer's caller, keeps the text. It
-/// holds no control character (U+0000 to U+001F, U+007F).
+/// One copy of a group. The rules for its text are those of Header's texts. A number that is not
+/// there is not reported, which is not the same as 0.
 struct Group {
   Place place;
   std::string_view name;
-  std::uint32_t availableEntries = 0;
-  std::uint32_t freeEntries = 0;
+  std::optional<std::uint32_t> availableEntries;  ///< how many more entries the copy can take
+  std::optional<std::uint32_t> freeEntries;       ///< rows of the hardware that nobody uses
+  std::optional<std::uint32_t> totalEntries;      ///< the copy's size
 };
 
 /// The kind of a qualifier's value and mask.
@@ -100,7 +113,7 @@ struct RangeChecker {
   std::uint8_t status = statusProgrammed;
 };
 
-/// One TCAM entry. The rules for its texts are those of Group's name. No qualifier type and no
+/// One TCAM entry. The rules for its texts are those of Header's texts. No qualifier type and no
 /// range checker type occurs twice.
 struct Entry {
   Place place;
@@ -112,6 +125,12 @@ struct Entry {
   std::string_view action;
   std::uint64_t hits = 0;
   std::uint8_t counterStatus = 0;
+  std::optional<std::uint64_t> bytes;
+  std::optional<EntryState> givenState;  ///< what was given; see stateOf()
+  std::string_view reason;               ///< why it is in that state
+  /// What it matches on beside its qualifiers and range checkers. Where it is not empty, the entry
+  /// matches some of the packets that these allow.
+  std::string_view otherMatch;
   std::uint32_t featurePriority = 0;
   std::string_view feature;
   std::vector<Qualifier> qualifiers;
@@ -126,7 +145,9 @@ struct Entry {
     shadowId = hits = 0;
     sequence = priority = featurePriority = 0;
     counterStatus = 0;
-    description = action = feature = std::string_view();
+    bytes.reset();
+    givenState.reset();
+    description = action = feature = reason = otherMatch = std::string_view();
   }
 };
 
@@ -135,6 +156,7 @@ struct QualifierName {
   std::uint8_t type;
   QualifierKind kind;
   std::uint8_t index;  ///< the place in the list of names, from 0, below 32
+  std::uint8_t bits;   ///< the width of what it matches on
 };
 
 struct RangeCheckerName {
@@ -154,9 +176,11 @@ std::span<const RangeCheckerName> rangeCheckerList() noexcept;
 
 Halvo::String stageName(Stage stage);
 std::string_view tableName(Table table) noexcept;
+std::string_view stateName(EntryState state) noexcept;
 /// If nothing has that name, these functions return false and leave the result unchanged.
 bool stageByName(std::string_view name, Stage& stage) noexcept;
 bool tableByName(std::string_view name, Table& table) noexcept;
+bool stateByName(std::string_view name, EntryState& state) noexcept;
 
 /// A programmed qualifier of the kind word or ip.
 inline Qualifier wordQualifier(std::uint8_t type, std::uint32_t value, std::uint32_t mask,

@@ -9,8 +9,10 @@
 
 namespace tcamshow {
 
-/// Reads a snapshot: JSON Lines, the header first, then groups and entries in any order. The header
-/// is read at once.
+/// Reads a snapshot of version 1 or 2: JSON Lines, the header first, then groups and entries in any
+/// order, and from version 2 on an end line that counts them. The header is read at once. Where the
+/// end line is missing or counts others, the snapshot was cut: a fault, once all before it was
+/// given.
 ///
 /// A line is given only after every member has been checked. Only blank lines are skipped. The
 /// first fault throws InputError, which names the file, the line and the member. Doubtful values

@@ -1,6 +1,7 @@
 #include "snapshot/SnapshotWriter.h"
 
 #include <concepts>
+#include <optional>
 #include <string_view>
 #include <tuple>
 #include <vector>
@@ -30,6 +31,12 @@ void appendValue(std::string& out, Number number) {
 void appendValue(std::string& out, std::string_view text) { appendJsonString(out, text); }
 void appendValue(std::string& out, Stage stage) { appendJsonString(out, stageName(stage).view()); }
 void appendValue(std::string& out, Table table) { appendJsonString(out, tableName(table)); }
+void appendValue(std::string& out, EntryState state) { appendJsonString(out, stateName(state)); }
+void appendValue(std::string& out, const Time& time) { appendJsonString(out, time.text); }
+template <class Value>
+void appendValue(std::string& out, const std::optional<Value>& value) {
+  appendValue(out, *value);
+}
 
 /// Appends a member of which nothing is left out.
 template <class Append>
@@ -98,15 +105,6 @@ void appendValue(std::string& out, const std::vector<Record>& records) {
 
 // --- members
 
-template <class Value>
-bool isUsual(const Value& value, const Value& usual) {
-  return value == usual;
-}
-template <class Record>
-bool isUsual(const std::vector<Record>& records, const std::vector<Record>&) {
-  return records.empty();
-}
-
 template <class Owner, class Value>
 void appendMember(std::string& out, const Member<Owner, Value>& member, const Value& value) {
   if (member.presence == Presence::optional && isUsual(value, usualValue(member))) return;
@@ -128,10 +126,14 @@ void appendMembers(std::string& out, const Line& line) {
 void appendLine(std::string& out, const Header& header) { appendMembers(out, header); }
 void appendLine(std::string& out, const Group& group) { appendMembers(out, group); }
 void appendLine(std::string& out, const Entry& entry) { appendMembers(out, entry); }
+void appendLine(std::string& out, const SnapshotEnd& end) { appendMembers(out, end); }
 
 void writeSnapshot(Source& source, OutputBuffer& out) {
   std::string line;
-  appendLine(line, source.header());
+  Header header = source.header();
+  header.version = SnapshotVersion();
+  appendLine(line, header);
+  SnapshotEnd end;
   for (;;) {
     if (line.size() > LineReader::longestLine) {
       throw InputError(source.fileName(), source.lineNumber(),
@@ -141,12 +143,16 @@ void writeSnapshot(Source& source, OutputBuffer& out) {
     line.clear();
     switch (source.next()) {
       case Source::Item::end:
+        appendLine(line, end);
+        out.write(line);
         return;
       case Source::Item::group:
         appendLine(line, source.group());
+        ++end.groups;
         break;
       case Source::Item::entry:
         appendLine(line, source.entry());
+        ++end.entries;
         break;
     }
   }

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "io/OutputBuffer.h"
+#include "snapshot/Members.h"
 #include "snapshot/Snapshot.h"
 #include "snapshot/Source.h"
 
@@ -16,8 +17,10 @@ namespace tcamshow {
 void appendLine(std::string& out, const Header& header);
 void appendLine(std::string& out, const Group& group);
 void appendLine(std::string& out, const Entry& entry);
+void appendLine(std::string& out, const SnapshotEnd& end);
 
-/// Writes everything that `source` gives as a snapshot, line by line.
+/// Writes everything that `source` gives as a snapshot of the newest version, line by line. The end
+/// line follows only if the source ends without a fault.
 void writeSnapshot(Source& source, OutputBuffer& out);
 
 }  // namespace tcamshow

@@ -91,6 +91,15 @@ void printMember(std::string_view name, Table table, const VelmorTcamEntryShadow
                  Printer& printer) {
   printer.attribute(name, tableName(table));
 }
+void printMember(std::string_view name, EntryState state, const VelmorTcamEntryShadow&,
+                 Printer& printer) {
+  printer.attribute(name, stateName(state));
+}
+template <class Value>
+void printMember(std::string_view name, const std::optional<Value>& value,
+                 const VelmorTcamEntryShadow& shadow, Printer& printer) {
+  printMember(name, *value, shadow, printer);
+}
 template <class Record>
 void printMember(std::string_view name, const std::vector<Record>& records,
                  const VelmorTcamEntryShadow& shadow, Printer& printer) {
@@ -113,7 +122,10 @@ void printEntry(const Entry& entry, const VelmorTcamEntryShadow& shadow, Printer
   printer.objectBegin();
   printer.attribute("type", lineKindNames[static_cast<std::size_t>(LineKind::entry)]);
   forEachMember<Entry>([&](auto const& member, auto) {
-    printMember(member.name, memberOf(entry, member), shadow, printer);
+    auto const& value = memberOf(entry, member);
+    if (member.since == 1 || !isUsual(value, usualValue(member))) {
+      printMember(member.name, value, shadow, printer);
+    }
   });
   printer.objectEnd();
 }

@@ -13,9 +13,10 @@ constexpr VelmorTcam::U64 jsonSchemaVersion = 1;
 /// The object that comes before the entries of a table.
 void printTableStart(Table table, pravo::Printer& printer);
 
-/// The entry as one object, with the members and values of its line in a snapshot. Every member is
-/// printed, even with its default, which a snapshot may leave out. The qualifiers and range
-/// checkers are those of the shadow, in ascending order of their numbers.
+/// The entry as one object, with the members and values of its line in a snapshot. Every member of
+/// version 1 is printed, even with its default, which a snapshot may leave out. A member of a later
+/// version is printed if it is given. The qualifiers and range checkers are those of the shadow, in
+/// ascending order of their numbers.
 void printEntry(const Entry& entry, const VelmorTcam::VelmorTcamEntryShadow& shadow,
                 pravo::Printer& printer);
 

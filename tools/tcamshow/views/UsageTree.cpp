@@ -154,8 +154,8 @@ Usage::Usage(Source& source) : numPipes_(source.header().numPipes) {
       case Source::Item::group: {
         const Group& line = source.group();
         Copy& copy = filler.copyAt(line.place);
-        copy.availableEntriesIs(line.availableEntries);
-        copy.freeEntriesIs(line.freeEntries);
+        copy.availableEntriesIs(line.availableEntries.value_or(0));
+        copy.freeEntriesIs(line.freeEntries.value_or(0));
         groupNames_.emplace(&copy, line.name);
         break;
       }
