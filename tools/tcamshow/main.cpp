@@ -59,7 +59,7 @@ void declare(CLI::App& app, const Commands& commands, ProgramOptions& options) {
       "command line is wrong.");
 }
 
-/// The innermost app that the command line names: the program, a command or a format.
+/// The innermost app that the command line names: the program or a command.
 const CLI::App& innermost(const CLI::App& app) {
   auto const inside = app.get_subcommands();
   return inside.empty() ? app : innermost(*inside.front());
@@ -85,8 +85,7 @@ std::string unknownWord(const CLI::App& app, const std::string& word, bool isFir
   known.erase(std::unique(known.begin(), known.end()), known.end());
   std::string const what = isOption          ? "no such option: "
                            : choices.empty() ? "one argument too many: "
-                           : &at == &app     ? "no such command: "
-                                             : "no such format: ";
+                                             : "no such command: ";
   std::vector<std::string_view> const names(known.begin(), known.end());
   return what + word + suggestion(word, names);
 }
@@ -114,10 +113,7 @@ std::string messageOf(const CLI::App& app, const CLI::ParseError& error,
       return unknownWord(app, word, isBeforeCommand(app, word, arguments));
     }
   }
-  if (isRequired) {
-    return &innermost(app) == &app ? "a command is required"
-                                   : innermost(app).get_name() + ": a format is required";
-  }
+  if (isRequired && &innermost(app) == &app) return "a command is required";
   return error.what();
 }
 
@@ -130,6 +126,8 @@ ExitStatus runCommand(Command& command, const Run& run) {
   } catch (const InputError& error) {
     message = error.what();
     status = ExitStatus::failure;
+  } catch (const CommandLineError& error) {
+    return refuse(error.what());
   }
   try {
     run.out.flush();

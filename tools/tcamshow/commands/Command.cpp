@@ -3,16 +3,14 @@
 #include <CLI/CLI.hpp>
 #include <string>
 
-#include "io/InputFile.h"
-#include "sources/Formats.h"
-
 namespace tcamshow {
 
 Command::~Command() = default;
 
 void Command::declare(CLI::App& app, ProgramOptions& options) {
   app_ = app.add_subcommand(name_, description_)->group("Commands");
-  declareOptions(*app_);
+  Options own(*app_);
+  declareOptions(own);
   // These are options of the whole program. Here they make the command's help list them.
   if (hasJson()) {
     app_->add_flag("--json", options.json, "JSON Lines in place of the text");
@@ -27,16 +25,8 @@ void Command::declare(CLI::App& app, ProgramOptions& options) {
 
 bool Command::isChosen() const { return app_->parsed(); }
 
-void FileArgument::declare(CLI::App& command) {
-  command.add_option("FILE", path_, "The file to read; standard input when absent or -")
-      ->option_text(" ")
-      ->check([](const std::string& path) {
-        return std::string(path.empty() ? "the name is empty; standard input is -" : "");
-      });
-}
-
 ExitStatus ViewCommand::run(const Run& run) {
-  auto const source = openAs(snapshotFormat(), InputFile(file_.path()), run.complaints);
+  auto const source = file_.open(run.complaints);
   show(*source, run);
   return ExitStatus::done;
 }

@@ -2,17 +2,16 @@
 #pragma once
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "commands/Options.h"
+#include "commands/SourceFile.h"
 #include "io/Complaints.h"
 #include "io/ExitStatus.h"
 #include "io/OutputBuffer.h"
 #include "snapshot/Source.h"
-
-namespace CLI {
-class App;
-}  // namespace CLI
 
 namespace tcamshow {
 
@@ -27,6 +26,12 @@ struct Run {
   OutputBuffer& out;
   Complaints& complaints;
   const ProgramOptions& options;
+};
+
+/// The command line is wrong in a way that shows only when the command runs. The message need not
+/// be safe text.
+struct CommandLineError : std::runtime_error {
+  using std::runtime_error::runtime_error;
 };
 
 /// One command: its arguments, and the source and the view that it joins. main() declares all
@@ -53,14 +58,14 @@ class Command {
   /// Whether the command line names it.
   bool isChosen() const;
 
-  /// Throws InputError if the input is bad. main() makes the message and the exit status from it,
-  /// and from the errors of OutputBuffer. After the run, main() flushes the buffer and prints the
-  /// warnings.
+  /// Throws InputError if the input is bad, CommandLineError if the command line is wrong. main()
+  /// makes the message and the exit status from them, and from the errors of OutputBuffer. After
+  /// the run, main() flushes the buffer and prints the warnings.
   virtual ExitStatus run(const Run& run) = 0;
 
  protected:
   /// Adds the command's own options and arguments. The command line sets members of this object.
-  virtual void declareOptions(CLI::App& command) = 0;
+  virtual void declareOptions(Options& options) = 0;
 
  private:
   const char* name_;
@@ -69,17 +74,7 @@ class Command {
   CLI::App* app_ = nullptr;
 };
 
-/// The argument FILE: a path, or "-" for standard input. Without the argument it is "-".
-class FileArgument {
- public:
-  void declare(CLI::App& command);
-  const std::string& path() const noexcept { return path_; }
-
- private:
-  std::string path_ = "-";
-};
-
-/// A command that reads a snapshot and shows it by a view.
+/// A command that shows by a view what a source gives.
 class ViewCommand : public Command {
  public:
   using Command::Command;
@@ -87,11 +82,11 @@ class ViewCommand : public Command {
   ExitStatus run(const Run& run) final;
 
  protected:
-  void declareOptions(CLI::App& command) override { file_.declare(command); }
+  void declareOptions(Options& options) override { file_.declare(options); }
   virtual void show(Source& source, const Run& run) = 0;
 
  private:
-  FileArgument file_;
+  SourceFile file_;
 };
 
 /// All commands, in the order of the help.

@@ -1,15 +1,19 @@
-#include <CLI/CLI.hpp>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "commands/Commands.h"
-#include "io/InputFile.h"
+#include "io/Nearest.h"
+#include "io/SafeText.h"
+#include "snapshot/EntryStore.h"
 #include "snapshot/SnapshotWriter.h"
+#include "snapshot/StoreSource.h"
 #include "sources/Formats.h"
 
 namespace tcamshow {
 namespace {
 
-/// `import FORMAT FILE`
+/// `import [FORMAT] [FILE]`
 class ImportCommand final : public Command {
  public:
   ImportCommand()
@@ -17,35 +21,45 @@ class ImportCommand final : public Command {
                 "import openconfig acl.json >acl.jsonl") {}
 
   ExitStatus run(const Run& run) override {
-    const Choice* choice = choices_.data();
-    while (!choice->app->parsed()) ++choice;
-    writeSnapshot(*openAs(*choice->format, InputFile(file_.path()), run.complaints), run.out);
+    const Format* format = nullptr;
+    std::string path = second_.empty() ? "-" : second_;
+    if (!first_.empty()) {
+      format = formatByName(first_);
+      if (format == nullptr) {
+        if (!second_.empty()) failFormat(first_);
+        path = first_;
+      }
+    }
+    OpenedSource const opened = openSource(path, format, run.complaints);
+    if (opened.format->isReadFirst) {
+      EntryStore const store(*opened.source);
+      writeSnapshot(*storeSource(store, run.complaints), run.out);
+    } else {
+      writeSnapshot(*opened.source, run.out);
+    }
     return ExitStatus::done;
   }
 
  private:
-  struct Choice {
-    const Format* format;
-    CLI::App* app;
-  };
-
-  void declareOptions(CLI::App& command) override {
-    command.require_subcommand(1);
-    auto const formatter = std::make_shared<CLI::Formatter>();
-    formatter->label("SUBCOMMAND", "FORMAT");
-    command.formatter(formatter);
-    for (const Format& format : importFormats()) {
-      std::string const name(format.name);
-      CLI::App* const choice =
-          command.add_subcommand(name, std::string(format.description))->group("Formats");
-      file_.declare(*choice);
-      choice->footer("Example:\n  tcamshow import " + name + " FILE | tcamshow ip");
-      choices_.push_back({&format, choice});
+  void declareOptions(Options& options) override {
+    std::string help = "The file's format; recognised when absent. Formats:";
+    for (const Format& format : allFormats()) {
+      ((help += "\n  ") += format.name) += ": ";
+      help += format.description;
     }
+    options.word("FORMAT", first_, help);
+    options.word("FILE", second_, "The file to read; standard input when absent or -");
   }
 
-  std::vector<Choice> choices_;
-  FileArgument file_;
+  [[noreturn]] static void failFormat(const std::string& name) {
+    std::vector<std::string_view> names;
+    for (const Format& format : allFormats()) names.push_back(format.name);
+    throw CommandLineError("no such format: " + name + suggestion(name, names));
+  }
+
+  // One word alone is a format or a file.
+  std::string first_;
+  std::string second_;
 };
 
 }  // namespace

@@ -1,10 +1,6 @@
-#include <CLI/CLI.hpp>
-
 #include "views/Inspect.h"
 
 #include "commands/Commands.h"
-#include "io/InputFile.h"
-#include "sources/Formats.h"
 
 namespace tcamshow {
 namespace {
@@ -20,19 +16,19 @@ class InspectCommand final : public Command {
     if (showsTypes_) {
       inspectTypes(run.out);
     } else {
-      inspect(*openAs(snapshotFormat(), InputFile(file_.path()), run.complaints), run.out);
+      inspect(*file_.open(run.complaints), run.out);
     }
     return ExitStatus::done;
   }
 
  private:
-  void declareOptions(CLI::App& command) override {
-    command.add_flag("--types", showsTypes_, "The library's types in their place; reads no file");
-    file_.declare(command);
+  void declareOptions(Options& options) override {
+    options.flag("--types", showsTypes_, "The library's types in their place; reads no file");
+    file_.declare(options);
   }
 
   bool showsTypes_ = false;
-  FileArgument file_;
+  SourceFile file_;
 };
 
 }  // namespace

@@ -1,7 +1,5 @@
-#include <CLI/CLI.hpp>
-
-#include "commands/Commands.h"
 #include "views/Usage.h"
+#include "commands/Commands.h"
 
 namespace tcamshow {
 namespace {
@@ -13,9 +11,9 @@ class UsageCommand final : public ViewCommand {
                     "usage --detail acl.jsonl") {}
 
  private:
-  void declareOptions(CLI::App& command) override {
-    command.add_flag("--detail", hasDetail_, "The entries of each feature too");
-    ViewCommand::declareOptions(command);
+  void declareOptions(Options& options) override {
+    options.flag("--detail", hasDetail_, "The entries of each feature too");
+    ViewCommand::declareOptions(options);
   }
   void show(Source& source, const Run& run) override { showUsage(source, run.out, hasDetail_); }
 

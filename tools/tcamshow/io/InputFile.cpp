@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -35,7 +36,8 @@ InputFile::InputFile(InputFile&& from) noexcept
       name_(std::move(from.name_)),
       startBegin_(from.startBegin_),
       startEnd_(from.startEnd_),
-      isStarted_(from.isStarted_) {
+      isStarted_(from.isStarted_),
+      gzip_(std::move(from.gzip_)) {
   std::memcpy(start_, from.start_, from.startEnd_);
 }
 
@@ -57,7 +59,28 @@ std::string_view InputFile::start() {
   return {start_ + startBegin_, startEnd_ - startBegin_};
 }
 
+bool InputFile::startMore() {
+  startRead();
+  if (startEnd_ == startSize) return false;
+  std::size_t const count = readNow(start_ + startEnd_, startSize - startEnd_, 0);
+  startEnd_ += count;
+  return count != 0;
+}
+
 std::size_t InputFile::readNow(char* buffer, std::size_t size, std::uint64_t line) {
+  if (!gzip_) return readPacked(buffer, size, line);
+  try {
+    return gzip_->read(buffer, size, [this, line](char* packed, std::size_t room) {
+      return readPacked(packed, room, line);
+    });
+  } catch (const InputError&) {
+    throw;
+  } catch (const std::runtime_error& error) {
+    throw InputError(name_, line, error.what());
+  }
+}
+
+std::size_t InputFile::readPacked(char* buffer, std::size_t size, std::uint64_t line) const {
   for (;;) {
     ssize_t const count = ::read(descriptor_, buffer, size);
     if (count >= 0) return static_cast<std::size_t>(count);
@@ -75,13 +98,21 @@ void InputFile::startRead() {
   if (isStarted_) return;
   isStarted_ = true;
   // A pipe may give less than the mark at once.
-  for (;;) {
-    std::string_view const read(start_, startEnd_);
-    if (read.size() >= byteOrderMark.size() || !byteOrderMark.starts_with(read)) break;
-    std::size_t const count = readNow(start_ + startEnd_, startSize - startEnd_, 0);
-    if (count == 0) break;
-    startEnd_ += count;
+  auto const readSome = [this](std::size_t size) {
+    while (startEnd_ < size) {
+      std::size_t const count = readNow(start_ + startEnd_, startSize - startEnd_, 0);
+      if (count == 0) return;
+      startEnd_ += count;
+    }
+  };
+  readSome(1);
+  if (startEnd_ != 0 && start_[0] == '\x1F') readSome(2);
+  if (Gzip::resembles({start_, startEnd_})) {
+    gzip_ = std::make_unique<Gzip>(std::string_view(start_, startEnd_));
+    startEnd_ = 0;
+    readSome(1);
   }
+  if (startEnd_ != 0 && start_[0] == byteOrderMark[0]) readSome(byteOrderMark.size());
   if (std::string_view(start_, startEnd_).starts_with(byteOrderMark)) {
     startBegin_ = byteOrderMark.size();
   }

@@ -3,13 +3,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "io/Gzip.h"
+
 namespace tcamshow {
 
-/// A file, or standard input, that is read from beginning to end. A byte order mark (U+FEFF) at the
-/// beginning is skipped, whatever the format.
+/// A file, or standard input, that is read from beginning to end. If gzip has compressed it, it is
+/// unpacked. A byte order mark (U+FEFF) at the beginning is skipped, whatever the format.
 class InputFile {
  public:
   /// Opens `path`; "-" means standard input. Throws InputError.
@@ -25,13 +28,17 @@ class InputFile {
   /// non-blocking descriptor, and goes on after a signal. Throws InputError, which names `line`.
   std::size_t read(char* buffer, std::size_t size, std::uint64_t line);
   /// The first bytes of the file: at least a few, if the file has so many. Call it before the first
-  /// read(), which gives these bytes again. The view is valid until that call.
+  /// read(), which gives these bytes again. The view is valid until that call, or startMore().
   std::string_view start();
+  /// Waits for more bytes of start(); false where the file has no more, or start() is long enough
+  /// to tell any format.
+  bool startMore();
 
  private:
-  static constexpr std::size_t startSize = 1024;
+  static constexpr std::size_t startSize = 4096;
 
   std::size_t readNow(char* buffer, std::size_t size, std::uint64_t line);
+  std::size_t readPacked(char* buffer, std::size_t size, std::uint64_t line) const;
   void startRead();
 
   // NOLINTNEXTLINE(modernize-use-default-member-init): its constant needs another header
@@ -42,6 +49,7 @@ class InputFile {
   std::size_t startBegin_ = 0;
   std::size_t startEnd_ = 0;
   bool isStarted_ = false;
+  std::unique_ptr<Gzip> gzip_;  // null where the file is not compressed
 };
 
 }  // namespace tcamshow

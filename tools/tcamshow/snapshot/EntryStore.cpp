@@ -86,7 +86,7 @@ std::string_view TextPool::kept(std::string_view text) {
   return {room, text.size()};
 }
 
-EntryStore::EntryStore(Source& source) : header_(source.header()) {
+EntryStore::EntryStore(Source& source) : header_(source.header()), fileName_(source.fileName()) {
   header_.takenAt.text = texts_[texts_.add(header_.takenAt.text)];
   header_.source = texts_[texts_.add(header_.source)];
   header_.device = texts_[texts_.add(header_.device)];
@@ -118,6 +118,7 @@ std::uint32_t EntryStore::placeNumber(const Place& place) {
 
 void EntryStore::add(const Group& group) {
   PlaceInfo& place = places_[placeNumber(group.place)];
+  place.hasGroup = true;
   place.name = texts_[texts_.add(group.name)];
   place.availableEntries = group.availableEntries;
   place.freeEntries = group.freeEntries;

@@ -47,7 +47,8 @@ class TextPool {
 /// What a source says of one place.
 struct PlaceInfo {
   Place place;
-  std::string_view name;  ///< the group's; empty where no group line stands for the place
+  bool hasGroup = false;  ///< whether a group line stands for the place
+  std::string_view name;  ///< the group's
   std::optional<std::uint32_t> availableEntries;
   std::optional<std::uint32_t> freeEntries;
   std::optional<std::uint32_t> totalEntries;
@@ -69,6 +70,8 @@ class EntryStore {
   explicit EntryStore(Source& source);
 
   const Header& header() const noexcept { return header_; }
+  /// What the source was read from, for messages.
+  const std::string& fileName() const noexcept { return fileName_; }
   std::uint32_t size() const noexcept { return size_; }
   /// By ascending place: stage, pipe, group priority, group id, copy id. A place has a group line,
   /// or an entry, or both.
@@ -113,6 +116,7 @@ class EntryStore {
   }
 
   Header header_;
+  std::string fileName_;
   TextPool texts_;
   std::map<Place, std::uint32_t> placeNumbers_;
   std::vector<PlaceInfo> places_;

@@ -477,11 +477,13 @@ class SnapshotReader final : public Source {
 
 }  // namespace
 
-bool resemblesSnapshot(std::string_view start) noexcept {
+std::string_view snapshotRuledOut(std::string_view start) noexcept {
   std::size_t const first = start.find_first_not_of(" \t\r\n");
-  if (first == start.npos || start[first] != '{') return false;
+  if (first == start.npos || start[first] != '{') return "its first line is no JSON object";
   std::string_view const line = start.substr(first, start.find('\n', first) - first);
-  return line.find("\"type\"") != line.npos && line.find("\"snapshot\"") != line.npos;
+  bool const isHeader =
+      line.find("\"type\"") != line.npos && line.find("\"snapshot\"") != line.npos;
+  return isHeader ? "" : R"(its first line is not {"type":"snapshot","version":2})";
 }
 
 std::unique_ptr<Source> openSnapshot(InputFile file, Complaints& complaints) {

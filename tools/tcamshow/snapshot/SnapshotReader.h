@@ -22,7 +22,7 @@ namespace tcamshow {
 /// have two; there may be 1,048,576 groups.
 std::unique_ptr<Source> openSnapshot(InputFile file, Complaints& complaints);
 
-/// Whether a file that begins with `start` is a snapshot.
-bool resemblesSnapshot(std::string_view start) noexcept;
+/// Why a file that begins with `start` is no snapshot. Empty if it is meant as one.
+std::string_view snapshotRuledOut(std::string_view start) noexcept;
 
 }  // namespace tcamshow

@@ -250,14 +250,14 @@ class ClassbenchSource final : public Source {
 
 }  // namespace
 
-bool resemblesClassbench(std::string_view start) noexcept {
+std::string_view classbenchRuledOut(std::string_view start) noexcept {
   while (!start.empty()) {
     std::string_view const line = start.substr(0, start.find('\n'));
-    if (line.starts_with('@')) return true;
-    if (!line.starts_with('#') && line.find_first_not_of(" \t\r") != line.npos) return false;
+    if (line.starts_with('@')) return "";
+    if (!line.starts_with('#') && line.find_first_not_of(" \t\r") != line.npos) break;
     start.remove_prefix(std::min(line.size() + 1, start.size()));
   }
-  return false;
+  return "its first line does not begin with @";
 }
 
 std::unique_ptr<Source> openClassbench(InputFile file, Complaints& complaints) {

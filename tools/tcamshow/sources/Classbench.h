@@ -20,7 +20,7 @@ namespace tcamshow {
 /// 0x, hexadecimal. Lines that are blank or begin with # are skipped.
 std::unique_ptr<Source> openClassbench(InputFile file, Complaints& complaints);
 
-/// Whether a file that begins with `start` is a filter set.
-bool resemblesClassbench(std::string_view start) noexcept;
+/// Why a file that begins with `start` is no filter set. Empty if it is meant as one.
+std::string_view classbenchRuledOut(std::string_view start) noexcept;
 
 }  // namespace tcamshow

@@ -1,7 +1,9 @@
 #include "sources/Formats.h"
 
-#include <iterator>
+#include <algorithm>
+#include <filesystem>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "io/InputError.h"
@@ -12,56 +14,117 @@
 namespace tcamshow {
 namespace {
 
-constexpr Format snapshot{"snapshot", "Snapshots", "a snapshot", resemblesSnapshot, openSnapshot};
-
-constexpr Format imports[] = {
+constexpr Format formats[] = {
+    {"snapshot", "Snapshots of either version", "a snapshot", snapshotRuledOut, openSnapshot,
+     nullptr, true},
     {"classbench", "Filter sets of packet-classification research", "a filter set",
-     resemblesClassbench, openClassbench},
-    {"openconfig", "ACL documents of OpenConfig", "an OpenConfig ACL document", resemblesOpenconfig,
-     openOpenconfig},
+     classbenchRuledOut, openClassbench, nullptr, false},
+    {"openconfig", "ACL documents of OpenConfig", "an OpenConfig ACL document", openconfigRuledOut,
+     openOpenconfig, nullptr, false},
 };
 
-/// A known kind of file that no source reads. It has to be changed first.
+/// What a file may be beside the formats.
 struct Foreign {
-  bool (*resembles)(std::string_view start) noexcept;
+  std::string_view start;
   std::string_view message;
 };
+constexpr std::string_view otherwisePacked =
+    "the file is compressed in a way that is not read; gzip is";
 constexpr Foreign foreigners[] = {
-    {[](std::string_view start) noexcept { return start.starts_with("\x1F\x8B"); },
-     "the file is compressed; 'gzip -dc FILE' gives what it holds"},
-    {[](std::string_view start) noexcept { return start.starts_with(R"({"type":"table",)"); },
+    {R"({"type":"table",)",
      "this is what --json prints, not a snapshot; with the line "
      R"({"type":"snapshot","version":1} in place of the first it is one)"},
+    {"\xFD"
+     "7zXZ",
+     otherwisePacked},
+    {"\x28\xB5\x2F\xFD", otherwisePacked},
+    {"BZh", otherwisePacked},
+    {"PK\x03\x04", otherwisePacked},
 };
 
-/// The message for a file that is clearly not of `format`, or empty.
-std::string otherwise(const Format& format, std::string_view start) {
-  if (format.resembles(start)) return {};
+bool resembles(const Format& format, std::string_view start) {
+  return format.ruledOut != nullptr && format.ruledOut(start).empty();
+}
+
+/// The format that a file is plainly of, or null.
+const Format* recognised(std::string_view start) {
+  auto const* const found = std::find_if(std::begin(formats), std::end(formats),
+                                         [=](const Format& one) { return resembles(one, start); });
+  return found == std::end(formats) ? nullptr : found;
+}
+
+/// The format of a file, of which no more is read than it takes to tell. An empty file is a
+/// snapshot without a header.
+const Format& formatOf(InputFile& file) {
+  for (;;) {
+    if (const Format* const format = recognised(file.start())) return *format;
+    if (!file.startMore()) break;
+  }
+  std::string_view const start = file.start();
+  if (start.find_first_not_of(" \t\r\n") == start.npos) return formats[0];
   for (const Foreign& foreign : foreigners) {
-    if (foreign.resembles(start)) return std::string(foreign.message);
+    if (start.starts_with(foreign.start)) {
+      throw InputError(file.name(), 1, std::string(foreign.message));
+    }
   }
-  auto const is = [&](const Format& other) {
-    return "this is " + std::string(other.thing) + ", not " + std::string(format.thing) + "; ";
-  };
-  if (snapshot.resembles(start)) return is(snapshot) + "'tcamshow tcam FILE' shows it";
-  for (const Format& other : imports) {
-    if (!other.resembles(start)) continue;
-    return is(other) + "'tcamshow import " + std::string(other.name) +
-           " FILE' makes a snapshot of it";
+  std::string message = "the format is not known";
+  char separator = ':';
+  for (const Format& format : formats) {
+    if (format.ruledOut == nullptr) continue;
+    ((message += separator) += " not ") += format.name;
+    (message += ", for ") += format.ruledOut(start);
+    separator = ';';
   }
-  return {};
+  throw InputError(file.name(), 1, message + "; --from FORMAT says it outright");
+}
+
+/// Throws where the file is plainly of another format than `format`.
+void checkFormat(InputFile& file, const Format& format) {
+  std::string_view const start = file.start();
+  if (resembles(format, start)) return;
+  const Format* const other = recognised(start);
+  if (other == nullptr) return;
+  throw InputError(file.name(), 1,
+                   "this is " + std::string(other->thing) + ", not " + std::string(format.thing) +
+                       "; without a format it is recognised");
+}
+
+OpenedSource openDirectory(const std::string& path, const Format* format, Complaints& complaints) {
+  if (format == nullptr) {
+    for (const Format& one : formats) {
+      if (one.openDirectory != nullptr) format = &one;
+    }
+  }
+  if (format == nullptr || format->openDirectory == nullptr) {
+    throw InputError(path, 0, "this is a directory, not a file");
+  }
+  return {format->openDirectory(path, complaints), format};
 }
 
 }  // namespace
 
-const Format& snapshotFormat() noexcept { return snapshot; }
+std::span<const Format> allFormats() noexcept { return formats; }
 
-std::span<const Format> importFormats() noexcept { return imports; }
+const Format* formatByName(std::string_view name) noexcept {
+  auto const* const found = std::find_if(std::begin(formats), std::end(formats),
+                                         [=](const Format& one) { return one.name == name; });
+  return found == std::end(formats) ? nullptr : found;
+}
 
-std::unique_ptr<Source> openAs(const Format& format, InputFile file, Complaints& complaints) {
-  std::string const message = otherwise(format, file.start());
-  if (!message.empty()) throw InputError(file.name(), 1, message);
-  return format.open(std::move(file), complaints);
+OpenedSource openSource(const std::string& path, const Format* format, Complaints& complaints) {
+  std::error_code error;
+  if (path != "-" && std::filesystem::is_directory(path, error)) {
+    return openDirectory(path, format, complaints);
+  }
+  InputFile file(path);
+  if (format == nullptr) {
+    format = &formatOf(file);
+  } else if (format->open == nullptr) {
+    throw InputError(path, 0, "this is not a directory, as " + std::string(format->thing) + " is");
+  } else {
+    checkFormat(file, *format);
+  }
+  return {format->open(std::move(file), complaints), format};
 }
 
 }  // namespace tcamshow

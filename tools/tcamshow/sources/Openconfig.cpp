@@ -240,9 +240,10 @@ class OpenconfigSource final : public Source {
 
 }  // namespace
 
-bool resemblesOpenconfig(std::string_view start) noexcept {
+std::string_view openconfigRuledOut(std::string_view start) noexcept {
   std::size_t const first = start.find_first_not_of(" \t\r\n");
-  return first != start.npos && start[first] == '{' && start.find("\"acl-sets\"") != start.npos;
+  if (first == start.npos || start[first] != '{') return "it does not begin with {";
+  return start.find("\"acl-sets\"") == start.npos ? R"(no "acl-sets" is near its beginning)" : "";
 }
 
 std::unique_ptr<Source> openOpenconfig(InputFile file, Complaints& complaints) {

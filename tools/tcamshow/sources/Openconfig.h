@@ -31,7 +31,7 @@ namespace tcamshow {
 /// document.
 std::unique_ptr<Source> openOpenconfig(InputFile file, Complaints& complaints);
 
-/// Whether a file that begins with `start` is an ACL document.
-bool resemblesOpenconfig(std::string_view start) noexcept;
+/// Why a file that begins with `start` is no ACL document. Empty if it is meant as one.
+std::string_view openconfigRuledOut(std::string_view start) noexcept;
 
 }  // namespace tcamshow
