@@ -6,6 +6,7 @@
 #include <concepts>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <tuple>
@@ -37,7 +38,8 @@ std::string listed(const Style& style, std::vector<std::string> names) {
   return text;
 }
 
-std::string formOf(const Style&, SnapshotVersion) { return "the number 1"; }
+std::string formOf(const Style&, SnapshotVersion) { return "the number 1 or 2"; }
+std::string formOf(const Style&, const Time&) { return "time"; }
 template <std::integral Number>
 std::string formOf(const Style& style, Number) {
   return "number, " + numberText(style, std::to_string(std::numeric_limits<Number>::min())) +
@@ -57,6 +59,18 @@ std::string formOf(const Style& style, Table) {
     names.emplace_back(tableName(table));
   }
   return listed(style, names);
+}
+std::string formOf(const Style& style, EntryState) {
+  std::vector<std::string> names;
+  for (EntryState const state :
+       {EntryState::programmed, EntryState::pending, EntryState::failed, EntryState::unknown}) {
+    names.emplace_back(stateName(state));
+  }
+  return listed(style, names);
+}
+template <class Value>
+std::string formOf(const Style& style, const std::optional<Value>&) {
+  return formOf(style, Value());
 }
 template <class Record>
 std::string formOf(const Style&, const std::vector<Record>&) {
@@ -79,6 +93,12 @@ std::string usualText(const Style& style, Stage stage) {
 std::string usualText(const Style& style, Table table) {
   return quoted(style, '"' + std::string(tableName(table)) + '"');
 }
+std::string usualText(const Style&, const Time&) { return "not given"; }
+std::string usualText(const Style&, const std::optional<EntryState>&) { return "not given"; }
+template <std::integral Number>
+std::string usualText(const Style&, const std::optional<Number>&) {
+  return "not reported";
+}
 template <class Record>
 std::string usualText(const Style& style, const std::vector<Record>&) {
   return quoted(style, "{}");
@@ -97,6 +117,7 @@ const char* ownerName() {
   if constexpr (std::is_same_v<Owner, Place>) return "place";
   if constexpr (std::is_same_v<Owner, Group>) return "group";
   if constexpr (std::is_same_v<Owner, Entry>) return "entry";
+  if constexpr (std::is_same_v<Owner, SnapshotEnd>) return "end";
   if constexpr (std::is_same_v<Owner, Qualifier>) return "qualifier";
   return "rangeChecker";
 }
@@ -147,6 +168,7 @@ TEST(Members, TheDocumentDescribesTheTable) {
       {"### The place of a group or an entry", "place"},
       {"### `\"type\":\"group\"`", "group"},
       {"### `\"type\":\"entry\"`", "entry"},
+      {"### `\"type\":\"end\"`", "end"},
       {"A qualifier is an object", "qualifier"},
       {"A range checker is an object", "rangeChecker"},
       {"## ", ""},
@@ -169,8 +191,8 @@ TEST(Members, TheDocumentDescribesTheTable) {
     }
   }
   // Their forms are those of the qualifier's kind.
-  EXPECT_EQ(described["qualifier.value"].usual, "required");
-  EXPECT_EQ(described["qualifier.mask"].usual, "required");
+  EXPECT_EQ(described["qualifier.value"].usual, "required; in version 2 only `value` is");
+  EXPECT_EQ(described["qualifier.mask"].usual, "required; in version 2 only `value` is");
   described.erase("qualifier.value");
   described.erase("qualifier.mask");
   Descriptions const all = expected(markdown);
@@ -201,6 +223,7 @@ TEST(Members, TheManualDescribesTheTable) {
       {".Ss The place", "place"},
       {".Ss Groups", "group"},
       {".Ss Entries", "entry"},
+      {".Ss The end", "end"},
       {".Ss Qualifiers", "qualifier"},
       {".Ss Range checkers", "rangeChecker"},
       {".Sh ", ""},
@@ -238,7 +261,7 @@ TEST(Members, TheManualDescribesTheTable) {
 }
 
 TEST(Members, KnowTheirLines) {
-  auto const has = [](std::uint32_t bits, std::string_view name) {
+  auto const has = [](MemberBits bits, std::string_view name) {
     std::size_t const index = memberNames.find(name);
     return index != memberNames.none && (bits >> index & 1) != 0;
   };
@@ -248,23 +271,36 @@ TEST(Members, KnowTheirLines) {
     bool isOfGroup;
     bool isOfEntry;
     bool isRequired;
+    bool isNew = false;  // in version 2
   };
   Row const rows[] = {
-      {"type", true, true, true, false},       {"version", true, false, false, true},
-      {"numPipes", true, false, false, false}, {"pipe", false, true, true, false},
-      {"stage", false, true, true, false},     {"name", false, true, false, false},
-      {"table", false, false, true, true},     {"shadowId", false, false, true, true},
-      {"sequence", false, false, true, false}, {"rangeCheckers", false, false, true, false},
+      {"type", true, true, true, false},
+      {"version", true, false, false, true},
+      {"numPipes", true, false, false, false},
+      {"pipe", false, true, true, false},
+      {"stage", false, true, true, false},
+      {"name", false, true, false, false},
+      {"table", false, false, true, true},
+      {"shadowId", false, false, true, true},
+      {"sequence", false, false, true, false},
+      {"rangeCheckers", false, false, true, false},
       {"nothing", false, false, false, false},
+      {"takenAt", true, false, false, false, true},
+      {"totalEntries", false, true, false, false, true},
+      {"bytes", false, false, true, false, true},
+      {"otherMatch", false, false, true, false, true},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
-    EXPECT_EQ(has(memberBits<Header>(false), row.name), row.isOfHeader);
-    EXPECT_EQ(has(memberBits<Group>(false), row.name), row.isOfGroup);
-    EXPECT_EQ(has(memberBits<Entry>(false), row.name), row.isOfEntry);
-    EXPECT_EQ(
-        has(memberBits<Header>(true) | memberBits<Group>(true) | memberBits<Entry>(true), row.name),
-        row.isRequired);
+    EXPECT_EQ(has(membersOf<Header>(2), row.name), row.isOfHeader);
+    EXPECT_EQ(has(membersOf<Group>(2), row.name), row.isOfGroup);
+    EXPECT_EQ(has(membersOf<Entry>(2), row.name), row.isOfEntry);
+    MemberBits const required = requiredMembersOf<Header>() | requiredMembersOf<Group>() |
+                                requiredMembersOf<Entry>() | requiredMembersOf<SnapshotEnd>();
+    EXPECT_EQ(has(required, row.name), row.isRequired);
+    MemberBits const first = membersOf<Header>(1) | membersOf<Group>(1) | membersOf<Entry>(1);
+    MemberBits const newest = membersOf<Header>(2) | membersOf<Group>(2) | membersOf<Entry>(2);
+    EXPECT_EQ(has(newest & ~first, row.name), row.isNew);
   }
 }
 

@@ -175,7 +175,8 @@ TEST(Program, TheExampleSnapshotAgreesWithItself) {
   for (auto const& [place, group] : groups) {
     auto const& [line, used] = group;
     EXPECT_EQ(line.availableEntries, line.freeEntries);
-    EXPECT_TRUE(std::has_single_bit(line.availableEntries + used)) << line.availableEntries + used;
+    std::uint32_t const rows = line.availableEntries.value_or(0) + used;
+    EXPECT_TRUE(std::has_single_bit(rows)) << rows;
   }
   EXPECT_TRUE(complaints.texts().empty());
 }
