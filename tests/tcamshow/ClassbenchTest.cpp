@@ -10,7 +10,7 @@
 namespace tcamshow {
 namespace {
 
-constexpr const char* headerLine = "{\"type\":\"snapshot\",\"version\":1}\n";
+constexpr const char* headerLine = "{\"type\":\"snapshot\",\"version\":2}\n";
 
 ProcessResult import(const std::string& text) {
   return runTcamshow({"import", "classbench"}, {.input = text});
@@ -24,7 +24,7 @@ std::string matchesOf(const std::string& filter) {
   std::size_t const from = result.out.find(before);
   if (from == std::string::npos) return "no entry: " + result.out;
   std::size_t const start = from + before.size();
-  return result.out.substr(start, result.out.size() - start - 2);
+  return result.out.substr(start, result.out.find("}\n", start) - start);
 }
 
 TEST(Classbench, WritesTheWholeEntry) {
@@ -52,6 +52,8 @@ TEST(Classbench, WritesTheWholeEntry) {
           R"("qualifierSrcIp6":{"value":"2001:db8::1","mask":"ffff:ffff:ffff:ffff::"},)"
           R"("qualifierIpProtocol":{"value":58,"mask":255}},)"
           R"("rangeCheckers":{"rangeCheckerL4SrcPort":{"low":7,"high":9}}})"
+          "\n"
+          R"({"type":"end","groups":0,"entries":2})"
           "\n");
 }
 

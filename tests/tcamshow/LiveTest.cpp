@@ -129,7 +129,7 @@ TEST(Live, JsonAndImportsAreShownLineByLineToo) {
   LiveProgram program({"import", "classbench"});
   ASSERT_TRUE(program.isStarted());
   program.feed("@1.2.3.4/32 1.2.3.4/32 0 : 65535 0 : 65535 6/255\n");
-  std::string const start = std::string(header) + "{\"type\":\"entry\",";
+  std::string const start = "{\"type\":\"snapshot\",\"version\":2}\n{\"type\":\"entry\",";
   EXPECT_EQ(program.shown(start.size()).substr(0, start.size()), start);
   EXPECT_EQ(program.end(), 0);
 }

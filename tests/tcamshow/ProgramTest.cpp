@@ -69,9 +69,12 @@ TEST(Program, EndsWithTwoWhenTheCommandLineIsWrong) {
       {{"USAGE"}, R"(no such command: USAGE; did you mean "usage"?)"},
       {{"usage", "--detial"}, R"(no such option: --detial; did you mean "--detail"?)"},
       {{"--jsn", "ip"}, R"(no such option: --jsn; did you mean "--json"?)"},
-      {{"import"}, "import: a format is required"},
       {{"import", "foo", "file"}, "no such format: foo"},
-      {{"import", "openconfg"}, R"(no such format: openconfg; did you mean "openconfig"?)"},
+      {{"import", "openconfg", "file"}, R"(no such format: openconfg; did you mean "openconfig"?)"},
+      {{"ip", "--from", "openconfg"},
+       R"(--from: "openconfg" is not known; did you mean "openconfig"?)"},
+      {{"ip", "--from", "foo"},
+       R"(--from: "foo" is not known; expected snapshot|classbench|openconfig)"},
       {{"import", "classbench", "a", "b"}, "one argument too many: b"},
       {{"ip", "a", "b", "c"}, "one argument too many: b"},
       {{"ip", "a", "ip"}, "one argument too many: ip"},
@@ -99,16 +102,10 @@ TEST(Program, EveryCommandHelps) {
     const char* own;
   };
   Row const rows[] = {
-      {{"ip"}, true, "FILE"},
-      {{"ip6"}, true, "FILE"},
-      {{"mac"}, true, "FILE"},
-      {{"tcam"}, true, "FILE"},
-      {{"usage"}, false, "--detail"},
-      {{"summary"}, false, "FILE"},
-      {{"inspect"}, false, "--types"},
-      {{"import"}, false, "Formats:"},
-      {{"import", "classbench"}, false, "FILE"},
-      {{"import", "openconfig"}, false, "FILE"},
+      {{"ip"}, true, "FILE"},          {{"ip6"}, true, "FILE"},
+      {{"mac"}, true, "FILE"},         {{"tcam"}, true, "FILE"},
+      {{"usage"}, false, "--detail"},  {{"summary"}, false, "FILE"},
+      {{"inspect"}, false, "--types"}, {{"import"}, false, "Formats:"},
   };
   std::string const all = runTcamshow({"--help"}).out;
   EXPECT_THAT(all, HasSubstr("\nCommands:\n"));
@@ -203,7 +200,7 @@ TEST(Program, TellsWhichFileCannotBeRead) {
     EXPECT_EQ(result.err, "tcamshow: /nonexistent: cannot open: No such file or directory\n");
     result = runTcamshow({"import", format, "/"});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.err, "tcamshow: /: cannot read: Is a directory\n");
+    EXPECT_EQ(result.err, "tcamshow: /: this is a directory, not a file\n");
     // Root reads every file.
     ProcessOptions const nobody{.asNobody = ::geteuid() == 0};
     if (runTcamshow({"--version"}, nobody).status != 0) {
@@ -233,7 +230,49 @@ TEST(Program, PrintsNothingOfAFileThatCannotBeRead) {
   }
 }
 
-TEST(Program, LeadsOnFromAFileOfAnotherKind) {
+TEST(Program, RecognisesTheFormatByWhatTheFileHolds) {
+  std::string const document =
+      "\n{ \"acl\": {\n \"acl-sets\": {\"acl-set\":{\"A\":{\"acl-entries\":{\"acl-entry\":{\"1\":"
+      "{\"config\":{\"sequence-id\":1},\"actions\":{\"config\":{\"forwarding-action\":\"ACCEPT\"}}}"
+      "}}}}} } }";
+  std::string const snapshot =
+      "{\"type\":\"snapshot\",\"version\":1}\n"
+      "{\"type\":\"entry\",\"table\":\"tcam\",\"shadowId\":1}\n";
+  struct Row {
+    const char* format;
+    std::string input;
+  };
+  Row const rows[] = {
+      {"snapshot", snapshot},
+      {"snapshot", "\n\n" + snapshot},
+      {"classbench", std::string("# a comment\n\n") + filter},
+      {"classbench", "\xEF\xBB\xBF" + std::string(filter)},
+      {"openconfig", document},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.input);
+    ProcessResult const result = runTcamshow({"tcam"}, {.input = row.input});
+    EXPECT_EQ(result.err, "");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out.substr(0, 14), "    0x00000001");
+    // Byte by byte, it is recognised all the same.
+    ProcessOptions slow;
+    slow.feed = [&row](int descriptor) {
+      for (char const c : row.input) {
+        if (::write(descriptor, &c, 1) != 1) return;
+      }
+    };
+    EXPECT_EQ(runTcamshow({"tcam"}, slow).out, result.out);
+    EXPECT_EQ(runTcamshow({"tcam", "--from", row.format}, {.input = row.input}).out, result.out);
+    // An import says the same as it, and so does that of the import.
+    std::string const imported = runTcamshow({"import"}, {.input = row.input}).out;
+    EXPECT_EQ(runTcamshow({"import", row.format}, {.input = row.input}).out, imported);
+    EXPECT_EQ(runTcamshow({"tcam"}, {.input = imported}).out, result.out);
+    EXPECT_EQ(runTcamshow({"import", "snapshot"}, {.input = imported}).out, imported);
+  }
+}
+
+TEST(Program, TellsWhatAFileIsWhereItIsNoneOfTheFormat) {
   std::string const snapshot = "{\"type\":\"snapshot\",\"version\":1}\n";
   std::string const document = "\n{ \"acl\": {\n \"acl-sets\": {} } }";
   struct Row {
@@ -243,57 +282,49 @@ TEST(Program, LeadsOnFromAFileOfAnotherKind) {
   };
   Row const rows[] = {
       {{"ip"},
-       document,
-       "this is an OpenConfig ACL document, not a snapshot; 'tcamshow import openconfig FILE' "
-       "makes a "
-       "snapshot of it"},
-      {{"usage"},
-       std::string("# a comment\n\n") + filter,
-       "this is a filter set, not a snapshot; 'tcamshow import classbench FILE' makes a snapshot "
-       "of "
-       "it"},
+       "hello\n",
+       "the format is not known: not snapshot, for its first line is no JSON object; not "
+       "classbench, for its first line does not begin with @; not openconfig, for it does not "
+       "begin "
+       "with {; --from FORMAT says it outright"},
+      {{"import"},
+       "{}\n",
+       "the format is not known: not snapshot, for its first line is not "
+       "{\"type\":\"snapshot\",\"version\":2}; not classbench, for its first line does not begin "
+       "with @; not openconfig, for no \"acl-sets\" is near its beginning; --from FORMAT says it "
+       "outright"},
       {{"ip"},
-       "\xEF\xBB\xBF" + std::string(filter),
-       "this is a filter set, not a snapshot; 'tcamshow import classbench FILE' makes a snapshot "
-       "of "
-       "it"},
+       "\xEF\xBB\xBF\n",
+       "the snapshot is empty: the first line must be {\"type\":\"snapshot\",\"version\":2}"},
       {{"inspect"},
        "{\"type\":\"table\",\"schema\":1,\"table\":\"ip\"}\n",
        "this is what --json prints, not a snapshot; with the line "
        "{\"type\":\"snapshot\",\"version\":1} "
        "in place of the first it is one"},
-      {{"ip"}, "\x1F\x8B\x08", "the file is compressed; 'gzip -dc FILE' gives what it holds"},
-      {{"import", "classbench"},
-       "\x1F\x8B\x08",
-       "the file is compressed; 'gzip -dc FILE' gives what it holds"},
+      {{"ip"}, "BZh91AY", "the file is compressed in a way that is not read; gzip is"},
+      {{"ip"}, "PK\x03\x04", "the file is compressed in a way that is not read; gzip is"},
       {{"import", "classbench"},
        snapshot,
-       "this is a snapshot, not a filter set; 'tcamshow tcam FILE' shows it"},
-      {{"import", "openconfig"},
+       "this is a snapshot, not a filter set; without a format it is recognised"},
+      {{"ip", "--from", "openconfig"},
        snapshot,
-       "this is a snapshot, not an OpenConfig ACL document; 'tcamshow tcam FILE' shows it"},
+       "this is a snapshot, not an OpenConfig ACL document; without a format it is recognised"},
       {{"import", "openconfig"},
        filter,
-       "this is a filter set, not an OpenConfig ACL document; 'tcamshow import classbench FILE' "
-       "makes "
-       "a snapshot of it"},
-      {{"import", "classbench"},
+       "this is a filter set, not an OpenConfig ACL document; without a format it is recognised"},
+      {{"usage", "--from", "snapshot"},
        document,
-       "this is an OpenConfig ACL document, not a filter set; 'tcamshow import openconfig FILE' "
-       "makes "
-       "a snapshot of it"},
-      // A file of no known kind gets a message of its own.
-      {{"ip"}, "hello", "the line is not a JSON object"},
-      {{"ip"},
-       "{\"type\":\"entry\",\"table\":\"ip\",\"shadowId\":1}",
-       "the first line must be {\"type\":\"snapshot\",\"version\":1}"},
+       "this is an OpenConfig ACL document, not a snapshot; without a format it is recognised"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.input);
     ProcessResult const result = runTcamshow(row.command, {.input = row.input});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err, "tcamshow: <stdin>:1: " + std::string(row.error) + "\n");
+    std::string const place =
+        std::string("tcamshow: <stdin>:") +
+        (std::string(row.error).starts_with("the snapshot is") ? "2: " : "1: ");
+    EXPECT_EQ(result.err, place + row.error + "\n");
   }
 }
 

@@ -132,7 +132,7 @@ TEST(SafeOutput, MessagesEscapeTheCommandLine) {
        "no such command: \\u{202E}abc"},
       {{"\xFF\xFE"}, "no such command: \\xFF\\xFE"},
       {{"--\x1B[2J"}, "no such option: --\\u{1B}[2J"},
-      {{"import", "\a"}, "no such format: \\u{7}"},
+      {{"import", "\a", "file"}, "no such format: \\u{7}"},
       {{"ip", "x", "\x1B"}, "one argument too many: \\u{1B}"},
       {{"ip", "--\x1B=\xC2\x9B"}, "no such option: --\\u{1B}=\\u{9B}"},
       {{"usage", "--detail=\x1B\n"}, "\\u{1B}"},
@@ -160,7 +160,8 @@ TEST(SafeOutput, MessagesEscapeTheNameOfTheFileAndShowAllOfIt) {
   std::string const shown =
       (directory / (part + "\\u{1B}[31m\\u{A}\\u{9B}\\u{202E}\\xFF" + part.substr(0, 40) + "end"))
           .string();
-  for (const Words& command : {Words{"ip"}, Words{"usage"}, Words{"import", "openconfig"}}) {
+  for (const Words& command : {Words{"ip", "--from", "snapshot"}, Words{"usage", "--from=snapshot"},
+                               Words{"import", "openconfig"}}) {
     Words arguments = command;
     arguments.push_back(name);
     EXPECT_EQ(runTcamshow(arguments).err,

@@ -52,8 +52,8 @@ void Options::choice(const std::string& name, std::string& value,
     for (std::string_view const known : words) {
       if (word == known) return std::string();
     }
-    return inQuotes(word) + " is not known" + suggestion(word, words) + "; expected " +
-           joined(words);
+    std::string const near = suggestion(word, words);
+    return inQuotes(word) + " is not known" + (near.empty() ? "; expected " + joined(words) : near);
   });
 }
 

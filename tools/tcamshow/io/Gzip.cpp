@@ -51,7 +51,10 @@ std::size_t Gzip::read(char* buffer, std::size_t size, const Read& readPacked) {
         --zlib.avail_in;
         continue;
       }
-      if (inflateReset(&zlib) != Z_OK) throw std::runtime_error("the compressed data is damaged");
+      bool const isMember = *zlib.next_in == 0x1F;
+      if (!isMember || inflateReset(&zlib) != Z_OK) {
+        throw std::runtime_error("the compressed data is damaged");
+      }
       stream_->isInMember = true;
     }
     switch (inflate(&zlib, Z_NO_FLUSH)) {

@@ -32,4 +32,14 @@ constexpr Utf8Character frontCharacter(std::string_view text) noexcept {
   return {codePoint, size};
 }
 
+/// Where the first byte stands that belongs to no character, or npos.
+constexpr std::size_t findBadByte(std::string_view text) noexcept {
+  for (std::size_t at = 0; at < text.size();) {
+    std::size_t const size = frontCharacter(text.substr(at)).size;
+    if (size == 0) return at;
+    at += size;
+  }
+  return text.npos;
+}
+
 }  // namespace tcamshow

@@ -10,6 +10,7 @@
 
 #include "io/LineReader.h"
 #include "io/SafeText.h"
+#include "io/Utf8.h"
 #include "snapshot/AddressText.h"
 #include "snapshot/Snapshot.h"
 #include "sources/PortQualifiers.h"
@@ -226,6 +227,10 @@ class ClassbenchSource final : public Source {
     do {
       if (!lines_.next(line)) return Item::end;
       if (line.find('\0') != line.npos) lines_.fail("the line holds a NUL byte");
+      // A filter has no other characters than ASCII's, so comments alone can be wrong here.
+      if (line.starts_with('#') && findBadByte(line) != line.npos) {
+        lines_.fail("the line is not valid UTF-8");
+      }
       if (line.ends_with('\r')) line.remove_suffix(1);
     } while (line.starts_with('#') || blanksSize(line) == line.size());
     if (number_ == mostFilters) lines_.fail("too many filters: their sequence numbers end here");

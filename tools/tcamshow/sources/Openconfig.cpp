@@ -74,7 +74,7 @@ class OpenconfigSource final : public Source {
       const AclEntry& from = entries_[entriesGiven_++];
       entry_.clear();
       fillEntry(from, from.family == Family::unknown ? acl.usual : from.family, acl.declared,
-                entry_, description_);
+                entry_, description_, otherMatch_);
       entry_.place.groupId = static_cast<std::uint32_t>(aclsGiven_);
       entry_.shadowId = entriesGiven_;
       entry_.feature = nameOf(acl);
@@ -230,6 +230,7 @@ class OpenconfigSource final : public Source {
   std::size_t entriesGiven_ = 0;
   std::uint32_t entriesLeft_ = 0;
   std::string description_;
+  std::string otherMatch_;
   /// The first entry of the ACL at hand that shows IPv4, and IPv6.
   struct Shown {
     std::string_view name;

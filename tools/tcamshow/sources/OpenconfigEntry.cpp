@@ -14,8 +14,6 @@
 namespace tcamshow {
 namespace {
 
-constexpr WarningKind inputInterfaceLost;
-
 // So that all texts of an entry fit into a line of a snapshot, however they are escaped there.
 constexpr std::size_t longestText = std::size_t{32} << 10;
 
@@ -315,7 +313,7 @@ class EntryReader {
       }
     };
     add(section);
-    document_.warn(inputInterfaceLost, section, path, ": no qualifier carries an input interface");
+    entry_.hasInputInterface = true;
     entry_.inputInterface = count == 1 ? only : document_.json().keep(std::move(names));
   }
 
@@ -512,7 +510,7 @@ AclEntry readAclEntry(AclDocument& document, std::string_view name, JsonValue& v
 }
 
 void fillEntry(const AclEntry& from, Family family, Family usual, Entry& entry,
-               std::string& description) {
+               std::string& description, std::string& otherMatch) {
   entry.table = tableOf(from, family, usual);
   entry.sequence = from.sequence;
   entry.priority = std::numeric_limits<std::uint32_t>::max() - from.sequence;
@@ -520,10 +518,13 @@ void fillEntry(const AclEntry& from, Family family, Family usual, Entry& entry,
   addQualifiers(from, family, entry);
   description = from.description;
   if (description.empty()) appendDescription(entry, description);
-  if (!from.inputInterface.empty()) {
-    (description += ", input interface ") += from.inputInterface;
-  }
   entry.description = description;
+  if (from.hasInputInterface) {
+    // No qualifier carries it.
+    otherMatch = "input_interface";
+    if (!from.inputInterface.empty()) (otherMatch += '=') += from.inputInterface;
+    entry.otherMatch = otherMatch;
+  }
 }
 
 }  // namespace tcamshow

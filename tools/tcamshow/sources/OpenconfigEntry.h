@@ -37,12 +37,13 @@ struct AclEntry {
   };
 
   std::string_view description;
-  std::string_view inputInterface;
+  std::string_view inputInterface;  ///< its names with commas between them
   std::uint32_t sequence = 0;
   Family family = Family::unknown;  ///< if the entry itself shows it
   bool permits = false;
   bool isIcmpByName = false;  ///< the protocol was given as IP_ICMP, a name used for ICMPv6 too
-  bool isVlanFirst = false;   ///< the VLAN stands before the ether type
+  bool hasInputInterface = false;
+  bool isVlanFirst = false;  ///< the VLAN stands before the ether type
   std::uint8_t tcpFlags = 0;
   std::optional<std::uint8_t> protocol;  ///< absent for any
   std::optional<std::uint8_t> icmpType;
@@ -129,6 +130,6 @@ AclEntry readAclEntry(AclDocument& document, std::string_view name, JsonValue& v
 /// table. `description` receives the text of the entry's description, and must live as long as
 /// `entry`.
 void fillEntry(const AclEntry& from, Family family, Family usual, Entry& entry,
-               std::string& description);
+               std::string& description, std::string& otherMatch);
 
 }  // namespace tcamshow
