@@ -26,7 +26,8 @@ void Command::declare(CLI::App& app, ProgramOptions& options) {
 bool Command::isChosen() const { return app_->parsed(); }
 
 ExitStatus ViewCommand::run(const Run& run) {
-  auto const source = file_.open(run.complaints);
+  Selection const selection = selection_.read();
+  auto const source = selected(file_.open(run.complaints), selection, Table::tcam, run.complaints);
   show(*source, run);
   return ExitStatus::done;
 }

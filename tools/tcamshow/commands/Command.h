@@ -2,11 +2,12 @@
 #pragma once
 
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "commands/CommandLineError.h"
 #include "commands/Options.h"
+#include "commands/SelectionOptions.h"
 #include "commands/SourceFile.h"
 #include "io/Complaints.h"
 #include "io/ExitStatus.h"
@@ -26,12 +27,6 @@ struct Run {
   OutputBuffer& out;
   Complaints& complaints;
   const ProgramOptions& options;
-};
-
-/// The command line is wrong in a way that shows only when the command runs. The message need not
-/// be safe text.
-struct CommandLineError : std::runtime_error {
-  using std::runtime_error::runtime_error;
 };
 
 /// One command: its arguments, and the source and the view that it joins. main() declares all
@@ -82,10 +77,14 @@ class ViewCommand : public Command {
   ExitStatus run(const Run& run) final;
 
  protected:
-  void declareOptions(Options& options) override { file_.declare(options); }
+  void declareOptions(Options& options) override {
+    selection_.declareWhere(options);
+    file_.declare(options);
+  }
   virtual void show(Source& source, const Run& run) = 0;
 
  private:
+  SelectionOptions selection_;
   SourceFile file_;
 };
 

@@ -7,6 +7,7 @@
 
 namespace tcamshow {
 
+std::unique_ptr<Command> listCommand();
 std::unique_ptr<Command> ipCommand();
 std::unique_ptr<Command> ip6Command();
 std::unique_ptr<Command> macCommand();

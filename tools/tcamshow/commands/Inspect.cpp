@@ -16,7 +16,9 @@ class InspectCommand final : public Command {
     if (showsTypes_) {
       inspectTypes(run.out);
     } else {
-      inspect(*file_.open(run.complaints), run.out);
+      Selection const selection = selection_.read();
+      inspect(*selected(file_.open(run.complaints), selection, Table::tcam, run.complaints),
+              run.out);
     }
     return ExitStatus::done;
   }
@@ -24,10 +26,12 @@ class InspectCommand final : public Command {
  private:
   void declareOptions(Options& options) override {
     options.flag("--types", showsTypes_, "The library's types in their place; reads no file");
+    selection_.declareWhere(options);
     file_.declare(options);
   }
 
   bool showsTypes_ = false;
+  SelectionOptions selection_;
   SourceFile file_;
 };
 

@@ -41,6 +41,13 @@ void Options::text(const std::string& name, std::string& value, const std::strin
   app_->add_option(name, value, help)->option_text(placeholder);
 }
 
+void Options::text(const std::string& name, std::optional<std::string>& value,
+                   const std::string& placeholder, const std::string& help) {
+  app_->add_option_function<std::string>(
+          name, [&value](const std::string& text) { value = text; }, help)
+      ->option_text(placeholder);
+}
+
 void Options::text(const std::string& name, std::string& value, const std::string& placeholder,
                    const std::string& help, std::function<std::string(const std::string&)> check) {
   app_->add_option(name, value, help)->option_text(placeholder)->check(std::move(check));

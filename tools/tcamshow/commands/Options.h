@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -30,6 +31,9 @@ class Options {
   /// An option with a text; `placeholder` stands for it in the help.
   void text(const std::string& name, std::string& value, const std::string& placeholder,
             const std::string& help);
+  /// As text(); an empty value is told from none.
+  void text(const std::string& name, std::optional<std::string>& value,
+            const std::string& placeholder, const std::string& help);
   /// As text(); `check` returns what is wrong with the value, or an empty text.
   void text(const std::string& name, std::string& value, const std::string& placeholder,
             const std::string& help, std::function<std::string(const std::string&)> check);

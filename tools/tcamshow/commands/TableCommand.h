@@ -2,24 +2,24 @@
 #pragma once
 
 #include "commands/Command.h"
-#include "views/Tables.h"
 
 namespace tcamshow {
 
 /// Prints a table, as text or as JSON Lines.
-class TableCommand final : public ViewCommand {
+class TableCommand final : public Command {
  public:
   TableCommand(const char* name, const char* description, const char* example, Table table)
-      : ViewCommand(name, description, example), table_(table) {}
+      : Command(name, description, example), table_(table) {}
 
   bool hasJson() const noexcept override { return true; }
+  ExitStatus run(const Run& run) override;
 
  private:
-  void show(Source& source, const Run& run) override {
-    showTable(source, run.out, table_, run.options.json ? TableForm::jsonLines : TableForm::text);
-  }
+  void declareOptions(Options& options) override;
 
   Table table_;
+  SelectionOptions selection_;
+  SourceFile file_;
 };
 
 }  // namespace tcamshow

@@ -31,7 +31,7 @@ class Source {
   virtual Item next() = 0;
   /// The last group and the last entry. Texts and vectors are valid until the next call of next().
   const Group& group() const noexcept { return group_; }
-  const Entry& entry() const noexcept { return entry_; }
+  const Entry& entry() const noexcept { return *entryAt_; }
 
   /// The place of the last item, for messages. Lines count from 1; 0 if the format has no lines.
   virtual const std::string& fileName() const noexcept = 0;
@@ -47,12 +47,16 @@ class Source {
   /// `complaints` must outlive the source.
   explicit Source(Complaints& complaints) : complaints_(complaints) {}
 
+  /// Makes entry() another source's, which a source that stands before it passes on.
+  void entryIs(const Entry& entry) noexcept { entryAt_ = &entry; }
+
   Header header_;
   Group group_;
   Entry entry_;
 
  private:
   Complaints& complaints_;
+  const Entry* entryAt_ = &entry_;
 };
 
 }  // namespace tcamshow

@@ -85,6 +85,12 @@ void show(Source& source, OutputBuffer& out, Table table, TableForm form) {
 
 }  // namespace
 
+void showCount(Source& source, OutputBuffer& out) {
+  std::uint64_t count = 0;
+  forEachEntry(source, Table::tcam, [&count](const Entry&) { ++count; });
+  out.write(std::to_string(count) + '\n');
+}
+
 void showTable(Source& source, OutputBuffer& out, Table table, TableForm form) {
   switch (table) {
     case Table::ip:

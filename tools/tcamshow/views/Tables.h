@@ -17,4 +17,7 @@ enum class TableForm : unsigned char {
 /// one line and without a header.
 void showTable(Source& source, OutputBuffer& out, Table table, TableForm form);
 
+/// Prints the number of entries that the source gives, and nothing else.
+void showCount(Source& source, OutputBuffer& out);
+
 }  // namespace tcamshow

@@ -1,0 +1,73 @@
+#include "views/List.h"
+
+#include "commands/Commands.h"
+#include "match/FieldText.h"
+#include "views/Colour.h"
+#include "views/Tables.h"
+
+namespace tcamshow {
+namespace {
+
+class ListCommand final : public Command {
+ public:
+  ListCommand()
+      : Command("list", "Every entry in match order, with all that it matches on",
+                "list --where 'dport = 443' acl.jsonl") {}
+
+  bool hasJson() const noexcept override { return true; }
+
+  ExitStatus run(const Run& run) override {
+    ListOptions options;
+    if (columns_ == "help") {
+      showListColumns(run.out);
+      return ExitStatus::done;
+    }
+    try {
+      if (columns_) options.columns = listColumnsFromText(*columns_);
+    } catch (const TextFault& fault) {
+      throw CommandLineError("--columns: column " + std::to_string(fault.at() + 1) + ": " +
+                             fault.what());
+    }
+    options.isColoured = isColoured(when(), run.out.descriptor());
+    Selection const selection = selection_.read();
+    auto source = file_.open(run.complaints);
+    if (selection_.isCount()) {
+      showCount(*selected(std::move(source), selection, Table::tcam, run.complaints), run.out);
+      return ExitStatus::done;
+    }
+    Listing const listing(std::move(source), selection, run.complaints);
+    if (run.options.json) {
+      showListJson(listing, run.out);
+    } else {
+      showList(listing, options, run.out);
+    }
+    return ExitStatus::done;
+  }
+
+ private:
+  void declareOptions(Options& options) override {
+    static constexpr std::string_view whens[] = {"auto", "always", "never"};
+    selection_.declareAll(options);
+    options.text("--columns", columns_, "NAME,...",
+                 "These columns, in this order; help lists their names");
+    options.choice("--color", color_, whens, "Whether to colour the text; auto: on a terminal");
+    file_.declare(options);
+  }
+
+  ColourWhen when() const {
+    return color_ == "always"  ? ColourWhen::always
+           : color_ == "never" ? ColourWhen::never
+                               : ColourWhen::automatic;
+  }
+
+  SelectionOptions selection_;
+  std::optional<std::string> columns_;
+  std::string color_ = "auto";
+  SourceFile file_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> listCommand() { return std::make_unique<ListCommand>(); }
+
+}  // namespace tcamshow
