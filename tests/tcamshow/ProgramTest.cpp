@@ -150,7 +150,7 @@ TEST(Program, TheExamplesOfTheHelpWork) {
     EXPECT_EQ(result.err, "");
   }
   std::filesystem::remove_all(directory);
-  EXPECT_EQ(examples, 8U);  // one for each command
+  EXPECT_EQ(examples, 9U);  // one for each command
 }
 
 // The used entries, those that can still be used, and the free ones make the group's size.
