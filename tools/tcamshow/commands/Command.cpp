@@ -20,7 +20,7 @@ void Command::declare(CLI::App& app, ProgramOptions& options) {
   for (CLI::App* const each : apps) {
     each->add_flag("--trace", options.trace, "Trace what the library does, on standard error");
   }
-  app_->footer("Example:\n  tcamshow " + std::string(example_));
+  app_->footer(notes() + "Example:\n  tcamshow " + std::string(example_));
 }
 
 bool Command::isChosen() const { return app_->parsed(); }

@@ -59,6 +59,8 @@ class Command {
   virtual ExitStatus run(const Run& run) = 0;
 
  protected:
+  /// What the help says below the options, before the example: whole lines, or nothing.
+  virtual std::string notes() const { return {}; }
   /// Adds the command's own options and arguments. The command line sets members of this object.
   virtual void declareOptions(Options& options) = 0;
 

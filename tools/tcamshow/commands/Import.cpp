@@ -42,13 +42,18 @@ class ImportCommand final : public Command {
 
  private:
   void declareOptions(Options& options) override {
-    std::string help = "The file's format; recognised when absent. Formats:";
-    for (const Format& format : allFormats()) {
-      ((help += "\n  ") += format.name) += ": ";
-      help += format.description;
-    }
-    options.word("FORMAT", first_, help);
+    options.word("FORMAT", first_, "The file's format; recognised when absent");
     options.word("FILE", second_, "The file to read; standard input when absent or -");
+  }
+
+  std::string notes() const override {
+    std::string text = "Formats:\n";
+    for (const Format& format : allFormats()) {
+      std::string line = "  " + std::string(format.name);
+      line.append(30 - line.size(), ' ');
+      ((text += line) += format.description) += '\n';
+    }
+    return text + '\n';
   }
 
   [[noreturn]] static void failFormat(const std::string& name) {

@@ -3,8 +3,9 @@
 
 _tcamshow() {
   local curcontext=$curcontext state line
-  local -a commands formats all tables
+  local -a commands formats all tables from where select list
   commands=(
+    'list:every entry in match order, with all that it matches on'
     'ip:the IPv4 table'
     'ip6:the IPv6 table'
     'mac:the MAC table'
@@ -15,6 +16,7 @@ _tcamshow() {
     'import:write a snapshot made from another format'
   )
   formats=(
+    'snapshot:snapshots of either version'
     'classbench:filter sets of packet-classification research'
     'openconfig:ACL documents of OpenConfig'
   )
@@ -23,6 +25,19 @@ _tcamshow() {
     '--trace[trace what the library does, on standard error]'
   )
   tables=('--json[print JSON Lines in place of the table]')
+  from=('--from[the format of the file]:format:(snapshot classbench openconfig)')
+  where=($from '--where[only entries of which a condition is true]:condition: ')
+  select=(
+    $where
+    '--sort[order by these keys]:keys: '
+    '--limit[only the first entries]:number: '
+    '--count[print their number alone]'
+  )
+  list=(
+    $select
+    '--columns[show these columns]:columns: '
+    '--color[colour the text]:when:(auto always never)'
+  )
 
   _arguments -C $all $tables '(- *)--version[show the version and exit]' \
     '1: :->command' '*:: :->argument' && return 0
@@ -31,10 +46,15 @@ _tcamshow() {
     command) _describe -t commands command commands ;;
     argument)
       case $words[1] in
-        ip | ip6 | mac | tcam) _arguments $all $tables '1:file:_files' ;;
-        usage) _arguments $all '--detail[show the entries of each feature too]' '1:file:_files' ;;
-        summary) _arguments $all '1:file:_files' ;;
-        inspect) _arguments $all "--types[show the library's types; read no file]" '1:file:_files' ;;
+        list) _arguments $all $tables $list '1:file:_files' ;;
+        ip | ip6 | mac | tcam) _arguments $all $tables $select '1:file:_files' ;;
+        usage)
+          _arguments $all $where '--detail[show the entries of each feature too]' '1:file:_files'
+          ;;
+        summary) _arguments $all $where '1:file:_files' ;;
+        inspect)
+          _arguments $all $where "--types[show the library's types; read no file]" '1:file:_files'
+          ;;
         import)
           _arguments -C $all '1: :->format' '2:file:_files' && return 0
           [[ $state != format ]] || _describe -t formats format formats
