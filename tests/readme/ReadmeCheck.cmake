@@ -13,9 +13,12 @@ function(expect_block what text)
   expect_block_in(readme "${what}" "${text}")
 endfunction()
 
-execute_process(COMMAND ${TCAMSHOW} ip examples/acl.jsonl WORKING_DIRECTORY ${SOURCE}
+execute_process(COMMAND ${TCAMSHOW} list examples/acl.jsonl WORKING_DIRECTORY ${SOURCE}
   OUTPUT_VARIABLE table COMMAND_ERROR_IS_FATAL ANY)
-expect_block("the demo" "\n$ tcamshow ip examples/acl.jsonl\n${table}")
+expect_block("the demo" "\n$ tcamshow list examples/acl.jsonl\n${table}")
+execute_process(COMMAND sh -c "\"$0\" ip examples/acl.jsonl | head -n 6" ${TCAMSHOW}
+  WORKING_DIRECTORY ${SOURCE} OUTPUT_VARIABLE table COMMAND_ERROR_IS_FATAL ANY)
+expect_block("the table" "\n$ tcamshow ip examples/acl.jsonl | head -n 6\n${table}")
 file(READ ${SOURCE}/examples/formatter/main.cpp main)
 expect_block("the example" "cpp\n${main}")
 file(READ ${SOURCE}/examples/formatter/CMakeLists.txt project)
@@ -28,9 +31,10 @@ foreach(command "ip examples/acl.jsonl | head -n 4" "ip6 examples/acl.jsonl | he
   expect_block_in(formats "${command}" "\n$ tcamshow ${command}\n${table}")
 endforeach()
 foreach(command "ip6 examples/acl.jsonl | head -n 6" "mac examples/acl.jsonl"
-    "--json mac examples/acl.jsonl | head -n 2")
+    "--json mac examples/acl.jsonl | head -n 2" "list --where 'name ~ ipv6' examples/acl.jsonl"
+    "list --where 'dport overlaps 80-443 and hits > 0' --sort -hits --limit 3 examples/acl.jsonl")
   execute_process(COMMAND sh -c "\"$0\" ${command}" ${TCAMSHOW} WORKING_DIRECTORY ${SOURCE}
-    OUTPUT_VARIABLE table COMMAND_ERROR_IS_FATAL ANY)
+    OUTPUT_VARIABLE table ERROR_QUIET COMMAND_ERROR_IS_FATAL ANY)
   expect_block_in(manual "${command}" "\n$ tcamshow ${command}\n${table}")
 endforeach()
 
