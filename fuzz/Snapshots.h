@@ -12,17 +12,24 @@ namespace velmorfuzz {
 
 /// A snapshot as it is read.
 struct ReadSnapshot {
-  std::string text;  ///< each line written anew
+  std::string text;           ///< each line before the end line, written anew
+  std::uint32_t version = 0;  ///< 0 where the header is bad
   std::uint64_t groups = 0;
   std::uint64_t entries = 0;
   std::string error;  ///< of the first bad line, empty when all are good
+
+  /// The text with the end line that its version asks for.
+  std::string whole() const;
 };
 
 /// Reads a snapshot and checks that its error, if there is one, names the place.
 ReadSnapshot readSnapshot(std::string_view snapshot);
 
-/// Checks that the error is one line of safe text that names the file and, where `needsLine` is
-/// set, a line that the input has.
+/// Checks that the error is one line of safe text that names the file.
+void checkErrorText(const tcamshow::InputError& error, const std::string& file);
+
+/// As checkErrorText(); and the error's line is one that the input has, or 0 unless `needsLine` is
+/// set.
 void checkError(const tcamshow::InputError& error, const std::string& file, std::string_view input,
                 bool needsLine);
 
@@ -31,6 +38,9 @@ void checkError(const tcamshow::InputError& error, const std::string& file, std:
 void checkIsSafe(std::string_view text);
 
 /// Checks that a snapshot that a command wrote is read as it was written.
-void checkWrittenSnapshot(const std::string& snapshot, std::uint64_t entries);
+ReadSnapshot checkWrittenSnapshot(const std::string& snapshot);
+
+/// Checks a snapshot whose writing ended early: its lines are good, but it is refused as cut.
+void checkCutSnapshot(const std::string& snapshot);
 
 }  // namespace velmorfuzz
