@@ -222,8 +222,7 @@ TEST(Where, SaysWhereItIsWrongAndWhatWasExpected) {
       {"id ~ 5", 4, "expected =, !=, <, <=, > or >="},
       {"action < x", 8, "expected =, != or ~"},
       {"src < 1.2.3.4", 5, "expected =, !=, within, covers or overlaps"},
-      {"scr = 1.2.3.4", 1,
-       "\"scr\" is no field and no attribute; did you mean \"src\"?"},
+      {"scr = 1.2.3.4", 1, "\"scr\" is no field and no attribute; did you mean \"src\"?"},
       {"id = 1 id = 2", 8, "expected \"and\", \"or\" or the end"},
       {"id = 1 and", 11, "expected a term such as \"src within 10.0.0.0/8\", \"not\" or \"(\""},
       {"(id = 1", 8, "expected \"and\", \"or\" or \")\""},
@@ -231,6 +230,10 @@ TEST(Where, SaysWhereItIsWrongAndWhatWasExpected) {
       {"stage = up", 9, "\"up\" is no stage: expected lookup, ingress or egress"},
       {"table = ipv4", 9, "\"ipv4\" is no table: expected ip, ip6, mac or tcam"},
       {"action = \"x", 10, "the quotes are not closed"},
+      {"src = 10.0.0.0/33", 16, "the prefix length \"33\" is over 32"},
+      {"src = \"10.0.0.0/33\"", 17, "the prefix length \"33\" is over 32"},
+      {R"(src = "10\.0.0.0/33")", 18, "the prefix length \"33\" is over 32"},
+      {"flags = \"+\"", 11, "expected a TCP flag: F, S, R, P, A or U"},
       {std::string(300, '('), 201, "the condition nests too deep"},
   };
   for (const Row& row : rows) {

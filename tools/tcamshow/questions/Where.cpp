@@ -303,7 +303,7 @@ class Reader {
     try {
       return std::make_unique<FieldTerm>(*field, relation, valuesFromText(*field, values));
     } catch (const TextFault& fault) {
-      fail(at + fault.at(), fault.what());
+      fail(placeInValue(at, fault.at()), fault.what());
     }
   }
 
@@ -350,6 +350,17 @@ class Reader {
     if (end == at_) fail(at_, "expected a value");
     at_ = end;
     return std::string(text_.substr(begin, end - begin));
+  }
+
+  /// The place in the whole text of a character of the value that begins at `begin`.
+  std::size_t placeInValue(std::size_t begin, std::size_t offset) const noexcept {
+    if (text_[begin] != '"') return begin + offset;
+    std::size_t at = begin + 1;
+    for (;; ++at) {
+      // A backslash is no part of the value, as value() reads it.
+      if (text_[at] == '\\' && at + 1 < text_.size()) ++at;
+      if (offset-- == 0) return at;
+    }
   }
 
   std::unique_ptr<Condition> numberTerm(const Attribute& attribute) {
