@@ -245,6 +245,11 @@ TEST(Program, RecognisesTheFormatByWhatTheFileHolds) {
   Row const rows[] = {
       {"snapshot", snapshot},
       {"snapshot", "\n\n" + snapshot},
+      // Until its line is whole, the header looks like an ACL document.
+      {"snapshot",
+       "{\"source\":\"acl-sets\",\"type\":\"snapshot\",\"version\":2}\n"
+       "{\"type\":\"entry\",\"table\":\"tcam\",\"shadowId\":1}\n"
+       "{\"type\":\"end\",\"groups\":0,\"entries\":1}\n"},
       {"classbench", std::string("# a comment\n\n") + filter},
       {"classbench", "\xEF\xBB\xBF" + std::string(filter)},
       {"openconfig", document},

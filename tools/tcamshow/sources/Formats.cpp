@@ -53,12 +53,22 @@ const Format* recognised(std::string_view start) {
   return found == std::end(formats) ? nullptr : found;
 }
 
+/// Whether more bytes of the start change nothing about the format: a line that begins a JSON
+/// object may yet turn out to be a snapshot's, and that format comes first.
+bool isTold(const Format& format, std::string_view start) {
+  std::size_t const first = start.find_first_not_of(" \t\r\n");
+  return &format == formats || start[first] != '{' || start.find('\n', first) != start.npos;
+}
+
 /// The format of a file, of which no more is read than it takes to tell. An empty file is a
 /// snapshot without a header.
 const Format& formatOf(InputFile& file) {
   for (;;) {
-    if (const Format* const format = recognised(file.start())) return *format;
-    if (!file.startMore()) break;
+    const Format* const format = recognised(file.start());
+    if (format != nullptr && isTold(*format, file.start())) return *format;
+    if (file.startMore()) continue;
+    if (format != nullptr) return *format;
+    break;
   }
   std::string_view const start = file.start();
   if (start.find_first_not_of(" \t\r\n") == start.npos) return formats[0];
@@ -80,10 +90,12 @@ const Format& formatOf(InputFile& file) {
 
 /// Throws where the file is plainly of another format than `format`.
 void checkFormat(InputFile& file, const Format& format) {
-  std::string_view const start = file.start();
-  if (resembles(format, start)) return;
-  const Format* const other = recognised(start);
-  if (other == nullptr) return;
+  const Format* other = nullptr;
+  do {
+    if (resembles(format, file.start())) return;
+    other = recognised(file.start());
+    if (other == nullptr) return;
+  } while (!isTold(*other, file.start()) && file.startMore());
   throw InputError(file.name(), 1,
                    "this is " + std::string(other->thing) + ", not " + std::string(format.thing) +
                        "; without a format it is recognised");
