@@ -10,6 +10,7 @@
 #include "MemoryFile.h"
 #include "Snapshots.h"
 #include "Target.h"
+#include "io/Gzip.h"
 #include "io/InputError.h"
 #include "snapshot/SnapshotWriter.h"
 #include "sources/Formats.h"
@@ -47,8 +48,8 @@ struct ReadFile {
   std::uint64_t line = 0;  ///< of the error
 };
 
-/// Reads a file, and checks its error. `content` is what the file holds, or null if nobody knows.
-ReadFile readFile(const std::string& bytes, const Format* format, const std::string_view* content) {
+/// Reads a file, and checks its error. `content` is what the file holds.
+ReadFile readFile(const std::string& bytes, const Format* format, std::string_view content) {
   ReadFile read;
   MemoryFile const memory(bytes);
   tcamshow::Complaints complaints;
@@ -67,11 +68,7 @@ ReadFile readFile(const std::string& bytes, const Format* format, const std::str
       }
     }
   } catch (const tcamshow::InputError& error) {
-    if (content != nullptr) {
-      velmorfuzz::checkError(error, memory.path(), *content, false);
-    } else {
-      velmorfuzz::checkErrorText(error, memory.path());
-    }
+    velmorfuzz::checkError(error, memory.path(), content, false);
     read.error = error.message();
     read.line = error.line();
   }
@@ -93,11 +90,11 @@ FUZZ_TARGET(recognition) {
   unsigned const shape = in.below(4);
   std::string_view const content = in.rest();
   std::string const bytes(content);
-  bool const isPacked = content.starts_with("\x1F\x8B");
-  ReadFile const plain = readFile(bytes, nullptr, isPacked ? nullptr : &content);
+  bool const isPacked = tcamshow::Gzip::resembles(content);
+  ReadFile const plain = readFile(bytes, nullptr, content);
   // Named outright, the format is the same file.
   if (plain.format != nullptr) {
-    checkIsSame(readFile(bytes, plain.format, nullptr), plain);
+    checkIsSame(readFile(bytes, plain.format, content), plain);
   }
   if (isPacked || shape == 0) return;
   if (shape < 3) {
@@ -105,13 +102,13 @@ FUZZ_TARGET(recognition) {
     std::size_t const half = bytes.size() / shape;
     std::string members = packed(content.substr(0, half));
     if (shape == 2) members += packed(content.substr(half)) + std::string(7, '\0');
-    checkIsSame(readFile(members, nullptr, &content), plain);
-    if (plain.format != nullptr) checkIsSame(readFile(members, plain.format, &content), plain);
+    checkIsSame(readFile(members, nullptr, content), plain);
+    if (plain.format != nullptr) checkIsSame(readFile(members, plain.format, content), plain);
     return;
   }
   std::string whole = packed(bytes);
   whole.resize(whole.size() - 1 - bytes.size() % 8);
-  ReadFile const cut = readFile(whole, nullptr, &content);
+  ReadFile const cut = readFile(whole, nullptr, content);
   // The items before the cut are the same. The file's own fault, if it has one, may come first.
   FUZZ_CHECK(!cut.error.empty());
   FUZZ_CHECK(plain.text.starts_with(cut.text));

@@ -4,6 +4,7 @@
 
 #include "MemoryFile.h"
 #include "Target.h"
+#include "io/Gzip.h"
 #include "snapshot/SnapshotReader.h"
 #include "snapshot/SnapshotWriter.h"
 
@@ -39,7 +40,8 @@ void checkIsSafe(std::string_view text) {
   }
 }
 
-void checkErrorText(const InputError& error, const std::string& file) {
+void checkError(const InputError& error, const std::string& file, std::string_view input,
+                bool needsLine) {
   FUZZ_CHECK(error.file() == file);
   FUZZ_CHECK(!error.message().empty());
   FUZZ_CHECK(std::string_view(error.what()).find('\n') == std::string_view::npos);
@@ -47,11 +49,8 @@ void checkErrorText(const InputError& error, const std::string& file) {
   std::string const place =
       error.line() == 0 ? file + ": " : file + ":" + std::to_string(error.line()) + ": ";
   FUZZ_CHECK_TEXT(error.what(), place + error.message());
-}
-
-void checkError(const InputError& error, const std::string& file, std::string_view input,
-                bool needsLine) {
-  checkErrorText(error, file);
+  // The lines are those of what the file holds.
+  if (tcamshow::Gzip::resembles(input)) return;
   // An error about the end of the input names the line after the last one.
   auto const lines = static_cast<std::uint64_t>(std::count(input.begin(), input.end(), '\n')) + 2;
   FUZZ_CHECK(error.line() <= lines);

@@ -25,11 +25,8 @@ struct ReadSnapshot {
 /// Reads a snapshot and checks that its error, if there is one, names the place.
 ReadSnapshot readSnapshot(std::string_view snapshot);
 
-/// Checks that the error is one line of safe text that names the file.
-void checkErrorText(const tcamshow::InputError& error, const std::string& file);
-
-/// As checkErrorText(); and the error's line is one that the input has, or 0 unless `needsLine` is
-/// set.
+/// Checks that the error is one line of safe text that names the file and a line that the input
+/// has, or, unless `needsLine` is set, no line. Of a compressed input nobody knows the lines.
 void checkError(const tcamshow::InputError& error, const std::string& file, std::string_view input,
                 bool needsLine);
 
