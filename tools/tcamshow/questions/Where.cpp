@@ -229,7 +229,7 @@ class Reader {
 
   std::unique_ptr<Condition> read() {
     auto condition = joined(false, 0);
-    if (skipBlanks() != text_.size()) fail(at_, "expected \"and\", \"or\" or the end");
+    if (skipBlanks() != text_.size()) fail(at_, R"(expected "and", "or" or the end)");
     return condition;
   }
 
@@ -280,7 +280,7 @@ class Reader {
     if (skipWord("not")) return std::make_unique<Not>(notOr(depth + 1));
     if (!skip('(')) return term();
     auto condition = joined(false, depth + 1);
-    if (!skip(')')) fail(at_, "expected \"and\", \"or\" or \")\"");
+    if (!skip(')')) fail(at_, R"x(expected "and", "or" or ")")x");
     return condition;
   }
 
@@ -288,7 +288,7 @@ class Reader {
     std::string_view const name = peekWord();
     std::size_t const nameAt = at_;
     if (name.empty()) {
-      fail(at_, "expected a term such as \"src within 10.0.0.0/8\", \"not\" or \"(\"");
+      fail(at_, R"x(expected a term such as "src within 10.0.0.0/8", "not" or "(")x");
     }
     at_ += name.size();
     if (const Attribute* const attribute = attributeByName(name)) {
