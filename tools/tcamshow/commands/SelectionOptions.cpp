@@ -54,14 +54,4 @@ Selection SelectionOptions::read() const {
   return selection;
 }
 
-Selection SelectionOptions::readOfPlace() const {
-  Selection selection = read();
-  if (selection.where && !selection.where->asksPlaceAlone()) {
-    throw CommandLineError(
-        "--where: expected terms on the place alone: stage, pipe, group, copy, groupPriority, "
-        "name");
-  }
-  return selection;
-}
-
 }  // namespace tcamshow

@@ -18,8 +18,6 @@ class SelectionOptions {
 
   /// What the command line asks for. Throws CommandLineError, which names the column of the fault.
   Selection read() const;
-  /// As read(); a condition may be about the place alone.
-  Selection readOfPlace() const;
   /// Whether only the number of entries is asked for.
   bool isCount() const noexcept { return isCount_; }
 

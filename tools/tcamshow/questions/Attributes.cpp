@@ -69,9 +69,9 @@ constexpr std::array all = std::to_array<Attribute>({
 std::span<const Attribute> attributes() noexcept { return all; }
 
 const Attribute* attributeByName(std::string_view name) noexcept {
-  auto const found = std::find_if(all.begin(), all.end(),
-                                  [name](const Attribute& one) { return one.name == name; });
-  return found == all.end() ? nullptr : &*found;
+  auto const* const found = std::find_if(all.begin(), all.end(),
+                                         [name](const Attribute& one) { return one.name == name; });
+  return found == all.end() ? nullptr : found;
 }
 
 }  // namespace tcamshow

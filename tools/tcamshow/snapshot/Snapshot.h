@@ -42,6 +42,7 @@ struct Place {
   std::uint32_t groupId = 0;
   std::uint32_t copyId = 0;
 
+  // NOLINTNEXTLINE(modernize-use-nullptr): no pointer is compared
   friend auto operator<=>(const Place&, const Place&) = default;
 };
 

@@ -129,7 +129,7 @@ class SnapshotReader final : public Source {
     // The version may stand behind members that it decides about.
     MemberBits const early = seen & ~membersOf<Header>(header_.version.number);
     if (early != 0) {
-      std::size_t const index = static_cast<std::size_t>(std::countr_zero(early));
+      auto const index = static_cast<std::size_t>(std::countr_zero(early));
       json_.memberIs(memberNames[index], 0);
       failUnknown<Header>(memberNames[index], index);
     }
@@ -243,7 +243,7 @@ class SnapshotReader final : public Source {
   // --- values, each by its type in the model
 
   void read(ondemand::value& value, SnapshotVersion& version) const {
-    std::uint32_t const number = json_.number<std::uint32_t>(value);
+    auto const number = json_.number<std::uint32_t>(value);
     if (number < 1 || number > SnapshotVersion::newest) {
       json_.failMember(": version " + std::to_string(number) + " is not known, only 1 and 2 are");
     }

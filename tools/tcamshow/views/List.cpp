@@ -413,6 +413,7 @@ std::vector<const ListColumn*> listColumnsFromText(std::string_view text) {
                                            [=](const ListColumn& one) { return one.name == name; });
     if (found == allColumns.end()) {
       std::vector<std::string_view> names;
+      names.reserve(allColumns.size());
       for (const ListColumn& column : allColumns) names.emplace_back(column.name);
       throw TextFault(at, inQuotes(name) + " is no column" + suggestion(name, names) +
                               "; --columns help lists them");
