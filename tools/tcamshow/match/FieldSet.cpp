@@ -159,8 +159,13 @@ void FieldSetOf<W>::differenceAppend(const FieldSetOf& other,
 template class FieldSetOf<Word>;
 template class FieldSetOf<std::uint64_t>;
 
-bool isWithin(const FieldSets& inner, const FieldSets& outer) {
-  FieldSets left = inner;
+bool isWithin(std::span<const FieldSet> inner, std::span<const FieldSet> outer) {
+  // Nearly all conditions name one set. They need no pieces, and so no memory.
+  if (outer.size() == 1) {
+    return std::all_of(inner.begin(), inner.end(),
+                       [&outer](const FieldSet& piece) { return outer.front().contains(piece); });
+  }
+  FieldSets left(inner.begin(), inner.end());
   FieldSets next;
   for (const FieldSet& taken : outer) {
     next.clear();
@@ -176,7 +181,7 @@ bool isWithin(const FieldSets& inner, const FieldSets& outer) {
   return left.empty();
 }
 
-bool overlap(const FieldSets& a, const FieldSets& b) noexcept {
+bool overlap(std::span<const FieldSet> a, std::span<const FieldSet> b) noexcept {
   return std::any_of(a.begin(), a.end(), [&b](const FieldSet& piece) {
     return std::any_of(b.begin(), b.end(),
                        [&piece](const FieldSet& other) { return piece.overlaps(other); });

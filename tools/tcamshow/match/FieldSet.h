@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace tcamshow {
@@ -142,8 +143,8 @@ extern template class FieldSetOf<std::uint64_t>;
 using FieldSets = std::vector<FieldSet>;
 
 /// Whether all values of `inner` are in `outer`.
-bool isWithin(const FieldSets& inner, const FieldSets& outer);
-bool overlap(const FieldSets& a, const FieldSets& b) noexcept;
+bool isWithin(std::span<const FieldSet> inner, std::span<const FieldSet> outer);
+bool overlap(std::span<const FieldSet> a, std::span<const FieldSet> b) noexcept;
 /// Adds the values of `more` that are not in `sets` yet.
 void uniteWith(FieldSets& sets, const FieldSet& more);
 

@@ -64,11 +64,15 @@ bool hasField(const Match& match, Table table, const FieldName& name) noexcept {
          (protocol.low() == protocolNumberIcmp || protocol.low() == protocolNumberIcmp6);
 }
 
-FieldSets valuesOf(const Match& match, const FieldName& name) {
-  if ((match.emptied() & bitOf(name.field)) != 0) return {};
+FieldValues::FieldValues(const Match& match, const FieldName& name) {
+  if ((match.emptied() & bitOf(name.field)) != 0) return;
   const FieldSet& set = match[name.field];
-  if (name.bits == bitsOf(name.field)) return {set};
-  return name.shift == 0 ? lowPart(set, name.bits) : highPart(set, name.shift, name.bits);
+  if (name.bits == bitsOf(name.field)) {
+    sets_ = {&set, 1};
+  } else {
+    part_ = name.shift == 0 ? lowPart(set, name.bits) : highPart(set, name.shift, name.bits);
+    sets_ = part_;
+  }
 }
 
 }  // namespace tcamshow

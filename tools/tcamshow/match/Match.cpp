@@ -24,7 +24,8 @@ void Match::restrict(Field field, const std::optional<FieldSet>& set) noexcept {
 
 void Match::limit(Field field, const std::optional<FieldSet>& set) noexcept {
   FieldSet& held = sets_[indexOf(field)];
-  auto const left = set ? held.intersection(*set) : std::nullopt;
+  // Nearly always, nothing has limited the field before.
+  auto const left = set && !isAny(field) ? held.intersection(*set) : set;
   if (!left) {
     emptied_ |= bitOf(field);
     return;

@@ -28,8 +28,8 @@ class Match {
   /// Every packet.
   Match() noexcept;
 
-  /// Keeps only the packets whose value of `field` is in `set`. std::nullopt is the empty set. From
-  /// then on the field counts as named.
+  /// Keeps only the packets whose value of `field` is in `set`, which has the field's width.
+  /// std::nullopt is the empty set. From then on the field counts as named.
   void restrict(Field field, const std::optional<FieldSet>& set) noexcept;
   /// As restrict(), but the field does not count as named.
   void limit(Field field, const std::optional<FieldSet>& set) noexcept;

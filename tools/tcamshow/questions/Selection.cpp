@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -31,7 +32,8 @@ SortValue valueOf(const SortKey& key, const EntryFacts& facts) {
   if (key.field != nullptr) {
     Match const match = matchOf(facts.entry);
     if (!hasField(match, facts.entry.table, *key.field)) return value;
-    FieldSets const sets = valuesOf(match, *key.field);
+    FieldValues const values(match, *key.field);
+    std::span<const FieldSet> const sets = values.sets();
     if (sets.empty()) return value;
     value.isAbsent = false;
     value.number = sets.front().low();

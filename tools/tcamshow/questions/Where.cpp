@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -167,7 +168,8 @@ class FieldTerm final : public Condition {
   bool holds(Subject& subject) const override {
     const Match& match = subject.match();
     if (!hasField(match, subject.facts().entry.table, name_)) return false;
-    FieldSets const held = valuesOf(match, name_);
+    FieldValues const values(match, name_);
+    std::span<const FieldSet> const held = values.sets();
     switch (relation_) {
       case Relation::within:
         return isWithin(held, values_);

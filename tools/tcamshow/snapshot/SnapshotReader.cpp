@@ -334,10 +334,12 @@ class SnapshotReader final : public Source {
       length = prefixLength(text.substr(slash + 1), isIp ? 32 : 128);
       isRight = isRight && length;
     }
-    if (isRight) return length;
-    json_.failMember(
-        ": " + inQuotes(text) +
-        (isIp ? " is not an IPv4 address or prefix" : " is not an IPv6 address or prefix"));
+    if (!isRight) {
+      json_.failMember(
+          ": " + inQuotes(text) +
+          (isIp ? " is not an IPv4 address or prefix" : " is not an IPv6 address or prefix"));
+    }
+    return length;
   }
 
   static std::optional<unsigned> prefixLength(std::string_view digits, unsigned longest) {

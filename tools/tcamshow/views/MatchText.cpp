@@ -135,13 +135,13 @@ bool MatchText::isPart(const FieldName& part) const {
 }
 
 void MatchText::append(std::string& out, const FieldName& name) const {
-  FieldSets const sets = valuesOf(match_, name);
+  FieldValues const values(match_, name);
   EntryState const state = states_[indexOf(name.field)];
-  if (sets.empty()) {
+  if (values.sets().empty()) {
     out += "none";
   } else {
     std::size_t const begin = out.size();
-    for (const FieldSet& set : sets) {
+    for (const FieldSet& set : values.sets()) {
       if (out.size() != begin) out += ',';
       valuesAppend(out, name, set);
     }
