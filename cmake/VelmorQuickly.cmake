@@ -1,8 +1,8 @@
 # Functions that shorten the build.
 #
 # Every source of a target sees the target's precompiled headers. So a source that lacks an include
-# can compile all the same. The presets lint and package use no precompiled headers: scripts/lint and
-# scripts/package find such a source.
+# can compile all the same. The preset package uses no precompiled headers: scripts/package finds such a
+# source.
 
 # velmor_precompile(TARGET [HEADER...]): precompiles each HEADER, and the headers of the standard
 # library that most sources include. <iostream> is not one of them: it makes every source construct

@@ -20,7 +20,7 @@ class OwnDeclarations : public clang::ASTConsumer {
   void HandleTranslationUnit(clang::ASTContext& context) override {
     const clang::SourceManager& sources = context.getSourceManager();
     std::vector<clang::Decl*> own;
-    for (clang::Decl* const declaration : context.getTranslationUnitDecl()->decls()) {
+    for (clang::Decl* const declaration : context.getTranslationUnitDecl()->noload_decls()) {
       clang::SourceLocation const at = declaration->getLocation();
       if (at.isValid() && !sources.isInSystemHeader(at)) own.push_back(declaration);
     }
