@@ -8,7 +8,7 @@
 
 namespace tcamshow {
 
-InputError::InputError(std::string file, std::uint64_t line, const std::string& message)
+InputError::InputError(std::string file, std::uint64_t line, std::string_view message)
     : std::runtime_error(placeText(file, line) + safeText(message)),
       file_(std::move(file)),
       line_(line),

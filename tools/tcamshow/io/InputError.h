@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 namespace tcamshow {
 
@@ -12,7 +13,7 @@ namespace tcamshow {
 /// on one line.
 class InputError : public std::runtime_error {
  public:
-  InputError(std::string file, std::uint64_t line, const std::string& message);
+  InputError(std::string file, std::uint64_t line, std::string_view message);
   ~InputError() override;
 
   /// The file's name, as it was given.
