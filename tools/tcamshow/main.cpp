@@ -38,12 +38,26 @@ ExitStatus refuse(const std::string& message) {
   return ExitStatus::commandLine;
 }
 
+/// The names of the commands that take --json: "ip, ip6 and mac".
+std::string jsonCommands(const Commands& commands) {
+  std::vector<std::string> names;
+  for (auto const& command : commands) {
+    if (command->hasJson()) names.emplace_back(command->name());
+  }
+  std::string text;
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (i != 0) text += i + 1 == names.size() ? " and " : ", ";
+    text += names[i];
+  }
+  return text;
+}
+
 void declare(CLI::App& app, const Commands& commands, ProgramOptions& options) {
   app.set_version_flag("--version", "tcamshow " TCAMSHOW_VERSION);
   app.require_subcommand(1);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app.add_flag("--json", options.json,
-               "With ip, ip6, mac or tcam: JSON Lines in place of the table");
+               "With " + jsonCommands(commands) + ": JSON Lines in place of the text");
   app.add_flag("--trace", options.trace, "Trace what the library does, on standard error");
   // Options of the whole program may stand after the command too.
   app.fallthrough();
@@ -56,7 +70,8 @@ void declare(CLI::App& app, const Commands& commands, ProgramOptions& options) {
   app.footer(
       examples +
       "\nExit status: 0; 1 when the input is bad or the output cannot be written; 2 when the\n"
-      "command line is wrong.");
+      "command line is wrong; 3 when the answer is yes: to diff, or to an option such as "
+      "--fail-on.");
 }
 
 /// The innermost app that the command line names: the program or a command.
@@ -159,7 +174,7 @@ ExitStatus run(int argc, char** argv, OutputBuffer& out) {
   auto const chosen = std::find_if(commands.begin(), commands.end(),
                                    [](auto const& command) { return command->isChosen(); });
   if (options.json && !(*chosen)->hasJson()) {
-    return refuse("--json goes with ip, ip6, mac and tcam only");
+    return refuse("--json goes with " + jsonCommands(commands) + " only");
   }
   if (options.trace) Zel::TraceControl::levelIs("VelmorTcamCliTypes", 8, true);
   Complaints complaints;

@@ -190,13 +190,19 @@ class PacketReader {
 
 Packets packetsFromText(std::string_view text) { return PacketReader(text).read(); }
 
-std::string packetText(const Match& match, FieldMask named) {
+namespace {
+
+/// The text of the values that `valueOf` gives of each field of `named`.
+template <class ValuesOf>
+std::string textOf(const Match& match, FieldMask named, ValuesOf valuesOf) {
   std::string text;
   auto const separate = [&text] {
     if (!text.empty()) text += ' ';
   };
   bool const isTypeTold = !match.isAny(Field::ethertype);
-  Word const type = match[Field::ethertype].low();
+  FieldSet const types = valuesOf(Field::ethertype);
+  // A set of several types is of no kind.
+  Word const type = types.isExact() ? types.low() : 0;
   bool const isIp = isTypeTold && type == etherTypeIp;
   bool const isIp6 = isTypeTold && type == etherTypeIp6;
   FieldMask left = named;
@@ -217,8 +223,9 @@ std::string packetText(const Match& match, FieldMask named) {
   // A protocol's word says it shorter, and icmp and icmp6 the kind too.
   Word const protocol = match[Field::proto].low();
   if ((left & bitOf(Field::proto)) != 0) {
+    bool const isOne = valuesOf(Field::proto).isExact();
     for (const ProtocolWord& word : protocolWords) {
-      if (word.protocol != protocol) continue;
+      if (!isOne || word.protocol != protocol) continue;
       if (word.kind == PacketKind::any && (isIp || isIp6)) {
         separate();
       } else if ((word.kind == PacketKind::ip && isIp) || (word.kind == PacketKind::ip6 && isIp6)) {
@@ -237,8 +244,40 @@ std::string packetText(const Match& match, FieldMask named) {
     const FieldName& name = nameOf(field);
     text += name.name;
     text += '=';
-    valuesAppend(text, name, FieldSet::exactly(match[field].low()));
+    valuesAppend(text, name, valuesOf(field));
   }
+  return text;
+}
+
+}  // namespace
+
+std::string packetText(const Match& match, FieldMask named) {
+  return textOf(match, named,
+                [&match](Field field) { return FieldSet::exactly(match[field].low()); });
+}
+
+Match onePacketOf(const Match& match, FieldMask named) noexcept {
+  Match packet = match;
+  bool const isKindTold = !match.isAny(Field::ethertype) || (named & ~ethernetFields) != 0 ||
+                          (named & bitOf(Field::ethertype)) != 0;
+  if (isKindTold) {
+    Word const type = match.has(Field::ethertype, etherTypeIp)    ? etherTypeIp
+                      : match.has(Field::ethertype, etherTypeIp6) ? etherTypeIp6
+                                                                  : match[Field::ethertype].low();
+    packet.limit(Field::ethertype, FieldSet::exactly(type));
+  }
+  unsigned const told = (named | match.limited()) & ~unsigned{bitOf(Field::ethertype)};
+  for (unsigned left = told; left != 0; left &= left - 1) {
+    auto const field = static_cast<Field>(__builtin_ctz(left));
+    packet.restrict(field, FieldSet::exactly(match[field].low()));
+  }
+  return packet;
+}
+
+std::string matchText(const Match& match) {
+  if (match.isEmpty()) return "none";
+  std::string text = textOf(match, match.limited(), [&match](Field field) { return match[field]; });
+  if (text.empty()) text = "any";
   return text;
 }
 

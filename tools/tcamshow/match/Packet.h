@@ -34,4 +34,13 @@ Packets packetsFromText(std::string_view text);
 /// words that make it IPv4 or IPv6.
 std::string packetText(const Match& match, FieldMask named);
 
+/// One packet of a match that is not empty: of each field of `named` and of each that the match
+/// limits, it has one value. If the kind of packet decides what `named` means, the packet is of one
+/// kind: IPv4 if the match allows it, else IPv6 if it allows that.
+Match onePacketOf(const Match& match, FieldMask named) noexcept;
+
+/// All packets of a match, as text for packetsFromText as far as that can say them. The text of
+/// every packet is "any", the text of no packet is "none".
+std::string matchText(const Match& match);
+
 }  // namespace tcamshow

@@ -51,7 +51,6 @@ class Where::Condition {
 
   virtual bool holds(Subject& subject) const = 0;
   virtual bool asksName() const noexcept = 0;
-  virtual bool asksPlaceAlone() const noexcept = 0;
 };
 
 namespace {
@@ -74,10 +73,6 @@ class Joined final : public Condition {
     return std::any_of(conditions_.begin(), conditions_.end(),
                        [](auto const& condition) { return condition->asksName(); });
   }
-  bool asksPlaceAlone() const noexcept override {
-    return std::all_of(conditions_.begin(), conditions_.end(),
-                       [](auto const& condition) { return condition->asksPlaceAlone(); });
-  }
 
  private:
   bool isAnd_;
@@ -90,7 +85,6 @@ class Not final : public Condition {
 
   bool holds(Subject& subject) const override { return !condition_->holds(subject); }
   bool asksName() const noexcept override { return condition_->asksName(); }
-  bool asksPlaceAlone() const noexcept override { return condition_->asksPlaceAlone(); }
 
  private:
   std::unique_ptr<Condition> condition_;
@@ -133,7 +127,6 @@ class NumberTerm final : public Condition {
     }
   }
   bool asksName() const noexcept override { return false; }
-  bool asksPlaceAlone() const noexcept override { return attribute_.isOfPlace; }
 
  private:
   const Attribute& attribute_;
@@ -152,7 +145,6 @@ class TextTerm final : public Condition {
     return (text == text_) == (relation_ == Relation::equal);
   }
   bool asksName() const noexcept override { return attribute_.name == "name"; }
-  bool asksPlaceAlone() const noexcept override { return attribute_.isOfPlace; }
 
  private:
   const Attribute& attribute_;
@@ -183,7 +175,6 @@ class FieldTerm final : public Condition {
     }
   }
   bool asksName() const noexcept override { return false; }
-  bool asksPlaceAlone() const noexcept override { return false; }
 
  private:
   const FieldName& name_;
@@ -234,6 +225,8 @@ class Reader {
     if (skipBlanks() != text_.size()) fail(at_, R"(expected "and", "or" or the end)");
     return condition;
   }
+  /// Where the first term stands that is about more than the place.
+  const std::optional<std::size_t>& beyondPlaceAt() const noexcept { return beyondPlaceAt_; }
 
  private:
   // A text cannot nest deeper: each level is a call.
@@ -293,7 +286,9 @@ class Reader {
       fail(at_, R"x(expected a term such as "src within 10.0.0.0/8", "not" or "(")x");
     }
     at_ += name.size();
-    if (const Attribute* const attribute = attributeByName(name)) {
+    const Attribute* const attribute = attributeByName(name);
+    if (!beyondPlaceAt_ && (attribute == nullptr || !attribute->isOfPlace)) beyondPlaceAt_ = nameAt;
+    if (attribute != nullptr) {
       if (attribute->number != nullptr) return numberTerm(*attribute);
       return textTerm(*attribute);
     }
@@ -409,11 +404,16 @@ class Reader {
 
   std::string_view text_;
   std::size_t at_ = 0;
+  std::optional<std::size_t> beyondPlaceAt_;
 };
 
 }  // namespace
 
-Where::Where(std::string_view text) : condition_(Reader(text).read()) {}
+Where::Where(std::string_view text) {
+  Reader reader(text);
+  condition_ = reader.read();
+  beyondPlaceAt_ = reader.beyondPlaceAt();
+}
 Where::Where(Where&&) noexcept = default;
 Where& Where::operator=(Where&&) noexcept = default;
 Where::~Where() = default;
@@ -423,6 +423,5 @@ bool Where::holds(const EntryFacts& facts) const {
   return condition_->holds(subject);
 }
 bool Where::asksName() const noexcept { return condition_->asksName(); }
-bool Where::asksPlaceAlone() const noexcept { return condition_->asksPlaceAlone(); }
 
 }  // namespace tcamshow

@@ -1,7 +1,9 @@
 // Conditions on entries: 'src within 10.0.0.0/8 and (action = deny or hits = 0)'.
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "match/FieldText.h"
@@ -44,9 +46,12 @@ class Where {
   /// Whether a term is about the group's name: it is known at the end of the input alone.
   bool asksName() const noexcept;
   /// Whether all terms are about the place: stage, pipe, group, copy, groupPriority, name.
-  bool asksPlaceAlone() const noexcept;
+  bool asksPlaceAlone() const noexcept { return !beyondPlaceAt_; }
+  /// The place in the text of the first term that is about more than the place, in bytes from 0.
+  const std::optional<std::size_t>& beyondPlaceAt() const noexcept { return beyondPlaceAt_; }
 
  private:
+  std::optional<std::size_t> beyondPlaceAt_;
   std::unique_ptr<Condition> condition_;
 };
 
