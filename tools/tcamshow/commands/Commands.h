@@ -15,6 +15,7 @@ std::unique_ptr<Command> tcamCommand();
 std::unique_ptr<Command> usageCommand();
 std::unique_ptr<Command> summaryCommand();
 std::unique_ptr<Command> inspectCommand();
+std::unique_ptr<Command> explainCommand();
 std::unique_ptr<Command> lintCommand();
 std::unique_ptr<Command> importCommand();
 

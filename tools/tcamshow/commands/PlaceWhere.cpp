@@ -35,4 +35,8 @@ bool PlaceWhere::holds(const Place& place, std::string_view name) const {
   return where_->holds({entry, name});
 }
 
+bool PlaceWhere::mayHold(const Place& place) const {
+  return !where_ || where_->asksName() || holds(place, {});
+}
+
 }  // namespace tcamshow

@@ -25,6 +25,8 @@ class PlaceWhere {
   void read();
   /// True for each place if the option is absent.
   bool holds(const Place& place, std::string_view name) const;
+  /// False where holds() is false whatever the name.
+  bool mayHold(const Place& place) const;
 
  private:
   std::string text_;
