@@ -6,7 +6,7 @@ std::vector<std::unique_ptr<Command>> allCommands() {
   using Make = std::unique_ptr<Command> (*)();
   constexpr Make makers[] = {listCommand,    ipCommand,    ip6Command,     macCommand,
                              tcamCommand,    usageCommand, summaryCommand, inspectCommand,
-                             explainCommand, lintCommand,  importCommand};
+                             explainCommand, lintCommand,  diffCommand,    importCommand};
   std::vector<std::unique_ptr<Command>> commands;
   for (Make const make : makers) commands.push_back(make());
   return commands;
