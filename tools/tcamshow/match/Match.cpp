@@ -66,20 +66,23 @@ void Match::keyAppend(std::string& key) const {
   for (unsigned mine = limited_; mine != 0; mine &= mine - 1) {
     auto const index = static_cast<std::size_t>(__builtin_ctz(mine));
     const FieldSet& set = sets_[index];
-    auto const append = [&key, bytes = (bitsOf(static_cast<Field>(index)) + 7) / 8](Word word) {
+    std::array<char, 2 + 4 * sizeof(Word)> part;
+    std::size_t size = 0;
+    auto const append = [&, bytes = (bitsOf(static_cast<Field>(index)) + 7) / 8](Word word) {
       for (unsigned byte = 0; byte < bytes; ++byte) {
-        key += static_cast<char>(static_cast<unsigned char>(word >> 8 * byte));
+        part[size++] = static_cast<char>(static_cast<unsigned char>(word >> 8 * byte));
       }
     };
-    key += static_cast<char>('A' + static_cast<char>(index));
+    part[size++] = static_cast<char>('A' + static_cast<char>(index));
     // A cube is told by value and mask, and so is each end of what a range cuts.
-    key += set.isCube() ? 'm' : 'r';
+    part[size++] = set.isCube() ? 'm' : 'r';
     append(set.value());
     append(set.mask());
     if (!set.isCube()) {
       append(set.low());
       append(set.high());
     }
+    key.append(part.data(), size);
   }
 }
 

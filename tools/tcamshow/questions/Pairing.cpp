@@ -77,13 +77,13 @@ class Pairer {
     HashedList const a = hashed(a_, all(a_), keyAppend);
     HashedList const b = hashed(b_, all(b_), keyAppend);
     forEachCommon(a, b, [this](std::span<const Hashed> ofA, std::span<const Hashed> ofB) {
-      if (ofA.size() == 1 && ofB.size() == 1 &&
-          keyOf(a_, ofA[0].index) == keyOf(b_, ofB[0].index)) {
+      if (ofA.size() == 1 && ofB.size() == 1) {
         partners_[ofA[0].index] = ofB[0].index;
       } else {
         pairAlike(ofA, ofB);
       }
     });
+    check();
     return std::move(partners_);
   }
 
@@ -113,6 +113,24 @@ class Pairer {
     std::string key;
     pairKeyAppend(key, side.store.entry(side.entries[index], scratch_), by_);
     return key;
+  }
+
+  /// Parts those whose hashes alone are equal. Not in the order of the hashes: memory is read in
+  /// order.
+  void check() {
+    Entry scratch;
+    for (std::uint32_t index = 0; index < partners_.size(); ++index) {
+      std::uint32_t& partner = partners_[index];
+      if (partner == noPartner) continue;
+      const Entry& a = a_.store.entry(a_.entries[index], scratch_);
+      const Entry& b = b_.store.entry(b_.entries[partner], scratch);
+      if (!haveOneKey(a, b)) partner = noPartner;
+    }
+  }
+  bool haveOneKey(const Entry& a, const Entry& b) const {
+    if (by_ != PairBy::match && a.shadowId != b.shadowId) return false;
+    if (by_ == PairBy::id) return true;
+    return a.otherMatch == b.otherMatch && matchOf(a) == matchOf(b);
   }
 
   /// Of entries with one hash, which is almost always one key.
