@@ -6,7 +6,8 @@ std::vector<std::unique_ptr<Command>> allCommands() {
   using Make = std::unique_ptr<Command> (*)();
   constexpr Make makers[] = {listCommand,    ipCommand,    ip6Command,     macCommand,
                              tcamCommand,    usageCommand, summaryCommand, inspectCommand,
-                             explainCommand, lintCommand,  diffCommand,    importCommand};
+                             explainCommand, lintCommand,  costCommand,    diffCommand,
+                             importCommand};
   std::vector<std::unique_ptr<Command>> commands;
   for (Make const make : makers) commands.push_back(make());
   return commands;

@@ -17,6 +17,7 @@ std::unique_ptr<Command> summaryCommand();
 std::unique_ptr<Command> inspectCommand();
 std::unique_ptr<Command> explainCommand();
 std::unique_ptr<Command> lintCommand();
+std::unique_ptr<Command> costCommand();
 std::unique_ptr<Command> diffCommand();
 std::unique_ptr<Command> importCommand();
 

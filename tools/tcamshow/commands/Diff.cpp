@@ -44,8 +44,9 @@ class DiffCommand final : public Command {
     options.choice("--by", by_, pairByWords,
                    "What the same entry has in both, beside its place: its match, which is the\n"
                    "default, or its id");
-    options.flag("--ignore-place", ignoresPlace_,
-                 "Take stage and group name for the place: for two boxes whose group numbers differ");
+    options.flag(
+        "--ignore-place", ignoresPlace_,
+        "Take stage and group name for the place: for two boxes whose group numbers differ");
     file_.declareFormat(options);
   }
 
