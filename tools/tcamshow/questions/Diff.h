@@ -32,9 +32,9 @@ std::vector<CommonPlace> commonPlaces(const EntryStore& a, const EntryStore& b, 
 
 /// An entry that only one snapshot has, or two partners that differ.
 struct Difference {
-  const Entry* a = nullptr;  ///< null: only B has it
-  const Entry* b = nullptr;  ///< null: only A has it
-  Properties properties = 0; ///< of partners
+  const Entry* a = nullptr;   ///< null: only B has it
+  const Entry* b = nullptr;   ///< null: only A has it
+  Properties properties = 0;  ///< of partners
 };
 
 struct DiffCounts {
