@@ -30,7 +30,9 @@ std::string readClasses(std::string_view text, LintClasses allowed, LintClasses&
     auto const kind = lintClassByName(word);
     if (!kind || (allowed & bitOf(*kind)) == 0) {
       auto const names = namesOf(allowed);
-      std::string message = inQuotes(word) + " is not known" + suggestion(word, names);
+      std::string const near = suggestion(word, names);
+      std::string message = inQuotes(word) + " is not known" + near;
+      if (!near.empty()) return message;
       for (std::string_view const name : names) {
         message += name == names.front() ? "; expected " : name == names.back() ? " or " : ", ";
         message += name;
