@@ -1,6 +1,7 @@
 #include "questions/Cost.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "match/Field.h"

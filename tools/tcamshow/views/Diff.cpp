@@ -14,6 +14,11 @@ namespace {
 constexpr std::array<std::string_view, propertyCount> propertyNames{
     "action", "priority", "sequence", "state", "feature", "description", "match", "counters"};
 
+/// The entry of A, or of B if A lacks it. One of them has it.
+const Entry& entryOf(const Difference& difference) noexcept {
+  return difference.b == nullptr || difference.a != nullptr ? *difference.a : *difference.b;
+}
+
 std::string wholeMatchText(const Entry& entry) {
   std::string text = matchText(matchOf(entry));
   if (!entry.otherMatch.empty()) (text += " and ") += entry.otherMatch;
@@ -91,7 +96,7 @@ void DiffView::showText(const Difference& difference) {
     }
     text_ += '\n';
   }
-  const Entry& entry = difference.a != nullptr ? *difference.a : *difference.b;
+  const Entry& entry = entryOf(difference);
   text_ += difference.b == nullptr ? '-' : difference.a == nullptr ? '+' : '~';
   text_ += " entry ";
   entryAppend(text_, entry.sequence, entry.shadowId);
@@ -100,13 +105,15 @@ void DiffView::showText(const Difference& difference) {
     text_ += entry.action.empty() ? std::string_view("-") : entry.action;
     (text_ += ' ') += wholeMatchText(entry);
   }
+  // Where properties differ, both are there.
+  const Entry& changed = difference.b == nullptr ? entry : *difference.b;
   std::string_view separator;
   forEachProperty(difference.properties, [&](Property property, std::string_view name) {
     (text_ += separator) += name;
     auto const append = [this](auto value) { valueAppend(text_ += ' ', value); };
-    useProperty(*difference.a, property, append);
+    useProperty(entry, property, append);
     text_ += " ->";
-    useProperty(*difference.b, property, append);
+    useProperty(changed, property, append);
     separator = ", ";
   });
   text_ += '\n';
@@ -114,7 +121,7 @@ void DiffView::showText(const Difference& difference) {
 }
 
 void DiffView::showJson(const Difference& difference) {
-  const Entry& entry = difference.a != nullptr ? *difference.a : *difference.b;
+  const Entry& entry = entryOf(difference);
   const std::vector<const PlaceInfo*>& places = difference.a != nullptr ? place_->a : place_->b;
   printer_.objectBegin();
   printer_.attribute("type", "difference");
@@ -125,12 +132,14 @@ void DiffView::showJson(const Difference& difference) {
   printer_.attribute("shadowId", entry.shadowId);
   printer_.attribute("sequence", entry.sequence);
   if (difference.properties != 0) {
+    // Where properties differ, both are there.
+    const Entry& changed = difference.b == nullptr ? entry : *difference.b;
     printer_.objectBegin("changes");
     forEachProperty(difference.properties, [&](Property property, std::string_view name) {
       auto const print = [this](auto value) { printer_.attribute({}, value); };
       printer_.arrayBegin(name);
-      useProperty(*difference.a, property, print);
-      useProperty(*difference.b, property, print);
+      useProperty(entry, property, print);
+      useProperty(changed, property, print);
       printer_.arrayEnd();
     });
     printer_.objectEnd();
