@@ -69,11 +69,14 @@ TEST(Cost, PrintsToTheByte) {
   ProcessResult const text = runTcamshow({"cost"}, {.input = snapshot()});
   EXPECT_EQ(text.status, 0);
   EXPECT_EQ(text.out,
-            "ingress group 1 \"edge\": 6 entries, 53 if ranges were prefixes; range checkers: "
+            "ingress pipe 0 group 1 \"edge\" priority 0 copy 0: 6 entries, 53 if ranges were "
+            "prefixes; range checkers: "
             "L4SrcPort 1, L4DstPort 3, IpLength 1; worst: entry 20 (id 2) with 24\n"
-            "ingress group 2: 1 entry, 1 if ranges were prefixes; range checkers: L4SrcPort 0, "
+            "ingress pipe 0 group 2 priority 0 copy 0: 1 entry, 1 if ranges were prefixes; range "
+            "checkers: L4SrcPort 0, "
             "L4DstPort 0, IpLength 0\n"
-            "ingress group 3 \"bare\": 0 entries, 0 if ranges were prefixes; range checkers: "
+            "ingress pipe 0 group 3 \"bare\" priority 0 copy 0: 0 entries, 0 if ranges were "
+            "prefixes; range checkers: "
             "L4SrcPort 0, L4DstPort 0, IpLength 0\n");
   ProcessResult const json =
       runTcamshow({"cost", "--json", "--where", "name = edge or group = 2"}, {.input = snapshot()});

@@ -56,23 +56,23 @@ TEST(Diff, PrintsWhatChangedToTheByte) {
     const char* out;
   } const rows[] = {
       {{},
-       "ingress group 1 groupPriority 20 \"edge\"\n"
+       "ingress pipe 0 group 1 \"edge\" priority 20 copy 0\n"
        "~ entry 10 (id 1): action \"permit\" -> \"deny\", priority 90 -> 91, sequence 10 -> 11, "
        "state \"programmed\" -> \"failed\", feature \"web\" -> \"dns\", description \"first\" -> "
        "\"1st\", counters programmed -> not programmed\n"
        "- entry 20 (id 2): permit src=10.0.0.0/8\n"
        "- entry 30 (id 3): deny none and in_port=3\n"
        "+ entry 20 (id 2): permit src=10.0.0.0/9\n"
-       "egress pipe 1 group 0\n"
+       "egress pipe 1 group 0 priority 0 copy 0\n"
        "+ entry 0 (id 6): - src6=2001:db8::/32\n"
        "2 removed, 2 added, 1 changed, 2 equal\n"},
       {{"--by", "id"},
-       "ingress group 1 groupPriority 20 \"edge\"\n"
+       "ingress pipe 0 group 1 \"edge\" priority 20 copy 0\n"
        "- entry 10 (id 1): permit ip tcp dport=443\n"
        "~ entry 20 (id 2): match \"src=10.0.0.0/8\" -> \"src=10.0.0.0/9\"\n"
        "- entry 30 (id 3): deny none and in_port=3\n"
        "+ entry 11 (id 11): deny ip tcp dport=443\n"
-       "egress pipe 1 group 0\n"
+       "egress pipe 1 group 0 priority 0 copy 0\n"
        "+ entry 0 (id 6): - src6=2001:db8::/32\n"
        "2 removed, 2 added, 1 changed, 2 equal\n"},
   };
@@ -137,8 +137,8 @@ TEST(Diff, TakesStageAndNameForThePlace) {
   std::string const a = snapshotOf(box(1, "edge", "permit"));
   std::string const b = snapshotOf(box(7, "edge", "deny"));
   EXPECT_EQ(diff(a, b).out,
-            "ingress group 1 \"edge\"\n- entry 0 (id 1): permit ip\n"
-            "ingress group 7 \"edge\"\n+ entry 0 (id 1): deny ip\n"
+            "ingress pipe 0 group 1 \"edge\" priority 0 copy 0\n- entry 0 (id 1): permit ip\n"
+            "ingress pipe 0 group 7 \"edge\" priority 0 copy 0\n+ entry 0 (id 1): deny ip\n"
             "1 removed, 1 added, 0 changed, 0 equal\n");
   EXPECT_EQ(diff(a, b, {"--ignore-place"}).out,
             "ingress \"edge\"\n~ entry 0 (id 1): action \"permit\" -> \"deny\"\n"
@@ -168,14 +168,16 @@ TEST(Diff, PairsAlikeEntriesByWhatElseIsEqual) {
       {{{1, "x"}, {2, "y"}}, {{3, "y"}, {4, "x"}}, "0 removed, 0 added, 0 changed, 2 equal\n"},
       {{{1, "x"}, {2, "x"}},
        {{2, "x"}},
-       "ingress group 0\n- entry 0 (id 1): x ip\n1 removed, 0 added, 0 changed, 1 equal\n"},
+       "ingress pipe 0 group 0 priority 0 copy 0\n- entry 0 (id 1): x ip\n1 removed, 0 added, 0 "
+       "changed, 1 equal\n"},
       {{{1, "x"}, {2, "y"}, {3, "z"}},
        {{4, "y"}, {5, "v"}, {6, "w"}},
-       "ingress group 0\n~ entry 0 (id 1): action \"x\" -> \"v\"\n"
+       "ingress pipe 0 group 0 priority 0 copy 0\n~ entry 0 (id 1): action \"x\" -> \"v\"\n"
        "~ entry 0 (id 3): action \"z\" -> \"w\"\n0 removed, 0 added, 2 changed, 1 equal\n"},
       {{{1, "x"}},
        {{2, "y"}, {3, "x"}},
-       "ingress group 0\n+ entry 0 (id 2): y ip\n0 removed, 1 added, 0 changed, 1 equal\n"},
+       "ingress pipe 0 group 0 priority 0 copy 0\n+ entry 0 (id 2): y ip\n0 removed, 1 added, 0 "
+       "changed, 1 equal\n"},
   };
   for (const Row& row : rows) {
     EXPECT_EQ(diff(entries(row.a), entries(row.b)).out, row.out);

@@ -237,10 +237,10 @@ TEST(Explain, PrintsEveryVerdictToTheByte) {
     const char* out;
   } const rows[] = {
       {{"explain", "ip dst=192.0.2.80/31 proto=6"},
-       "ingress pipe -1 group 1\n"
+       "ingress pipe -1 group 1 priority 0 copy 0\n"
        "  entry Drop (id 6) wins; action deny, state programmed, hits -; packet tcp "
        "dst=192.0.2.80\n"
-       "ingress group 2 groupPriority 5 \"edge\"\n"
+       "ingress pipe 0 group 2 \"edge\" priority 5 copy 0\n"
        "  entry 10 (id 1) would win if it were installed; action permit, state failed, hits -; "
        "packet tcp dst=192.0.2.80\n"
        "  entry 20 (id 2) may win, if in_port=3; action redirect, state programmed, hits 7; packet "
@@ -251,7 +251,7 @@ TEST(Explain, PrintsEveryVerdictToTheByte) {
        "  no entry matches; packet tcp dst=192.0.2.81\n"},
       // One exact packet: one winner in each place, or none.
       {{"explain", "tcp dst=192.0.2.80", "--where", "group = 2"},
-       "ingress group 2 groupPriority 5 \"edge\"\n"
+       "ingress pipe 0 group 2 \"edge\" priority 5 copy 0\n"
        "  entry 10 (id 1) would win if it were installed; action permit, state failed, hits -; "
        "packet tcp dst=192.0.2.80\n"
        "  entry 20 (id 2) may win, if in_port=3; action redirect, state programmed, hits 7; packet "
@@ -273,7 +273,7 @@ TEST(Explain, PrintsEveryVerdictToTheByte) {
        R"({"type":"answer","stage":"ingress","pipe":0,"groupPriority":5,"groupId":2,"copyId":0,"name":"edge","verdict":"none","packet":"udp dst=192.0.2.81"})"
        "\n"},
       {{"explain", "ip6"},
-       "egress group 9\n"
+       "egress pipe 0 group 9 priority 0 copy 0\n"
        "  entry 0 (id 7) wins; action -, state programmed, hits -; packet ip6\n"},
   };
   for (const Row& row : rows) {

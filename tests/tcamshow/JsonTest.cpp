@@ -172,9 +172,10 @@ TEST(JsonTable, IsOfTheTablesAlone) {
     ProcessResult const result = runTcamshow(arguments);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.out, "");
-    EXPECT_EQ(result.err,
-              "tcamshow: --json goes with ip, ip6, mac and tcam only\n"
-              "Try 'tcamshow --help'.\n");
+    EXPECT_EQ(
+        result.err,
+        "tcamshow: --json goes with list, ip, ip6, mac, tcam, explain, lint, cost and diff only\n"
+        "Try 'tcamshow --help'.\n");
   }
   EXPECT_EQ(runTcamshow({"--json"}).status, 2);
 }

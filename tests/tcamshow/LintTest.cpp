@@ -32,7 +32,7 @@ const Words& everyClass() {
 }
 
 TEST(Lint, PrintsEveryClassToTheByte) {
-  std::string const place = "ingress group 1 groupPriority 20 \"edge\": ";
+  std::string const place = "ingress pipe 0 group 1 \"edge\" priority 20 copy 0: ";
   ProcessResult const text =
       runTcamshow({"lint", "--with", "redundant,never-hit"}, {.input = snapshotOf(everyClass())});
   EXPECT_EQ(text.status, 0);
@@ -174,7 +174,8 @@ TEST(Lint, GivesUpAtItsBounds) {
   ProcessResult const result =
       runTcamshow({"lint", "--with", "redundant"}, {.input = snapshotOf(lines)});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.out, HasSubstr("ingress group 0: entry 999 (id 999): unknown\n"));
+  EXPECT_THAT(result.out,
+              HasSubstr("ingress pipe 0 group 0 priority 0 copy 0: entry 999 (id 999): unknown\n"));
 }
 
 }  // namespace

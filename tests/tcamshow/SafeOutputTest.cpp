@@ -62,9 +62,10 @@ std::string snapshotWith(const std::string& text) {
 
 // The cells keep the width that they had: the one character is replaced, no other byte changes.
 TEST(SafeOutput, ViewsEscapeAndChangeNoOtherByte) {
-  Words const views[] = {{"ip"},      {"ip6"},    {"mac"},
-                         {"tcam"},    {"usage"},  {"usage", "--detail"},
-                         {"summary"}, {"inspect"}};
+  Words const views[] = {{"ip"},      {"ip6"},     {"mac"},
+                         {"tcam"},    {"usage"},   {"usage", "--detail"},
+                         {"summary"}, {"inspect"}, {"explain", "vlan=1"},
+                         {"lint"},    {"cost"}};
   for (const Unsafe& unsafe : unsafeTexts()) {
     SCOPED_TRACE(unsafe.escaped);
     // A letter of as many bytes shows where it stands.

@@ -14,26 +14,19 @@ constexpr std::uint32_t answerSchemaVersion = 1;
 
 constexpr std::uint32_t dropSequence = 0xFFFFFFFF;
 
-template <class Number>
-void numberAppend(std::string& out, std::string_view name, Number number) {
-  if (number == 0) return;
-  out += name;
-  appendNumber(out, number);
-}
-
 }  // namespace
 
 void placeAppend(std::string& out, const Place& place, std::string_view name) {
   out += stageName(place.stage).view();
-  numberAppend(out, " pipe ", place.pipe);
+  out += " pipe ";
+  appendNumber(out, place.pipe);
   out += " group ";
   appendNumber(out, place.groupId);
-  numberAppend(out, " groupPriority ", place.groupPriority);
-  numberAppend(out, " copy ", place.copyId);
-  if (name.empty()) return;
-  out += " \"";
-  out += name;
-  out += '"';
+  if (!name.empty()) ((out += " \"") += name) += '"';
+  out += " priority ";
+  appendNumber(out, place.groupPriority);
+  out += " copy ";
+  appendNumber(out, place.copyId);
 }
 
 void entryAppend(std::string& out, std::uint32_t sequence, std::uint64_t shadowId) {

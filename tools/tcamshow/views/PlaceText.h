@@ -10,8 +10,8 @@
 
 namespace tcamshow {
 
-/// Appends the place in the words of conditions on it: `ingress group 1 groupPriority 20 "acl-in"`.
-/// A pipe, group priority or copy of 0 and an empty name are left out. The text need not be safe.
+/// Appends `ingress pipe 0 group 1 "acl-in" priority 20 copy 0`. An empty name is left out. The
+/// text need not be safe.
 void placeAppend(std::string& out, const Place& place, std::string_view name);
 
 /// Appends the sequence, or `Drop` for the drop rule's, and the id: `10 (id 3)`.
