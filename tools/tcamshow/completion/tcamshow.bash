@@ -2,10 +2,10 @@
 # its name; without that package, source it.
 
 # The options that are followed by a value.
-_tcamshow_valued='--from --where --sort --limit --columns --color'
+_tcamshow_valued='--from --where --sort --limit --columns --color --fail-on --only --with --by'
 
 _tcamshow() {
-  local word command='' format='' file='' dashes='' wants_value=''
+  local word command='' format='' file='' second='' packet='' dashes='' wants_value=''
   local current=${COMP_WORDS[COMP_CWORD]}
 
   # What stands before the word: the command, a format of import, a file.
@@ -22,6 +22,10 @@ _tcamshow() {
       command=$word
     elif [[ $command == import && -z $format ]]; then
       format=$word
+    elif [[ $command == explain && -z $packet ]]; then
+      packet=$word
+    elif [[ -n $file ]]; then
+      second=$word
     else
       file=$word
     fi
@@ -29,24 +33,37 @@ _tcamshow() {
 
   local words='' wants_file='' formats='snapshot classbench openconfig'
   if [[ -n $wants_value ]]; then
+    # Classes of findings have commas between them: the last one is completed.
+    local before='' classes='not-installed empty duplicate shadowed dead-but-hit redundant tie'
+    classes+=' never-hit unknown'
     case $wants_value in
       --from) words=$formats ;;
       --color) words='auto always never' ;;
+      --by) words='match id' ;;
+      --fail-on) words="$classes any" ;;
+      --only) words=$classes ;;
+      --with) words='redundant never-hit' ;;
     esac
-    mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
+    [[ $wants_value == --@(fail-on|only|with) && $current == *,* ]] && before=${current%,*},
+    mapfile -t COMPREPLY < <(compgen -P "$before" -W "$words" -- "${current#"$before"}")
     return 0
   fi
   case $command in
-    '') words='list ip ip6 mac tcam usage summary inspect import' ;;
+    '') words='list ip ip6 mac tcam usage summary inspect explain lint cost diff import' ;;
     import)
       # One word alone is a format or a file; files come once a letter is there.
       [[ -z $format ]] && words=$formats
       [[ -z $format && -z $current ]] || wants_file=1
       ;;
-    list | ip | ip6 | mac | tcam | usage | summary | inspect) wants_file=1 ;;
+    list | ip | ip6 | mac | tcam | usage | summary | inspect | lint | cost | diff) wants_file=1 ;;
+    explain)
+      # The packet, then a file.
+      [[ -z $packet ]] || wants_file=1
+      ;;
     *) return ;;
   esac
-  [[ -z $file ]] || wants_file=''
+  # diff has two files.
+  [[ -z $file || ($command == diff && -z $second) ]] || wants_file=''
 
   if [[ -z $dashes && $current == -* ]]; then
     words='--help --trace'
@@ -57,6 +74,9 @@ _tcamshow() {
       usage) words+=' --detail --where --from' ;;
       summary) words+=' --where --from' ;;
       inspect) words+=' --types --where --from' ;;
+      explain | cost) words+=' --json --where --from' ;;
+      lint) words+=' --json --fail-on --only --with --where --from' ;;
+      diff) words+=' --json --by --ignore-place --from' ;;
     esac
     # A file called "-" is standard input.
     [[ -z $wants_file || $current != - ]] || words+=' -'

@@ -3,7 +3,7 @@
 
 _tcamshow() {
   local curcontext=$curcontext state line
-  local -a commands formats all tables from where select list
+  local -a commands formats all tables from where select list classes places
   commands=(
     'list:every entry in match order, with all that it matches on'
     'ip:the IPv4 table'
@@ -13,6 +13,10 @@ _tcamshow() {
     'usage:what uses the TCAM: stages, groups and features'
     'summary:the groups by name, each with its features'
     'inspect:the usage tree and the summary, attribute by attribute'
+    'explain:which entry a packet hits, and which could hit it'
+    'lint:entries that can never be hit, or disagree'
+    'cost:what ranges of ports and lengths cost'
+    'diff:what differs between two snapshots'
     'import:write a snapshot made from another format'
   )
   formats=(
@@ -38,6 +42,8 @@ _tcamshow() {
     '--columns[show these columns]:columns: '
     '--color[colour the text]:when:(auto always never)'
   )
+  classes=(not-installed empty duplicate shadowed dead-but-hit redundant tie never-hit unknown)
+  places=($from '--where[only places of which a condition is true]:condition: ')
 
   _arguments -C $all $tables '(- *)--version[show the version and exit]' \
     '1: :->command' '*:: :->argument' && return 0
@@ -54,6 +60,20 @@ _tcamshow() {
         summary) _arguments $all $where '1:file:_files' ;;
         inspect)
           _arguments $all $where "--types[show the library's types; read no file]" '1:file:_files'
+          ;;
+        explain) _arguments $all $tables $places '1:packet: ' '2:file:_files' ;;
+        lint)
+          _arguments $all $tables $places \
+            "--fail-on[end with status 3 if there is one of these]:classes:_values -s , class any $classes" \
+            "--only[show these classes alone]:classes:_values -s , class $classes" \
+            '--with[look for these classes too]:classes:_values -s , class redundant never-hit' \
+            '1:file:_files'
+          ;;
+        cost) _arguments $all $tables $places '1:file:_files' ;;
+        diff)
+          _arguments $all $tables '--by[what the same entry has in both]:what:(match id)' \
+            '--ignore-place[take stage and group name for the place]' $from \
+            '1:file:_files' '2:file:_files'
           ;;
         import)
           _arguments -C $all '1: :->format' '2:file:_files' && return 0
