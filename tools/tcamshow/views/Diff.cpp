@@ -101,21 +101,20 @@ void DiffView::showText(const Difference& difference) {
   text_ += " entry ";
   entryAppend(text_, entry.sequence, entry.shadowId);
   text_ += ": ";
-  if (difference.properties == 0) {
+  if (difference.a == nullptr || difference.b == nullptr) {
     text_ += entry.action.empty() ? std::string_view("-") : entry.action;
     (text_ += ' ') += wholeMatchText(entry);
+  } else {
+    std::string_view separator;
+    forEachProperty(difference.properties, [&](Property property, std::string_view name) {
+      (text_ += separator) += name;
+      auto const append = [this](auto value) { valueAppend(text_ += ' ', value); };
+      useProperty(*difference.a, property, append);
+      text_ += " ->";
+      useProperty(*difference.b, property, append);
+      separator = ", ";
+    });
   }
-  // Where properties differ, both are there.
-  const Entry& changed = difference.b == nullptr ? entry : *difference.b;
-  std::string_view separator;
-  forEachProperty(difference.properties, [&](Property property, std::string_view name) {
-    (text_ += separator) += name;
-    auto const append = [this](auto value) { valueAppend(text_ += ' ', value); };
-    useProperty(entry, property, append);
-    text_ += " ->";
-    useProperty(changed, property, append);
-    separator = ", ";
-  });
   text_ += '\n';
   TextOutput(out_).write(text_);
 }
@@ -131,15 +130,13 @@ void DiffView::showJson(const Difference& difference) {
                                                        : "changed");
   printer_.attribute("shadowId", entry.shadowId);
   printer_.attribute("sequence", entry.sequence);
-  if (difference.properties != 0) {
-    // Where properties differ, both are there.
-    const Entry& changed = difference.b == nullptr ? entry : *difference.b;
+  if (difference.a != nullptr && difference.b != nullptr) {
     printer_.objectBegin("changes");
     forEachProperty(difference.properties, [&](Property property, std::string_view name) {
       auto const print = [this](auto value) { printer_.attribute({}, value); };
       printer_.arrayBegin(name);
-      useProperty(entry, property, print);
-      useProperty(changed, property, print);
+      useProperty(*difference.a, property, print);
+      useProperty(*difference.b, property, print);
       printer_.arrayEnd();
     });
     printer_.objectEnd();
