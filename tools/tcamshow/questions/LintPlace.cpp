@@ -1,6 +1,7 @@
 #include "questions/LintPlace.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "match/OverlapIndex.h"
 
@@ -57,6 +58,7 @@ class LintPlaceOf final : public LintPlace {
   void tieFind(std::uint32_t number, std::vector<LintFinding>& findings) const;
   void redundantFind(std::vector<LintFinding>& findings);
   Answer redundantAsk(std::uint32_t number, LintFinding& finding);
+  void blameOrder(LintFinding& finding) const;
 
   BoxSpace<W> space_;
   BoxList<W> boxes_;                    // of all rules that match a packet
@@ -171,7 +173,7 @@ void LintPlaceOf<W>::judge(std::uint32_t number, LintClasses classes,
   if (answer == Answer::covered) {
     rule.isDead = true;
     answer = conflictAsk(number, finding);
-    std::sort(finding.blame.begin(), finding.blame.end());
+    blameOrder(finding);
     findings.push_back(std::move(finding));
     if (isHit) report(LintClass::deadButHit);
   } else {
@@ -339,7 +341,7 @@ Answer LintPlaceOf<W>::redundantAsk(std::uint32_t number, LintFinding& finding) 
   for (std::uint32_t const used : search_.used()) {
     if (indexed_[used] > number) finding.blame.push_back(indexed_[used]);
   }
-  std::sort(finding.blame.begin(), finding.blame.end());
+  blameOrder(finding);
   // and the first that it meets, or may meet, must have the same action.
   std::vector<std::uint32_t> before;
   for (std::size_t at = 0; at < met_.size(); ++at) {
@@ -359,6 +361,18 @@ Answer LintPlaceOf<W>::redundantAsk(std::uint32_t number, LintFinding& finding) 
     if (answer != Answer::covered) return answer;
   }
   return Answer::covered;
+}
+
+template <class W>
+void LintPlaceOf<W>::blameOrder(LintFinding& finding) const {
+  Box<W> const box = boxes_[rules_[finding.rule].box];
+  std::vector<std::pair<double, std::uint32_t>> shares;
+  for (std::uint32_t const blamed : finding.blame) {
+    shares.emplace_back(-space_.shareTaken(box, boxes_[rules_[blamed].box]), blamed);
+  }
+  std::sort(shares.begin(), shares.end());
+  std::transform(shares.begin(), shares.end(), finding.blame.begin(),
+                 [](auto const& share) { return share.second; });
 }
 
 }  // namespace

@@ -55,7 +55,8 @@ struct LintRule {
 struct LintFinding {
   std::uint32_t rule = 0;
   LintClass kind = LintClass::empty;
-  std::vector<std::uint32_t> blame;  ///< ascending
+  /// The one that overlaps the rule most comes first; of two with the same share, the earlier one.
+  std::vector<std::uint32_t> blame;
   /// For a duplicate or shadowed rule: at least one packet that it matches gets another action.
   bool conflict = false;
   std::unique_ptr<Match> packet;  ///< a packet that proves the finding, or null
