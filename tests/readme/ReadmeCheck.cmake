@@ -32,7 +32,10 @@ foreach(command "ip examples/acl.jsonl | head -n 4" "ip6 examples/acl.jsonl | he
 endforeach()
 foreach(command "ip6 examples/acl.jsonl | head -n 6" "mac examples/acl.jsonl"
     "--json mac examples/acl.jsonl | head -n 2" "list --where 'name ~ ipv6' examples/acl.jsonl"
-    "list --where 'dport overlaps 80-443 and hits > 0' --sort -hits --limit 3 examples/acl.jsonl")
+    "list --where 'dport overlaps 80-443 and hits > 0' --sort -hits --limit 3 examples/acl.jsonl"
+    "list --since examples/questions/yesterday.jsonl --where 'hits > 0' --columns id,action,hits,since examples/questions/today.jsonl"
+    "explain 'tcp dst=192.0.2.80 dport=443' examples/acl.jsonl"
+    "cost --where 'group = 1' examples/acl.jsonl")
   execute_process(COMMAND sh -c "\"$0\" ${command}" ${TCAMSHOW} WORKING_DIRECTORY ${SOURCE}
     OUTPUT_VARIABLE table ERROR_QUIET COMMAND_ERROR_IS_FATAL ANY)
   expect_block_in(manual "${command}" "\n$ tcamshow ${command}\n${table}")

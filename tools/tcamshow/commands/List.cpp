@@ -1,6 +1,7 @@
 #include "views/List.h"
 
 #include "commands/Commands.h"
+#include "commands/SinceOption.h"
 #include "match/FieldText.h"
 #include "views/Colour.h"
 #include "views/Tables.h"
@@ -30,11 +31,13 @@ class ListCommand final : public Command {
     }
     options.isColoured = isColoured(when(), run.out.descriptor());
     Selection const selection = selection_.read();
-    auto source = file_.open(run.complaints);
+    auto source = since_.open(file_, run.complaints);
     if (selection_.isCount()) {
       showCount(*selected(std::move(source), selection, Table::tcam, run.complaints), run.out);
       return ExitStatus::done;
     }
+    options.baseline = since_.baseline();
+    if (options.baseline != nullptr && !columns_) options.columns = usualListColumnsSince();
     Listing const listing(std::move(source), selection, run.complaints);
     if (run.options.json) {
       showListJson(listing, run.out);
@@ -48,6 +51,7 @@ class ListCommand final : public Command {
   void declareOptions(Options& options) override {
     static constexpr std::string_view whens[] = {"auto", "always", "never"};
     selection_.declareAll(options);
+    since_.declare(options);
     options.text("--columns", columns_, "NAME,...",
                  "These columns, in this order; help lists their names");
     options.choice("--color", color_, whens, "Whether to colour the text; auto: on a terminal");
@@ -61,6 +65,7 @@ class ListCommand final : public Command {
   }
 
   SelectionOptions selection_;
+  SinceOption since_;
   std::optional<std::string> columns_;
   std::string color_ = "auto";
   SourceFile file_;

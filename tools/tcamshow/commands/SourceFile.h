@@ -17,6 +17,8 @@ class SourceFile {
   /// Declares --from alone, for a command that names its files itself.
   void declareFormat(Options& options);
 
+  bool isStandardInput() const noexcept { return path_ == "-"; }
+
   /// Throws InputError.
   std::unique_ptr<Source> open(Complaints& complaints) const { return open(path_, complaints); }
   std::unique_ptr<Source> open(const std::string& path, Complaints& complaints) const;

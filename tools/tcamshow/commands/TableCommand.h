@@ -2,6 +2,7 @@
 #pragma once
 
 #include "commands/Command.h"
+#include "commands/SinceOption.h"
 
 namespace tcamshow {
 
@@ -19,6 +20,7 @@ class TableCommand final : public Command {
 
   Table table_;
   SelectionOptions selection_;
+  SinceOption since_;
   SourceFile file_;
 };
 

@@ -2,7 +2,7 @@
 # its name; without that package, source it.
 
 # The options that are followed by a value.
-_tcamshow_valued='--from --where --sort --limit --columns --color --fail-on --only --with --by'
+_tcamshow_valued='--from --where --sort --limit --columns --color --since --fail-on --only --with --by'
 
 _tcamshow() {
   local word command='' format='' file='' second='' packet='' dashes='' wants_value=''
@@ -46,6 +46,10 @@ _tcamshow() {
     esac
     [[ $wants_value == --@(fail-on|only|with) && $current == *,* ]] && before=${current%,*},
     mapfile -t COMPREPLY < <(compgen -P "$before" -W "$words" -- "${current#"$before"}")
+    if [[ $wants_value == --since ]]; then
+      mapfile -t COMPREPLY < <(compgen -f -- "$current")
+      compopt -o filenames 2>/dev/null
+    fi
     return 0
   fi
   case $command in
@@ -69,8 +73,8 @@ _tcamshow() {
     words='--help --trace'
     case $command in
       '') words+=' --json --version' ;;
-      list) words+=' --json --where --sort --limit --count --columns --color --from' ;;
-      ip | ip6 | mac | tcam) words+=' --json --where --sort --limit --count --from' ;;
+      list) words+=' --json --where --sort --limit --count --since --columns --color --from' ;;
+      ip | ip6 | mac | tcam) words+=' --json --where --sort --limit --count --since --from' ;;
       usage) words+=' --detail --where --from' ;;
       summary) words+=' --where --from' ;;
       inspect) words+=' --types --where --from' ;;

@@ -36,6 +36,7 @@ _tcamshow() {
     '--sort[order by these keys]:keys: '
     '--limit[only the first entries]:number: '
     '--count[print their number alone]'
+    '--since[show hits and bytes since an older file]:baseline:_files'
   )
   list=(
     $select

@@ -31,16 +31,11 @@ constexpr std::array all = std::to_array<Attribute>({
     {"sequence", numberOf<&Entry::sequence>, nullptr, {}},
     {"priority", numberOf<&Entry::priority>, nullptr, {}},
     {"hits",
-     [](const EntryFacts& facts) {
-       return countersAreProgrammed(facts.entry) ? std::optional<Number>(facts.entry.hits)
-                                                 : std::nullopt;
-     },
+     [](const EntryFacts& facts) -> std::optional<Number> { return hitsOf(facts.entry); },
      nullptr,
      {}},
     {"bytes",
-     [](const EntryFacts& facts) {
-       return facts.entry.bytes ? std::optional<Number>(*facts.entry.bytes) : std::nullopt;
-     },
+     [](const EntryFacts& facts) -> std::optional<Number> { return bytesOf(facts.entry); },
      nullptr,
      {}},
     {"pipe", placeNumberOf<&Place::pipe>, nullptr, {}, true},

@@ -1,6 +1,7 @@
 #include "questions/Since.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "io/KeyedHash.h"
 #include "match/Match.h"
@@ -17,6 +18,32 @@ std::uint64_t moved(std::uint64_t now, std::uint64_t before, SinceMark& mark) no
   return now;
 }
 
+/// Gives another source's entries, each with its facts.
+class SinceSource final : public Source {
+ public:
+  SinceSource(std::unique_ptr<Source> source, Since& since, Complaints& complaints)
+      : Source(complaints), source_(std::move(source)), since_(since) {
+    header_ = source_->header();
+  }
+
+  const std::string& fileName() const noexcept override { return source_->fileName(); }
+  std::uint64_t lineNumber() const noexcept override { return source_->lineNumber(); }
+
+  Item next() override {
+    Item const item = source_->next();
+    if (item == Item::group) group_ = source_->group();
+    if (item == Item::entry) {
+      entry_ = source_->entry();
+      entry_.since = since_.of(entry_);
+    }
+    return item;
+  }
+
+ private:
+  std::unique_ptr<Source> source_;
+  Since& since_;
+};
+
 bool arePartners(const Entry& a, const Entry& b) {
   return a.place == b.place && a.shadowId == b.shadowId && a.otherMatch == b.otherMatch &&
          matchOf(a) == matchOf(b);
@@ -24,27 +51,14 @@ bool arePartners(const Entry& a, const Entry& b) {
 
 }  // namespace
 
-std::string_view sinceMarkName(SinceMark mark) noexcept {
-  switch (mark) {
-    case SinceMark::none:
-      return "";
-    case SinceMark::isNew:
-      return "new";
-    case SinceMark::reset:
-      return "reset";
-  }
-  return "";
-}
-
 Since::Since(Source& baseline) : store_(baseline) {
   items_.reserve(store_.size());
-  for (const PlaceInfo& place : store_.places()) {
-    for (std::uint32_t const number : place.entries) {
-      items_.push_back({hashOf(store_.entry(number, scratch_)), number, 0});
-    }
+  for (std::uint32_t number = 0; number < store_.size(); ++number) {
+    items_.push_back({hashOf(store_.entry(number, scratch_)), number, 0});
   }
-  std::stable_sort(items_.begin(), items_.end(),
-                   [](const Item& a, const Item& b) { return a.hash < b.hash; });
+  std::sort(items_.begin(), items_.end(), [](const Item& a, const Item& b) {
+    return a.hash != b.hash ? a.hash < b.hash : a.number < b.number;
+  });
 }
 
 SinceFacts Since::of(const Entry& entry) {
@@ -92,6 +106,11 @@ const Entry* Since::partnerOf(const Entry& entry) {
   if (!arePartners(entry, before)) return nullptr;
   ++first->taken;
   return &before;
+}
+
+std::unique_ptr<Source> withSince(std::unique_ptr<Source> source, Since& since,
+                                  Complaints& complaints) {
+  return std::make_unique<SinceSource>(std::move(source), since, complaints);
 }
 
 }  // namespace tcamshow

@@ -4,8 +4,8 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
-#include <string_view>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "questions/Pairing.h"
@@ -13,29 +13,12 @@
 
 namespace tcamshow {
 
-enum class SinceMark : std::uint8_t {
-  none,
-  isNew,  ///< the baseline does not have the entry
-  reset,  ///< a counter fell: it was set back in between
-};
-/// "", "new" or "reset".
-std::string_view sinceMarkName(SinceMark mark) noexcept;
-
-/// An entry beside its partner in the baseline.
-struct SinceFacts {
-  SinceMark mark = SinceMark::none;
-  /// None where the counters are not programmed, now or in the baseline.
-  std::optional<std::uint64_t> hits;
-  /// None where bytes are not reported, now or in the baseline.
-  std::optional<std::uint64_t> bytes;
-};
-
 /// Compares entries with those of an older snapshot, the baseline. The partner of an entry has its
-/// place, id and match. A new entry and a counter that fell have moved by all that they show.
+/// place, id and match.
 ///
 ///     Since since(*baseline);                       // reads it to its end
-///     title(since.header().takenAt);
-///     SinceFacts const facts = since.of(entry);     // for each entry of the newer snapshot
+///     source = withSince(std::move(source), since, complaints);
+///     while (source->next() != Source::Item::end) use(source->entry().since);
 ///
 /// Takes about 170 bytes for each entry of the baseline, beyond its texts.
 class Since {
@@ -45,9 +28,9 @@ class Since {
   const Header& header() const noexcept { return store_.header(); }
   const std::string& fileName() const noexcept { return store_.fileName(); }
 
-  /// Ask once for each entry: an entry of the baseline is the partner of one other at most. Where
-  /// several have one place, id and match, the first that is asked about gets the first in match
-  /// order.
+  /// Ask once for each entry, in the order of its file: an entry of the baseline is the partner of
+  /// one other at most. Where several have one place, id and match, they are partners in the order
+  /// of both files.
   SinceFacts of(const Entry& entry);
 
  private:
@@ -61,9 +44,14 @@ class Since {
   const Entry* partnerOf(const Entry& entry);
 
   EntryStore store_;
-  std::vector<Item> items_;  // by hash, then in match order
+  std::vector<Item> items_;  // by hash, then by number
   std::string key_;
   Entry scratch_;
 };
+
+/// What `source` gives, each entry with what `since` says of it. It stands before any selection,
+/// which would leave out entries that have partners. `since` outlives the result.
+std::unique_ptr<Source> withSince(std::unique_ptr<Source> source, Since& since,
+                                  Complaints& complaints);
 
 }  // namespace tcamshow

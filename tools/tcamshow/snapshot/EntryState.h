@@ -3,7 +3,8 @@
 // Threads: functions of their arguments alone; safe from any thread.
 #pragma once
 
-#include <string_view>
+#include <cstdint>
+#include <optional>
 
 #include "snapshot/Snapshot.h"
 
@@ -45,6 +46,17 @@ inline bool isInstalled(const Entry& entry) noexcept {
 
 inline bool countersAreProgrammed(const Entry& entry) noexcept {
   return entry.counterStatus == statusProgrammed;
+}
+
+/// The hits that a question is about: those since the older snapshot, if there is one, or else all.
+/// None where nothing is known of them.
+inline std::optional<std::uint64_t> hitsOf(const Entry& entry) noexcept {
+  if (entry.since) return entry.since->hits;
+  return countersAreProgrammed(entry) ? std::optional(entry.hits) : std::nullopt;
+}
+/// The bytes, likewise.
+inline std::optional<std::uint64_t> bytesOf(const Entry& entry) noexcept {
+  return entry.since ? entry.since->bytes : entry.bytes;
 }
 
 }  // namespace tcamshow

@@ -53,6 +53,7 @@ std::size_t sizeOf(const Entry& entry) {
     size += 2;
     forEachPart(qualifier, [&size](auto const& part) { size += sizeof part; });
   }
+  if (entry.since) size += sizeof *entry.since;
   return size;
 }
 
@@ -150,6 +151,7 @@ void EntryStore::add(const Entry& entry) {
   stored.rangeCheckers = static_cast<std::uint8_t>(entry.rangeCheckers.size());
   stored.hasBytes = entry.bytes.has_value();
   stored.hasState = entry.givenState.has_value();
+  stored.hasSince = entry.since.has_value();
   places_[place].entries.push_back(size_);
   ++size_;
 }
@@ -172,6 +174,7 @@ const char* EntryStore::dataOf(const Entry& entry) {
     put(at, checker.low);
     put(at, checker.high);
   }
+  if (entry.since) put(at, *entry.since);
   return begin;
 }
 
@@ -246,6 +249,8 @@ const Entry& EntryStore::entry(std::uint32_t number, Entry& scratch) const {
     take(at, checker.low);
     take(at, checker.high);
   }
+  scratch.since.reset();
+  if (from.hasSince) take(at, scratch.since.emplace());
   return scratch;
 }
 

@@ -85,7 +85,7 @@ class EntryStore {
     std::uint64_t shadowId;
     std::uint64_t hits;
     std::uint64_t bytes;
-    const char* data;  // the description, then the qualifiers, then the range checkers
+    const char* data;  // description, qualifiers, range checkers, facts of an older snapshot
     std::uint32_t sequence;
     std::uint32_t priority;
     std::uint32_t featurePriority;
@@ -102,6 +102,7 @@ class EntryStore {
     std::uint8_t rangeCheckers;
     bool hasBytes;
     bool hasState;
+    bool hasSince;
   };
   static constexpr std::size_t entriesInBlock = 4096;
 

@@ -163,6 +163,11 @@ std::string_view stateName(EntryState state) noexcept {
   return stateNames[static_cast<std::size_t>(state)];
 }
 
+std::string_view sinceMarkName(SinceMark mark) noexcept {
+  constexpr std::array<std::string_view, 3> names{"", "new", "reset"};
+  return names[static_cast<std::size_t>(mark)];
+}
+
 bool stateByName(std::string_view name, EntryState& state) noexcept {
   return valueByName(stateNames, name, state);
 }

@@ -114,6 +114,22 @@ struct RangeChecker {
   std::uint8_t status = statusProgrammed;
 };
 
+enum class SinceMark : std::uint8_t {
+  none,
+  isNew,  ///< the older snapshot does not have the entry
+  reset,  ///< a counter fell: it was set back in between
+};
+
+/// How far the counters of an entry have moved since an older snapshot. A new entry and a counter
+/// that fell have moved by all that they show.
+struct SinceFacts {
+  SinceMark mark = SinceMark::none;
+  /// None where the counters are not programmed, now or then.
+  std::optional<std::uint64_t> hits;
+  /// None where bytes are not reported, now or then.
+  std::optional<std::uint64_t> bytes;
+};
+
 /// One TCAM entry. The rules for its texts are those of Header's texts. No qualifier type and no
 /// range checker type occurs twice.
 struct Entry {
@@ -136,6 +152,8 @@ struct Entry {
   std::string_view feature;
   std::vector<Qualifier> qualifiers;
   std::vector<RangeChecker> rangeCheckers;
+  /// Beside an older snapshot, if there is one: see Since. No file has it.
+  std::optional<SinceFacts> since;
 
   /// Sets everything to the defaults. The vectors keep their memory.
   void clear() {
@@ -147,6 +165,7 @@ struct Entry {
     sequence = priority = featurePriority = 0;
     counterStatus = 0;
     bytes.reset();
+    since.reset();
     givenState.reset();
     description = action = feature = reason = otherMatch = std::string_view();
   }
@@ -178,6 +197,8 @@ std::span<const RangeCheckerName> rangeCheckerList() noexcept;
 Halvo::String stageName(Stage stage);
 std::string_view tableName(Table table) noexcept;
 std::string_view stateName(EntryState state) noexcept;
+/// "", "new" or "reset".
+std::string_view sinceMarkName(SinceMark mark) noexcept;
 /// If nothing has that name, these functions return false and leave the result unchanged.
 bool stageByName(std::string_view name, Stage& stage) noexcept;
 bool tableByName(std::string_view name, Table& table) noexcept;

@@ -108,6 +108,12 @@ void printMember(std::string_view name, const std::vector<Record>& records,
   printer.objectEnd();
 }
 
+void printSince(const SinceFacts& since, Printer& printer) {
+  if (since.hits) printer.attribute("hitsSince", *since.hits);
+  if (since.bytes) printer.attribute("bytesSince", *since.bytes);
+  if (since.mark != SinceMark::none) printer.attribute("sinceMark", sinceMarkName(since.mark));
+}
+
 }  // namespace
 
 void printTableStart(Table table, Printer& printer) {
@@ -127,6 +133,7 @@ void printEntry(const Entry& entry, const VelmorTcamEntryShadow& shadow, Printer
       printMember(member.name, value, shadow, printer);
     }
   });
+  if (entry.since) printSince(*entry.since, printer);
   printer.objectEnd();
 }
 

@@ -16,7 +16,8 @@ void printTableStart(Table table, pravo::Printer& printer);
 /// The entry as one object, with the members and values of its line in a snapshot. Every member of
 /// version 1 is printed, even with its default, which a snapshot may leave out. A member of a later
 /// version is printed if it is given. The qualifiers and range checkers are those of the shadow, in
-/// ascending order of their numbers.
+/// ascending order of their numbers. Beside an older snapshot, what has been counted since comes
+/// last.
 void printEntry(const Entry& entry, const VelmorTcam::VelmorTcamEntryShadow& shadow,
                 pravo::Printer& printer);
 

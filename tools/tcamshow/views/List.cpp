@@ -125,6 +125,14 @@ void partCell(std::string& out, const Line& line) {
   appendField(out, line.match, isThere ? &part() : nullptr);
 }
 
+void appendCounter(std::string& out, std::optional<std::uint64_t> count) {
+  if (count) {
+    appendNumber(out, *count);
+  } else {
+    out += '-';
+  }
+}
+
 Colour colourOfState(const Line& line) {
   switch (stateOf(line.entry)) {
     case EntryState::failed:
@@ -208,18 +216,8 @@ constexpr std::array allColumns = std::to_array<ListColumn>({
     {"other", "OTHER", "the fields that have no column, and in quotes what no field can say", false,
      appendOthers},
     {"hits", "HITS", "the packets counted; - if the counters are not programmed", true,
-     [](std::string& out, const Line& line) {
-       if (countersAreProgrammed(line.entry)) {
-         appendNumber(out, line.entry.hits);
-       } else {
-         out += '-';
-       }
-     },
-     nullptr,
-     [](const Line& line) {
-       bool const isZero = countersAreProgrammed(line.entry) && line.entry.hits == 0;
-       return isZero ? Colour::dim : Colour::none;
-     }},
+     [](std::string& out, const Line& line) { appendCounter(out, hitsOf(line.entry)); }, nullptr,
+     [](const Line& line) { return hitsOf(line.entry) == 0U ? Colour::dim : Colour::none; }},
     {"id", "ID", "the number of its shadow", true, number<&Entry::shadowId>},
     // The others.
     {"table", "TABLE", "ip, ip6, mac or tcam", false,
@@ -228,12 +226,10 @@ constexpr std::array allColumns = std::to_array<ListColumn>({
     {"featurePriority", "FEATURE-PRIORITY", "the feature's priority", true,
      number<&Entry::featurePriority>},
     {"bytes", "BYTES", "the bytes counted; - if they are not reported", true,
+     [](std::string& out, const Line& line) { appendCounter(out, bytesOf(line.entry)); }},
+    {"since", "SINCE", "with --since: new, or reset if a counter fell", false,
      [](std::string& out, const Line& line) {
-       if (line.entry.bytes) {
-         appendNumber(out, *line.entry.bytes);
-       } else {
-         out += '-';
-       }
+       if (line.entry.since) out += sinceMarkName(line.entry.since->mark);
      }},
     {"description", "DESCRIPTION", "the entry's text", false, text<&Entry::description>},
     {"reason", "REASON", "why the entry is in its state", false, text<&Entry::reason>},
@@ -274,6 +270,14 @@ constexpr std::array allColumns = std::to_array<ListColumn>({
 std::size_t widthOf(std::string_view text) noexcept {
   return static_cast<std::size_t>(
       std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
+/// When a file's entries were so.
+void appendMoment(std::string& out, const Header& header, std::string_view fileName) {
+  out += header.takenAt.isGiven() ? header.takenAt.text : std::string_view("an unknown time");
+  out += " (";
+  appendSafeText(out, fileName);
+  out += ')';
 }
 
 /// Prints the entries of one place.
@@ -430,6 +434,12 @@ std::vector<const ListColumn*> usualListColumns() {
   return columns;
 }
 
+std::vector<const ListColumn*> usualListColumnsSince() {
+  std::vector<const ListColumn*> columns = usualListColumns();
+  columns.insert(columns.end() - 1, listColumnsFromText("since").front());
+  return columns;
+}
+
 void showListColumns(OutputBuffer& out) {
   std::size_t width = 0;
   for (const ListColumn& column : allColumns) width = std::max(width, widthOf(column.name));
@@ -443,6 +453,13 @@ void showListColumns(OutputBuffer& out) {
 }
 
 void showList(const Listing& listing, const ListOptions& options, OutputBuffer& out) {
+  if (options.baseline != nullptr) {
+    std::string heading = "hits and bytes from ";
+    appendMoment(heading, options.baseline->header(), options.baseline->fileName());
+    heading += " to ";
+    appendMoment(heading, listing.store().header(), listing.store().fileName());
+    out.write(heading += "\n\n");
+  }
   for (const ListedPlace& place : listing.places()) {
     if (&place != listing.places().data()) out.write("\n");
     PlaceList(listing.store(), place, options, out).show();
