@@ -10,6 +10,7 @@
 #include "snapshot/SnapshotReader.h"
 #include "sources/Classbench.h"
 #include "sources/Openconfig.h"
+#include "sources/Ovs.h"
 
 namespace tcamshow {
 namespace {
@@ -21,6 +22,8 @@ constexpr Format formats[] = {
      classbenchRuledOut, openClassbench, nullptr, false},
     {"openconfig", "ACL documents of OpenConfig", "an OpenConfig ACL document", openconfigRuledOut,
      openOpenconfig, nullptr, false},
+    {"ovs", "Flows of a software switch, as ovs-ofctl dump-flows prints them", "a list of flows",
+     ovsRuledOut, openOvs, nullptr, false},
 };
 
 /// What a file may be beside the formats.
