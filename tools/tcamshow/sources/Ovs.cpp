@@ -1,6 +1,7 @@
 #include "sources/Ovs.h"
 
 #include <algorithm>
+#include <array>
 #include <bitset>
 #include <cstddef>
 #include <cstdint>
@@ -30,28 +31,44 @@ std::string_view trimmed(std::string_view text) noexcept {
   return text.substr(first, text.find_last_not_of(' ') + 1 - first);
 }
 
-/// The size of the part at the front of `text`. Separators in quotes and in parentheses belong to
-/// the part.
-std::size_t partSize(std::string_view text) noexcept {
-  bool isQuoted = false;
+/// The characters at which partAtFront() stops. All others belong to the part.
+constexpr std::array<bool, 256> stops = [] {
+  std::array<bool, 256> result{};
+  for (char const c : {' ', ',', '=', '"', '(', ')'}) result[static_cast<unsigned char>(c)] = true;
+  return result;
+}();
+
+/// A part of a flow: its size, and the size of its name.
+struct PartSizes {
+  std::size_t name;
+  std::size_t all;
+};
+
+/// The part at the front of `text`. Separators in quotes and in parentheses belong to the part.
+PartSizes sizesAtFront(std::string_view text) noexcept {
+  std::size_t name = text.npos;
   std::size_t depth = 0;
   std::size_t at = 0;
   for (; at != text.size(); ++at) {
     char const c = text[at];
-    if (isQuoted) {
-      if (c == '\\' && at + 1 != text.size()) ++at;
-      isQuoted = c != '"';
+    if (!stops[static_cast<unsigned char>(c)]) continue;
+    if (c == '=') {
+      if (name == text.npos) name = at;
     } else if (c == '"') {
-      isQuoted = true;
+      // A backslash protects the character behind it.
+      for (++at; at != text.size() && text[at] != '"'; ++at) {
+        if (text[at] == '\\' && at + 1 != text.size()) ++at;
+      }
+      if (at == text.size()) break;
     } else if (c == '(') {
       ++depth;
-    } else if (c == ')' && depth != 0) {
-      --depth;
-    } else if (depth == 0 && isSeparator(c)) {
+    } else if (c == ')') {
+      if (depth != 0) --depth;
+    } else if (depth == 0) {
       break;
     }
   }
-  return at;
+  return {std::min(name, at), at};
 }
 
 bool isHeading(std::string_view line) noexcept {
@@ -113,7 +130,7 @@ class OvsSource final : public Source {
 
   std::string_view checked(std::string_view line) const {
     if (line.ends_with('\r')) line.remove_suffix(1);
-    if (!isPlain(line)) {
+    if (safeAsciiSize(line, LineBreaks::escaped) != line.size()) {
       if (line.find('\0') != line.npos) lines_.fail("the line holds a NUL byte");
       if (findControl(line) != line.npos) lines_.fail("the line holds a control character");
       if (!simdjson::validate_utf8(line.data(), line.size())) {
@@ -121,13 +138,6 @@ class OvsSource final : public Source {
       }
     }
     return trimmed(line);
-  }
-
-  /// Whether there are only printable ASCII characters.
-  static bool isPlain(std::string_view line) noexcept {
-    bool isPlain = true;
-    for (char const c : line) isPlain = isPlain & (c >= ' ') & (c != '\x7F');
-    return isPlain;
   }
 
   void readFlow(std::string_view line) {
@@ -150,9 +160,10 @@ class OvsSource final : public Source {
         hasActions = true;
         break;
       }
-      std::string_view const text = rest.substr(0, partSize(rest));
+      PartSizes const sizes = sizesAtFront(rest);
+      std::string_view const text = rest.substr(0, sizes.all);
       rest.remove_prefix(text.size());
-      OvsPart const part = ovsPart(text);
+      OvsPart const part = ovsPart(text, sizes.name);
       if (isMatch(part.field)) {
         isWhole = isWhole && (parts_.empty() || parts_.back().end() + 1 == text.begin());
         parts_.push_back(text);

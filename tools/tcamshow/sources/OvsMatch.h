@@ -1,6 +1,7 @@
 // The match of one OpenFlow flow: its text in fields, and the qualifiers made from them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -55,8 +56,8 @@ struct OvsPart {
   std::uint8_t index = 0;  ///< of the name in the list of known names
 };
 
-/// Finds out what field a part is.
-OvsPart ovsPart(std::string_view text) noexcept;
+/// Finds out what field a part is. Its name is the first `nameSize` bytes of `text`.
+OvsPart ovsPart(std::string_view text, std::size_t nameSize) noexcept;
 
 /// Reads `text` as a number of at most `largest`: decimal or, after 0x, hexadecimal. False if it is
 /// none.
