@@ -11,6 +11,7 @@
 #include "sources/Classbench.h"
 #include "sources/Openconfig.h"
 #include "sources/Ovs.h"
+#include "sources/Sonic.h"
 
 namespace tcamshow {
 namespace {
@@ -24,6 +25,8 @@ constexpr Format formats[] = {
      openOpenconfig, nullptr, false},
     {"ovs", "Flows of a software switch, as ovs-ofctl dump-flows prints them", "a list of flows",
      ovsRuledOut, openOvs, nullptr, false},
+    {"sonic", "The dumps of a SONiC switch's databases, a directory", "a SONiC bundle", nullptr,
+     nullptr, openSonic, false},
 };
 
 /// What a file may be beside the formats.

@@ -15,6 +15,30 @@ namespace {
 constexpr std::size_t padding = simdjson::SIMDJSON_PADDING;
 constexpr std::string_view space = " \t\r\n";
 
+// The text has been checked: only memory can be missing.
+void checkParsed(simdjson::error_code error) {
+  if (error == simdjson::SUCCESS) return;
+  if (error == simdjson::MEMALLOC) throw std::bad_alloc();
+  throw simdjson::simdjson_error(error);
+}
+
+/// The text of a string that begins at `from`, behind its quote: a part of the document, or of
+/// `unescaped` if it has escapes.
+std::string_view readString(const char* from, ondemand::parser& parser, std::string& unescaped) {
+  const char* end = plainEnd(from);
+  if (*end == '"') return {from, static_cast<std::size_t>(end - from)};
+  while (*end != '"') end += *end == '\\' ? 2 : 1;
+  auto const raw = static_cast<std::size_t>(end - from);
+  // The parser may write a little more than it needs.
+  unescaped.resize(raw + padding);
+  auto* out = reinterpret_cast<std::uint8_t*>(unescaped.data());
+  std::string_view text;
+  checkParsed(
+      parser.unescape(ondemand::raw_json_string(reinterpret_cast<const std::uint8_t*>(from)), out)
+          .get(text));
+  return text;
+}
+
 }  // namespace
 
 std::string JsonValue::shown() const {
@@ -60,7 +84,7 @@ void JsonValue::eachItem(const UseItem& use) {
   }
 }
 
-JsonDocument::JsonDocument(InputFile file) : file_(std::move(file)) {
+JsonDocument::JsonDocument(InputFile file, std::size_t most) : file_(std::move(file)), most_(most) {
   prepareJsonParser();
   read();
   checkSyntax();
@@ -88,7 +112,9 @@ void JsonDocument::read() {
     if (line == 0) line = 1;
     line += static_cast<std::uint64_t>(std::count(piece.begin(), piece.end(), '\n'));
     size_ += count;
-    if (size_ > largest) fail(size_, "the document is larger than 64 MiB");
+    if (size_ > most_) {
+      fail(size_, "the document is larger than " + std::to_string(most_ >> 20) + " MiB");
+    }
     if (size_ == room) {
       std::unique_ptr<char[]> larger(new char[2 * room + padding]);
       std::memcpy(larger.get(), text_.get(), size_);
@@ -117,12 +143,7 @@ void JsonDocument::fail(std::size_t at, const std::string& message) const {
   throw InputError(file_.name(), lineOf(text_.get() + at), message);
 }
 
-// The text has been checked: only memory can be missing.
-void JsonDocument::check(simdjson::error_code error) {
-  if (error == simdjson::SUCCESS) return;
-  if (error == simdjson::MEMALLOC) throw std::bad_alloc();
-  throw simdjson::simdjson_error(error);
-}
+void JsonDocument::check(simdjson::error_code error) { checkParsed(error); }
 
 std::uint64_t JsonDocument::lineOf(const char* at) const noexcept {
   return 1 +
@@ -166,24 +187,87 @@ JsonValue JsonDocument::valueOf(ondemand::value from) {
   return value;
 }
 
+void JsonDocument::eachWanted(const WantsMember& wants, const UseText& use) {
+  ondemand::object members;
+  check(document_.get_object().get(members));
+  for (auto result : members) {
+    check(result.error());
+    ondemand::field&& field = std::move(result).value_unsafe();
+    const char* const from = field.key().raw();
+    const char* const end = plainEnd(from);
+    if (!wants({from, static_cast<std::size_t>(end - from)}, *end == '"')) continue;
+    std::string_view const name = stringAt(from);
+    ondemand::value& value = field.value();
+    std::string_view text = value.raw_json_token();
+    if (text.front() == '{') {
+      ondemand::object object;
+      check(value.get_object().get(object));
+      check(object.raw_json().get(text));
+    }
+    use(name, text.substr(0, text.find_last_not_of(space) + 1));
+  }
+}
+
 std::string_view JsonDocument::stringAt(const char* from) {
-  const char* end = plainEnd(from);
-  if (*end == '"') return {from, static_cast<std::size_t>(end - from)};
-  while (*end != '"') end += *end == '\\' ? 2 : 1;
-  auto const raw = static_cast<std::size_t>(end - from);
-  // The parser may write a little more than it needs, so not at once to where it reads.
-  unescaped_.resize(raw + padding);
-  auto* out = reinterpret_cast<std::uint8_t*>(unescaped_.data());
-  std::string_view text;
-  check(
-      parser_->unescape(ondemand::raw_json_string(reinterpret_cast<const std::uint8_t*>(from)), out)
-          .get(text));
+  std::string_view const read = readString(from, *parser_, unescaped_);
+  if (read.data() == from) return read;
   // lineOf() counts the line feeds of the document.
-  if (text.find('\n') != text.npos) return keep(std::string(text));
+  if (read.find('\n') != read.npos) return keep(std::string(read));
   // No text is longer than it is written, and nobody reads it as it was written again.
   char* const place = text_.get() + (from - text_.get());
-  std::memcpy(place, text.data(), text.size());
-  return {place, text.size()};
+  std::memcpy(place, read.data(), read.size());
+  return {place, read.size()};
+}
+
+// --- fields
+
+void JsonFields::each(std::string_view text, const UseField& use) {
+  texts_.clear();
+  ondemand::document document;
+  ondemand::object object;
+  checkParsed(parser_.iterate(text.data(), text.size(), text.size() + padding).get(document));
+  checkParsed(document.get_object().get(object));
+  for (auto result : object) {
+    checkParsed(result.error());
+    ondemand::field&& member = std::move(result).value_unsafe();
+    std::string_view const name = stringAt(member.key().raw());
+    JsonField field;
+    std::string_view const token = member.value().raw_json_token();
+    field.begin = token.data();
+    field.isText = token.front() != '{' && token.front() != '[';
+    if (token.front() == '"') {
+      field.text = stringAt(token.data() + 1);
+    } else if (field.isText) {
+      field.text = token.substr(0, token.find_last_not_of(space) + 1);
+    } else if (token.front() == '[') {
+      ondemand::array items;
+      checkParsed(member.value().get_array().get(items));
+      checkParsed(items.raw_json().get(field.text));
+    }
+    use(name, field);
+  }
+}
+
+std::string_view JsonFields::objectAt(std::string_view text, std::string_view name) {
+  ondemand::document document;
+  ondemand::object object;
+  ondemand::value value;
+  checkParsed(parser_.iterate(text.data(), text.size(), text.size() + padding).get(document));
+  checkParsed(document.get_object().get(object));
+  simdjson::error_code const error = object.find_field(name).get(value);
+  if (error == simdjson::NO_SUCH_FIELD) return {};
+  checkParsed(error);
+  if (value.raw_json_token().front() != '{') return {};
+  ondemand::object found;
+  std::string_view raw;
+  checkParsed(value.get_object().get(found));
+  checkParsed(found.raw_json().get(raw));
+  return raw;
+}
+
+std::string_view JsonFields::stringAt(const char* from) {
+  std::string_view const read = readString(from, parser_, unescaped_);
+  return read.data() == from ? read : texts_.emplace_back(read);
 }
 
 }  // namespace tcamshow

@@ -52,6 +52,13 @@ class JsonValue {
   Kind kind_ = Kind::other;
 };
 
+/// The value of a member as JsonFields gives it.
+struct JsonField {
+  bool isText = false;    ///< whether it is neither an object nor an array
+  std::string_view text;  ///< a string's text; empty for an object; else the value as it is written
+  const char* begin = nullptr;
+};
+
 /// A whole document. Its syntax is checked before the first value is given: after that, only the
 /// meaning can be wrong.
 ///
@@ -64,13 +71,24 @@ class JsonDocument {
 
   /// Reads the whole file. Throws InputError, which names the line, if the text is not a JSON
   /// object, is nested deeper than `deepest` values, or is larger than `largest` bytes.
-  explicit JsonDocument(InputFile file);
+  /// `most` is the largest size in place of `largest`.
+  explicit JsonDocument(InputFile file, std::size_t most = largest);
   JsonDocument(const JsonDocument&) = delete;
   JsonDocument& operator=(const JsonDocument&) = delete;
 
   const std::string& fileName() const noexcept { return file_.name(); }
   /// The document's object. Call it once.
   JsonValue root();
+
+  /// Whether a member is wanted whose name begins with `start`. That is the whole name, or the part
+  /// before its first escape.
+  using WantsMember = std::function<bool(std::string_view start, bool isWhole)>;
+  /// `value` is the text of the member's value. It may be read with JsonFields.
+  using UseText = std::function<void(std::string_view name, std::string_view value)>;
+  /// Calls `use` for each wanted member of the document's object, and skips the others unread. Call
+  /// it once, in place of root().
+  void eachWanted(const WantsMember& wants, const UseText& use);
+
   /// The line of a place in the text, counted from 1. It is slow: only for messages.
   std::uint64_t lineOf(const char* at) const noexcept;
 
@@ -98,12 +116,32 @@ class JsonDocument {
   std::string_view stringAt(const char* from);
 
   InputFile file_;
+  std::size_t most_;
   std::unique_ptr<char[]> text_;  // the parser's padding stands behind it
   std::size_t size_ = 0;
   std::unique_ptr<ondemand::parser> parser_;
   ondemand::document document_;
   std::string unescaped_;  // the last text that had escapes, and its padding
   std::deque<std::string> kept_;
+};
+
+/// Reads the members of one object of a document at a time, also when the document was visited. It
+/// keeps its memory from one object to the next.
+class JsonFields {
+ public:
+  using UseField = std::function<void(std::string_view name, const JsonField& field)>;
+  /// Calls `use` for each member of the object whose text is `object`: a part of a document, at
+  /// its place there. Texts are valid until the next call.
+  void each(std::string_view object, const UseField& use);
+  /// The text of the member's value, if there is one with that name and it is an object.
+  std::string_view objectAt(std::string_view object, std::string_view name);
+
+ private:
+  std::string_view stringAt(const char* from);
+
+  ondemand::parser parser_;
+  std::string unescaped_;
+  std::deque<std::string> texts_;
 };
 
 }  // namespace tcamshow

@@ -13,6 +13,7 @@
 #include "io/SafeText.h"
 #include "snapshot/JsonParser.h"
 #include "snapshot/Snapshot.h"
+#include "sources/NumberText.h"
 #include "sources/OvsMatch.h"
 
 namespace tcamshow {
@@ -214,7 +215,7 @@ class OvsSource final : public Source {
 
   std::uint64_t number(const OvsPart& part, std::uint64_t largest) const {
     std::uint64_t result = 0;
-    if (!ovsNumber(part.value, largest, result)) {
+    if (!numberFromText(part.value, largest, result)) {
       lines_.fail(shownName(part.text.substr(0, part.text.find('='))) + ": " +
                   inQuotes(part.value) + " is not a number from 0 to " + std::to_string(largest));
     }
@@ -241,7 +242,7 @@ class OvsSource final : public Source {
   /// Sets the entry's place, and makes the group if the table is new.
   void placeTable() {
     std::uint64_t table = 0;
-    if (ovsNumber(tableName_, firstNamedTable - 1, table)) {
+    if (numberFromText(tableName_, firstNamedTable - 1, table)) {
       isNewTable_ = !isKnown_[table];
       isKnown_.set(table);
     } else {

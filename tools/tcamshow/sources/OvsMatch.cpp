@@ -9,6 +9,7 @@
 #include "io/SafeText.h"
 #include "match/Field.h"
 #include "snapshot/AddressText.h"
+#include "sources/NumberText.h"
 #include "sources/PortQualifiers.h"
 
 namespace tcamshow {
@@ -186,20 +187,6 @@ OvsPart ovsPart(std::string_view text, std::size_t nameSize) noexcept {
   return part;
 }
 
-bool ovsNumber(std::string_view text, std::uint64_t largest, std::uint64_t& number) noexcept {
-  int base = 10;
-  if (text.starts_with("0x")) {
-    text.remove_prefix(2);
-    base = 16;
-  }
-  std::uint64_t read = 0;
-  const char* const end = text.data() + text.size();
-  auto const [at, error] = std::from_chars(text.data(), end, read, base);
-  if (at != end || error != std::errc() || read > largest) return false;
-  number = read;
-  return true;
-}
-
 void OvsMatch::clear() noexcept {
   parts_.clear();
   seen_ = 0;
@@ -345,7 +332,7 @@ bool OvsMatch::addIp(const OvsPart& part, std::uint8_t type, Entry& entry) const
   if (slash != part.value.npos) {
     std::string_view const mask = part.value.substr(slash + 1);
     std::uint64_t length = 0;
-    if (ovsNumber(mask, 32, length)) {
+    if (numberFromText(mask, 32, length)) {
       qualifier.mask = ipMask(static_cast<unsigned>(length));
     } else {
       isGood = isGood && ipFromText(mask, qualifier.mask);
@@ -365,7 +352,7 @@ bool OvsMatch::addIp6(const OvsPart& part, std::uint8_t type, Entry& entry) cons
   if (slash != part.value.npos) {
     std::string_view const text = part.value.substr(slash + 1);
     std::uint64_t length = 0;
-    if (ovsNumber(text, 128, length)) {
+    if (numberFromText(text, 128, length)) {
       mask = ip6Mask(static_cast<unsigned>(length));
     } else {
       isGood = isGood && ip6FromText(text, mask);
@@ -454,7 +441,7 @@ void OvsMatch::fail(const OvsPart& part, std::string_view message) const {
 
 std::uint32_t OvsMatch::number(const OvsPart& part, std::uint32_t largest) const {
   std::uint64_t result = 0;
-  if (!ovsNumber(part.value, largest, result)) {
+  if (!numberFromText(part.value, largest, result)) {
     fail(part,
          ": " + inQuotes(part.value) + " is not a number from 0 to " + std::to_string(largest));
   }
@@ -465,8 +452,8 @@ OvsMatch::Masked OvsMatch::masked(const OvsPart& part, std::uint32_t largest) co
   std::size_t const slash = part.value.find('/');
   std::uint64_t value = 0;
   std::uint64_t mask = largest;
-  if (!ovsNumber(part.value.substr(0, slash), largest, value) ||
-      (slash != part.value.npos && !ovsNumber(part.value.substr(slash + 1), largest, mask))) {
+  if (!numberFromText(part.value.substr(0, slash), largest, value) ||
+      (slash != part.value.npos && !numberFromText(part.value.substr(slash + 1), largest, mask))) {
     fail(part, ": " + inQuotes(part.value) + " is not a number from 0 to " +
                    std::to_string(largest) + ", with or without a mask");
   }

@@ -59,10 +59,6 @@ struct OvsPart {
 /// Finds out what field a part is. Its name is the first `nameSize` bytes of `text`.
 OvsPart ovsPart(std::string_view text, std::size_t nameSize) noexcept;
 
-/// Reads `text` as a number of at most `largest`: decimal or, after 0x, hexadecimal. False if it is
-/// none.
-bool ovsNumber(std::string_view text, std::uint64_t largest, std::uint64_t& number) noexcept;
-
 /// Makes the match of an entry from the parts of one flow.
 class OvsMatch {
  public:
