@@ -261,26 +261,22 @@ std::string_view tableOf(const SonicRule& rule) noexcept {
 
 /// Adds the tables that only rules name.
 void SonicBundle::addMissingTables() {
-  std::size_t const known = model_.configTables.size();
-  std::string_view last;
-  std::deque<SonicConfigTable> missing;
+  // Rules are ordered by their keys, but two tables may alternate: "a|..." stands among "a!|...".
+  std::deque<std::string_view> missing;
   for (const SonicRule& rule : model_.rules) {
     std::string_view const name = tableOf(rule);
-    if (name.data() != nullptr && name == last && last.data() != nullptr) continue;
-    last = name;
-    if (configTableByName(name) != sonicNone) continue;
+    bool const isRepeated = !missing.empty() && missing.back() == name;
+    if (!isRepeated && configTableByName(name) == sonicNone) missing.push_back(name);
+  }
+  std::sort(missing.begin(), missing.end());
+  missing.erase(std::unique(missing.begin(), missing.end()), missing.end());
+  for (std::string_view const name : missing) {
     SonicConfigTable table;
     table.name = name;
-    missing.push_back(table);
+    model_.configTables.push_back(table);
   }
-  auto const byName = [](const auto& a, const auto& b) { return a.name < b.name; };
-  std::sort(missing.begin(), missing.end(), byName);
-  for (const SonicConfigTable& table : missing) {
-    if (model_.configTables.size() == known || model_.configTables.back().name != table.name) {
-      model_.configTables.push_back(table);
-    }
-  }
-  std::sort(model_.configTables.begin(), model_.configTables.end(), byName);
+  std::sort(model_.configTables.begin(), model_.configTables.end(),
+            [](const auto& a, const auto& b) { return a.name < b.name; });
 }
 
 /// Gives each rule its table, and removes the rules of control-plane tables.
@@ -380,9 +376,6 @@ void SonicBundle::readCounters(const std::string& path) {
     }
   });
   sortById(ruleCounts_);
-  std::sort(lost_.begin(), lost_.end(), [](const LostRule& a, const LostRule& b) {
-    return a.counter != b.counter ? a.counter < b.counter : a.text < b.text;
-  });
 }
 
 void SonicBundle::readRuleMap(SonicDatabase& database, std::string_view key, std::string_view row) {
@@ -398,9 +391,10 @@ void SonicBundle::readRuleMap(SonicDatabase& database, std::string_view key, std
       evidence_.counted.push_back({id, rule});
       isKnown = true;
     });
-    if (isKnown || findById(counters_, id) == counters_.end()) return;
+    auto const counter = findById(counters_, id);
+    if (isKnown || counter == counters_.end() || counter->lost != 0) return;
     checkText(database, field.begin, key, name);
-    lost_.push_back({id, texts_.add(name)});
+    counter->lost = texts_.add(name);
     // The table's name is certain if there is only one colon.
     std::size_t const colon = name.find(':');
     if (colon == name.npos || name.find(':', colon + 1) != name.npos) return;
@@ -451,11 +445,8 @@ const SonicBundle::Counts* SonicBundle::counts(const SonicEntry& entry) const no
 }
 
 std::string_view SonicBundle::lostRule(std::uint64_t counter) const noexcept {
-  auto const found = std::lower_bound(
-      lost_.begin(), lost_.end(), counter,
-      [](const LostRule& each, std::uint64_t wanted) { return each.counter < wanted; });
-  return found == lost_.end() || found->counter != counter ? std::string_view()
-                                                           : texts_[found->text];
+  auto const found = findById(counters_, counter);
+  return found == counters_.end() ? std::string_view() : texts_[found->lost];
 }
 
 // --- the state

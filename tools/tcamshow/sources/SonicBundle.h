@@ -28,6 +28,7 @@ class SonicBundle {
     std::uint64_t id = 0;  ///< of the counter, or the rule's number
     std::uint64_t packets = 0;
     std::uint64_t bytes = 0;
+    std::uint32_t lost = 0;  ///< number of the text TABLE:RULE, see lostRule(); 0: none
     bool hasPackets = false;
     bool hasBytes = false;
   };
@@ -48,10 +49,6 @@ class SonicBundle {
   void read(const SonicRule& from, Entry& entry);
 
  private:
-  struct LostRule {
-    std::uint64_t counter;
-    std::uint32_t text;
-  };
   /// A rule by a hash of TABLE:RULE.
   struct JoinedName {
     std::uint64_t hash;
@@ -89,7 +86,6 @@ class SonicBundle {
   std::string joinedText_;
   std::vector<Counts> counters_;    // by id
   std::vector<Counts> ruleCounts_;  // by rule
-  std::vector<LostRule> lost_;      // by counter
   TextPool texts_;
 };
 
