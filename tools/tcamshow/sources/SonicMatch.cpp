@@ -65,6 +65,7 @@ void SonicMatch::clear() noexcept {
   others_.clear();
   othersSize_ = 0;
   icmp_.clear();
+  nextHeader_.clear();
   ipType_.clear();
   isIpType_ = namesIp_ = namesIp6_ = false;
   otherMatch_.clear();
@@ -90,6 +91,11 @@ bool SonicMatch::add(SonicField field, const SonicValue& value) {
       return addWord(VelmorTcam::qualifierOuterVlanId, value, vlanMask);
     case SonicField::protocol:
       return addWord(VelmorTcam::qualifierIpProtocol, value, largestByte);
+    case SonicField::nextHeader:
+      if (!addWord(VelmorTcam::qualifierIpProtocol, value, largestByte)) return false;
+      nextHeader_ = assignment(value.name, value.text);
+      namesIp6_ = true;
+      return true;
     case SonicField::sourcePort:
       return addWord(VelmorTcam::qualifierL4SrcPort, value, largestPort);
     case SonicField::destinationPort:
@@ -283,7 +289,11 @@ void SonicMatch::fill(Entry& entry) {
   // that names a family is kept as text.
   bool const isContradiction = isIp && isIp6;
   entry.table = isContradiction ? Table::mac : isIp ? Table::ip : isIp6 ? Table::ip6 : Table::mac;
-  if (isContradiction && !ipType_.empty()) others_.push_back(ipType_);
+  for (const std::string* const text : {&ipType_, &nextHeader_}) {
+    if (!isContradiction || text->empty()) continue;
+    othersSize_ += text->size() + 1;
+    others_.push_back(*text);
+  }
   placeIcmp(isContradiction);
   // The fields of a row come in any order, but an entry is the same in all of them.
   std::sort(qualifiers_.begin(), qualifiers_.end(),

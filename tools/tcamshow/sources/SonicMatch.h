@@ -22,6 +22,7 @@ enum class SonicField : std::uint8_t {
   etherType,
   vlan,
   protocol,
+  nextHeader,  ///< the protocol of IPv6
   sourcePort,
   destinationPort,
   tcpFlags,
@@ -101,10 +102,11 @@ class SonicMatch {
   std::vector<std::string> others_;  // NAME=VALUE
   std::size_t othersSize_ = 0;
   std::vector<Icmp> icmp_;
-  std::string ipType_;     // NAME=VALUE of a type that says the family
+  std::string nextHeader_;  // NAME=VALUE
+  std::string ipType_;      // NAME=VALUE of a type that says the family
   bool isIpType_ = false;  // it is IPv4
   bool namesIp_ = false;   // an address of IPv4, or a field of ICMP
-  bool namesIp6_ = false;  // the same of IPv6
+  bool namesIp6_ = false;  // the same of IPv6, or its protocol
   std::string otherMatch_;
 };
 
