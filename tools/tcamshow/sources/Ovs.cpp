@@ -94,8 +94,10 @@ bool holdsActions(std::string_view line) noexcept {
 /// Such a flow matches nothing alone: it is a part of a match that several flows make.
 bool isOfConjunction(std::string_view actions) noexcept {
   constexpr std::string_view name = "conjunction(";
-  std::size_t const at = actions.find(name);
-  return at != actions.npos && (at == 0 || isSeparator(actions[at - 1]));
+  for (std::size_t at = actions.find(name); at != actions.npos; at = actions.find(name, at + 1)) {
+    if (at == 0 || isSeparator(actions[at - 1])) return true;
+  }
+  return false;
 }
 
 class OvsSource final : public Source {
@@ -148,7 +150,6 @@ class OvsSource final : public Source {
     seen_.reset();
     isNewTable_ = false;
     tableName_ = "0";
-    parts_.clear();
     bool isWhole = true;  // whether nothing stands between the parts of the match
     bool hasActions = false;
     for (std::string_view rest = line;;) {
@@ -166,8 +167,8 @@ class OvsSource final : public Source {
       rest.remove_prefix(text.size());
       OvsPart const part = ovsPart(text, sizes.name);
       if (isMatch(part.field)) {
-        isWhole = isWhole && (parts_.empty() || parts_.back().end() + 1 == text.begin());
-        parts_.push_back(text);
+        isWhole = isWhole && (match_.parts().empty() ||
+                              match_.parts().back().text.end() + 1 == text.begin());
         match_.add(part);
       } else {
         readMember(part);
@@ -224,17 +225,18 @@ class OvsSource final : public Source {
 
   /// The match as it is printed.
   void describe(bool isWhole) {
-    if (parts_.empty()) return;
+    const std::vector<OvsPart>& parts = match_.parts();
+    if (parts.empty()) return;
     if (isWhole) {
-      entry_.description = {parts_.front().data(),
-                            static_cast<std::size_t>(parts_.back().data() + parts_.back().size() -
-                                                     parts_.front().data())};
+      const char* const begin = parts.front().text.data();
+      const char* const end = parts.back().text.data() + parts.back().text.size();
+      entry_.description = {begin, static_cast<std::size_t>(end - begin)};
       return;
     }
     description_.clear();
-    for (std::string_view const part : parts_) {
+    for (const OvsPart& part : parts) {
       if (!description_.empty()) description_ += ',';
-      description_ += part;
+      description_ += part.text;
     }
     entry_.description = description_;
   }
@@ -279,7 +281,6 @@ class OvsSource final : public Source {
 
   LineReader lines_;
   OvsMatch match_;
-  std::vector<std::string_view> parts_;
   std::bitset<static_cast<std::size_t>(OvsField::protocol)> seen_;
   std::string_view tableName_;
   std::bitset<firstNamedTable> isKnown_;

@@ -21,6 +21,9 @@ constexpr std::uint32_t typeIp = 0x0800;
 constexpr std::uint32_t typeIp6 = 0x86DD;
 static_assert(typeIp == etherTypeIp && typeIp6 == etherTypeIp6);
 
+/// The switch's number for frames that have a length in place of an ether type.
+constexpr std::uint32_t noEtherType = 0x05FF;
+
 constexpr std::uint32_t vlanMask = 0xFFF;
 constexpr std::uint32_t dscpMask = 0x3F;
 /// In a tag: the bit that says that there is one.
@@ -253,6 +256,7 @@ bool OvsMatch::addQualifier(const OvsPart& part, Entry& entry) const {
     case OvsField::etherType:
       if (entry.table == Table::mac) {
         Masked const type = masked(part, 0xFFFF);
+        if (type.value == noEtherType) return false;
         addWord(VelmorTcam::qualifierEtherType, type.value, type.mask);
       }
       return true;
@@ -287,15 +291,19 @@ bool OvsMatch::addQualifier(const OvsPart& part, Entry& entry) const {
     }
     case OvsField::tos: {
       if (!isIp() && !isIp6()) return false;
-      std::uint32_t const tos = number(part, 0xFF);
-      if ((tos & 3) != 0) return false;
-      addWord(VelmorTcam::qualifierDSCP, tos >> 2, dscpMask);
+      // The low two bits are another field. Without a mask they must be 0, and are not compared.
+      Masked const tos = masked(part, 0xFF);
+      bool const isWhole = part.value.find('/') == part.value.npos;
+      if (((isWhole ? tos.value : tos.mask) & 3) != 0) return false;
+      addWord(VelmorTcam::qualifierDSCP, tos.value >> 2, tos.mask >> 2);
       return true;
     }
-    case OvsField::dscp:
+    case OvsField::dscp: {
       if (!isIp() && !isIp6()) return false;
-      addWord(VelmorTcam::qualifierDSCP, number(part, dscpMask), dscpMask);
+      Masked const dscp = masked(part, dscpMask);
+      addWord(VelmorTcam::qualifierDSCP, dscp.value, dscp.mask);
       return true;
+    }
     case OvsField::ttl: {
       Masked const ttl = masked(part, 0xFF);
       if (!isIp6()) return false;
@@ -384,7 +392,7 @@ bool OvsMatch::addVlanTci(const OvsPart& part, Entry& entry) const {
   if (knownNames[part.index].name == "vlan_vid" && part.value.find('/') == part.value.npos) {
     tag.mask = plainMask;
   }
-  if (tag.mask != plainMask || (tag.value & tagBit) == 0 || tag.value > plainMask) return false;
+  if (tag.mask != plainMask || (tag.value & tagBit) == 0) return false;
   entry.qualifiers.push_back(
       wordQualifier(VelmorTcam::qualifierOuterVlanId, tag.value & vlanMask, vlanMask));
   return true;
@@ -437,15 +445,6 @@ bool OvsMatch::hasProtocol(std::uint32_t protocol) const noexcept {
 
 void OvsMatch::fail(const OvsPart& part, std::string_view message) const {
   lines_.fail(shownName(part.text.substr(0, part.text.find('='))) + std::string(message));
-}
-
-std::uint32_t OvsMatch::number(const OvsPart& part, std::uint32_t largest) const {
-  std::uint64_t result = 0;
-  if (!numberFromText(part.value, largest, result)) {
-    fail(part,
-         ": " + inQuotes(part.value) + " is not a number from 0 to " + std::to_string(largest));
-  }
-  return static_cast<std::uint32_t>(result);
 }
 
 OvsMatch::Masked OvsMatch::masked(const OvsPart& part, std::uint32_t largest) const {

@@ -68,6 +68,8 @@ class OvsMatch {
   void clear() noexcept;
   /// Adds a part whose field isMatch(). Its texts must stay valid until fill().
   void add(const OvsPart& part);
+  /// The parts that were added.
+  const std::vector<OvsPart>& parts() const noexcept { return parts_; }
   /// Sets the table, the qualifiers and `otherMatch` of an entry that has its defaults. Throws the
   /// line's InputError if a value cannot be read. `otherMatch` is valid until the next call of
   /// clear().
@@ -84,7 +86,6 @@ class OvsMatch {
   [[noreturn]] void fail(const OvsPart& part, std::string_view message) const;
   void setEtherType(const OvsPart& part, std::uint32_t type);
   void setProtocol(const OvsPart& part, std::uint32_t protocol);
-  std::uint32_t number(const OvsPart& part, std::uint32_t largest) const;
   Masked masked(const OvsPart& part, std::uint32_t largest) const;
   Masked flags(const OvsPart& part) const;
 
