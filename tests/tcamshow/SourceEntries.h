@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <random>
 #include <string>
@@ -63,6 +64,45 @@ inline bool isIn(const Match& match, const TestPacket& packet) {
   }
   return true;
 }
+
+/// A packet of the match, the bits that are free drawn from `draw`.
+inline TestPacket packetIn(const Match& match, const std::function<Word()>& draw) {
+  TestPacket packet{};
+  for (std::size_t i = 0; i != fieldCount; ++i) {
+    packet[i] = match[static_cast<Field>(i)].picked(draw() & lowOnes(bitsOf(static_cast<Field>(i))));
+  }
+  return packet;
+}
+
+// --- the texts of fields
+
+inline std::string ipText(Word address) {
+  std::string text;
+  appendIp(text, static_cast<std::uint32_t>(address));
+  return text;
+}
+template <std::size_t size>
+std::array<std::uint8_t, size> octetsOf(Word word) {
+  std::array<std::uint8_t, size> result;
+  for (std::size_t i = size; i-- > 0; word >>= 8) result[i] = static_cast<std::uint8_t>(word);
+  return result;
+}
+inline std::string ip6Text(Word address) {
+  std::string text;
+  appendIp6(text, octetsOf<16>(address));
+  return text;
+}
+inline std::string macText(Word address) {
+  std::string text;
+  appendMac(text, octetsOf<6>(address));
+  return text;
+}
+inline std::string hexadecimal(Word value) {
+  char text[24];
+  std::snprintf(text, sizeof text, "0x%llx", static_cast<unsigned long long>(value));
+  return text;
+}
+inline std::string decimal(Word value) { return std::to_string(static_cast<std::uint64_t>(value)); }
 
 class Random {
  public:
