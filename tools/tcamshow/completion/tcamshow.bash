@@ -31,7 +31,7 @@ _tcamshow() {
     fi
   done
 
-  local words='' wants_file='' formats='snapshot classbench openconfig'
+  local words='' wants_file='' formats='snapshot classbench openconfig ovs sonic'
   if [[ -n $wants_value ]]; then
     # Classes of findings have commas between them: the last one is completed.
     local before='' classes='not-installed empty duplicate shadowed dead-but-hit redundant tie'

@@ -23,13 +23,15 @@ _tcamshow() {
     'snapshot:snapshots of either version'
     'classbench:filter sets of packet-classification research'
     'openconfig:ACL documents of OpenConfig'
+    'ovs:flows of a software switch'
+    'sonic:databases of a SONiC switch'
   )
   all=(
     '(- *)'{-h,--help}'[show the help and exit]'
     '--trace[trace what the library does, on standard error]'
   )
   tables=('--json[print JSON Lines in place of the table]')
-  from=('--from[the format of the file]:format:(snapshot classbench openconfig)')
+  from=('--from[the format of the file]:format:(snapshot classbench openconfig ovs sonic)')
   where=($from '--where[only entries of which a condition is true]:condition: ')
   select=(
     $where
