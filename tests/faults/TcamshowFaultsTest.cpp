@@ -11,11 +11,17 @@
 #include "Sink.h"
 #include "io/InputError.h"
 #include "io/OutputBuffer.h"
+#include "questions/Capacity.h"
+#include "questions/Lint.h"
+#include "questions/Measures.h"
+#include "snapshot/EntryStore.h"
 #include "snapshot/SnapshotReader.h"
 #include "snapshot/SnapshotWriter.h"
 #include "sources/Classbench.h"
 #include "sources/Openconfig.h"
+#include "views/Capacity.h"
 #include "views/Inspect.h"
+#include "views/Metrics.h"
 #include "views/Tables.h"
 #include "views/Usage.h"
 
@@ -68,7 +74,25 @@ std::vector<Path> paths() {
       {"tcamshow --json tcam", snapshot, openSnapshot, shows(Table::tcam, TableForm::jsonLines)},
       {"tcamshow usage --detail", snapshot, openSnapshot,
        [](Source& in, OutputBuffer& out) { showUsage(in, out, true); }, true},
+      {"tcamshow usage --json --detail", snapshot, openSnapshot,
+       [](Source& in, OutputBuffer& out) { showUsageJson(in, out, true); }, true},
       {"tcamshow summary", snapshot, openSnapshot, showSummary, true},
+      {"tcamshow summary --json", snapshot, openSnapshot, showSummaryJson, true},
+      {"tcamshow capacity", snapshot, openSnapshot,
+       [](Source& in, OutputBuffer& out) {
+         showCapacity(capacityOf(in, [](const Place&) { return true; }), {}, out);
+       }},
+      {"tcamshow capacity --json", snapshot, openSnapshot,
+       [](Source& in, OutputBuffer& out) {
+         showCapacityJson(capacityOf(in, [](const Place&) { return true; }), out);
+       }},
+      {"tcamshow metrics --lint --per-entry", snapshot, openSnapshot,
+       [](Source& in, OutputBuffer& out) {
+         EntryStore const store(in);
+         Complaints complaints;
+         showMetrics(measuresOf(store, {usualLintClasses, true}, complaints), {}, usualLintClasses,
+                     MetricsFormat::openmetrics, out);
+       }},
       {"tcamshow inspect", snapshot, openSnapshot, inspect, true},
       {"tcamshow inspect --types", snapshot, openSnapshot,
        [](Source&, OutputBuffer& out) { inspectTypes(out); }},

@@ -63,6 +63,7 @@ std::vector<Row> rows() {
       {{"--json", "explain", "vlan=1"}, &snapshot},
       {{"cost"}, &snapshot},
       {{"--json", "cost"}, &snapshot},
+      {{"metrics", "--per-entry"}, &snapshot},
       {{"inspect"}, &snapshot},
       {{"inspect", "--types"}, &none, false},
       {{"import", "classbench"}, &filters},

@@ -80,8 +80,9 @@ TEST(Program, EndsWithTwoWhenTheCommandLineIsWrong) {
       {{"ip", "a", "ip"}, "one argument too many: ip"},
       {{"import", "classbench", "--foo"}, "no such option: --foo"},
       {{"import", "--trase"}, R"(no such option: --trase; did you mean "--trace"?)"},
-      {{"usage", "--json"},
-       "--json goes with list, ip, ip6, mac, tcam, explain, lint, cost and diff only"},
+      {{"inspect", "--json"},
+       "--json goes with list, ip, ip6, mac, tcam, usage, summary, explain, lint, cost, diff and "
+       "capacity only"},
       {{"ip", ""}, "FILE: the name is empty; standard input is -"},
       {{"inspect", ""}, "FILE: the name is empty; standard input is -"},
       {{"import", "classbench", ""}, "FILE: the name is empty; standard input is -"},
@@ -105,10 +106,11 @@ TEST(Program, EveryCommandHelps) {
   Row const rows[] = {
       {{"list"}, true, "--columns"},   {{"ip"}, true, "FILE"},
       {{"ip6"}, true, "FILE"},         {{"mac"}, true, "FILE"},
-      {{"tcam"}, true, "FILE"},        {{"usage"}, false, "--detail"},
-      {{"summary"}, false, "FILE"},    {{"inspect"}, false, "--types"},
+      {{"tcam"}, true, "FILE"},        {{"usage"}, true, "--detail"},
+      {{"summary"}, true, "FILE"},     {{"inspect"}, false, "--types"},
       {{"explain"}, true, "PACKET"},   {{"lint"}, true, "--fail-on"},
       {{"cost"}, true, "--where"},     {{"diff"}, true, "--ignore-place"},
+      {{"capacity"}, true, "--warn"},  {{"metrics"}, false, "--per-entry"},
       {{"import"}, false, "Formats:"},
   };
   std::string const all = runTcamshow({"--help"}).out;
@@ -158,7 +160,7 @@ TEST(Program, TheExamplesOfTheHelpWork) {
     EXPECT_EQ(result.err, "");
   }
   std::filesystem::remove_all(directory);
-  EXPECT_EQ(examples, 13U);  // one for each command
+  EXPECT_EQ(examples, 15U);  // one for each command
 }
 
 // The used entries, those that can still be used, and the free ones make the group's size.
@@ -223,8 +225,8 @@ TEST(Program, TellsWhichFileCannotBeRead) {
 }
 
 TEST(Program, PrintsNothingOfAFileThatCannotBeRead) {
-  for (const char* const command :
-       {"ip", "ip6", "mac", "tcam", "usage", "summary", "inspect", "lint", "cost"}) {
+  for (const char* const command : {"ip", "ip6", "mac", "tcam", "usage", "summary", "inspect",
+                                    "lint", "cost", "capacity", "metrics"}) {
     SCOPED_TRACE(command);
     for (const char* const file : {"/nonexistent", "/"}) {
       ProcessResult const result = runTcamshow({command, file});

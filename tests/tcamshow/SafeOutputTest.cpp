@@ -91,6 +91,12 @@ TEST(SafeOutput, JsonEscapesAsJson) {
         runTcamshow({"tcam", "--json"}, {.input = snapshotWith(unsafe.text)});
     EXPECT_THAT(table.out, HasSubstr("\"description\":\"d" + unsafe.json + "\""));
     EXPECT_EQ(table.out.find(unsafe.text), std::string::npos);
+    for (const char* const command : {"capacity", "usage", "summary"}) {
+      ProcessResult const answer =
+          runTcamshow({command, "--json"}, {.input = snapshotWith(unsafe.text)});
+      EXPECT_THAT(answer.out, HasSubstr("\"name\":\"n" + unsafe.json + "\""));
+      EXPECT_EQ(answer.out.find(unsafe.text), std::string::npos);
+    }
     ProcessResult const import = runTcamshow(
         {"import", "openconfig"},
         {.input =

@@ -19,6 +19,8 @@ std::unique_ptr<Command> explainCommand();
 std::unique_ptr<Command> lintCommand();
 std::unique_ptr<Command> costCommand();
 std::unique_ptr<Command> diffCommand();
+std::unique_ptr<Command> capacityCommand();
+std::unique_ptr<Command> metricsCommand();
 std::unique_ptr<Command> importCommand();
 
 }  // namespace tcamshow

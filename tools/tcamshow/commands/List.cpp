@@ -1,9 +1,9 @@
 #include "views/List.h"
 
+#include "commands/ColourOption.h"
 #include "commands/Commands.h"
 #include "commands/SinceOption.h"
 #include "match/FieldText.h"
-#include "views/Colour.h"
 #include "views/Tables.h"
 
 namespace tcamshow {
@@ -29,7 +29,7 @@ class ListCommand final : public Command {
       throw CommandLineError("--columns: column " + std::to_string(fault.at() + 1) + ": " +
                              fault.what());
     }
-    options.isColoured = isColoured(when(), run.out.descriptor());
+    options.isColoured = colour_.isColoured(run.out);
     Selection const selection = selection_.read();
     auto source = since_.open(file_, run.complaints);
     if (selection_.isCount()) {
@@ -49,25 +49,18 @@ class ListCommand final : public Command {
 
  private:
   void declareOptions(Options& options) override {
-    static constexpr std::string_view whens[] = {"auto", "always", "never"};
     selection_.declareAll(options);
     since_.declare(options);
     options.text("--columns", columns_, "NAME,...",
                  "These columns, in this order; help lists their names");
-    options.choice("--color", color_, whens, "Whether to colour the text; auto: on a terminal");
+    colour_.declare(options);
     file_.declare(options);
-  }
-
-  ColourWhen when() const {
-    return color_ == "always"  ? ColourWhen::always
-           : color_ == "never" ? ColourWhen::never
-                               : ColourWhen::automatic;
   }
 
   SelectionOptions selection_;
   SinceOption since_;
   std::optional<std::string> columns_;
-  std::string color_ = "auto";
+  ColourOption colour_;
   SourceFile file_;
 };
 

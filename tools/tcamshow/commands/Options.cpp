@@ -81,7 +81,8 @@ void Options::number(const std::string& name, std::uint64_t& value, const std::s
       });
 }
 
-void Options::percent(const std::string& name, double& value, const std::string& help) {
+void Options::percent(const std::string& name, std::optional<double>& value,
+                      const std::string& help) {
   auto const read = [&value](const std::string& word) {
     double number = 0;
     if (!isNumber(word, number) || !(number >= 0 && number <= 100)) return false;

@@ -45,7 +45,7 @@ class Options {
               const std::string& help,
               std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
   /// An option with a number of percent, 0 to 100, perhaps with a fraction.
-  void percent(const std::string& name, double& value, const std::string& help);
+  void percent(const std::string& name, std::optional<double>& value, const std::string& help);
 
   /// An argument that the command line must have.
   void argument(const std::string& name, std::string& value, const std::string& help);

@@ -9,8 +9,12 @@ class SummaryCommand final : public ViewCommand {
   SummaryCommand()
       : ViewCommand("summary", "The groups by name, each with its features", "summary acl.jsonl") {}
 
+  bool hasJson() const noexcept override { return true; }
+
  private:
-  void show(Source& source, const Run& run) override { showSummary(source, run.out); }
+  void show(Source& source, const Run& run) override {
+    (run.options.json ? showSummaryJson : showSummary)(source, run.out);
+  }
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 # The options that are followed by a value.
 _tcamshow_valued='--from --where --sort --limit --columns --color --since --fail-on --only --with --by'
+_tcamshow_valued+=' --warn --fail --format'
 
 _tcamshow() {
   local word command='' format='' file='' second='' packet='' dashes='' wants_value=''
@@ -40,6 +41,7 @@ _tcamshow() {
       --from) words=$formats ;;
       --color) words='auto always never' ;;
       --by) words='match id' ;;
+      --format) words='openmetrics prometheus' ;;
       --fail-on) words="$classes any" ;;
       --only) words=$classes ;;
       --with) words='redundant never-hit' ;;
@@ -53,13 +55,17 @@ _tcamshow() {
     return 0
   fi
   case $command in
-    '') words='list ip ip6 mac tcam usage summary inspect explain lint cost diff import' ;;
+    '')
+      words='list ip ip6 mac tcam usage summary inspect explain lint cost diff capacity metrics'
+      words+=' import'
+      ;;
     import)
       # One word alone is a format or a file; files come once a letter is there.
       [[ -z $format ]] && words=$formats
       [[ -z $format && -z $current ]] || wants_file=1
       ;;
-    list | ip | ip6 | mac | tcam | usage | summary | inspect | lint | cost | diff) wants_file=1 ;;
+    list | ip | ip6 | mac | tcam | usage | summary | inspect | lint | cost | diff | capacity | \
+      metrics) wants_file=1 ;;
     explain)
       # The packet, then a file.
       [[ -z $packet ]] || wants_file=1
@@ -75,12 +81,14 @@ _tcamshow() {
       '') words+=' --json --version' ;;
       list) words+=' --json --where --sort --limit --count --since --columns --color --from' ;;
       ip | ip6 | mac | tcam) words+=' --json --where --sort --limit --count --since --from' ;;
-      usage) words+=' --detail --where --from' ;;
-      summary) words+=' --where --from' ;;
+      usage) words+=' --json --detail --where --from' ;;
+      summary) words+=' --json --where --from' ;;
       inspect) words+=' --types --where --from' ;;
       explain | cost) words+=' --json --where --from' ;;
       lint) words+=' --json --fail-on --only --with --where --from' ;;
       diff) words+=' --json --by --ignore-place --from' ;;
+      capacity) words+=' --json --warn --fail --where --color --from' ;;
+      metrics) words+=' --format --per-entry --lint --from' ;;
     esac
     # A file called "-" is standard input.
     [[ -z $wants_file || $current != - ]] || words+=' -'

@@ -3,7 +3,7 @@
 
 _tcamshow() {
   local curcontext=$curcontext state line
-  local -a commands formats all tables from where select list classes places
+  local -a commands formats all tables from where select list colour classes places
   commands=(
     'list:every entry in match order, with all that it matches on'
     'ip:the IPv4 table'
@@ -17,6 +17,8 @@ _tcamshow() {
     'lint:entries that can never be hit, or disagree'
     'cost:what ranges of ports and lengths cost'
     'diff:what differs between two snapshots'
+    'capacity:how full each copy of a group is'
+    'metrics:the numbers for a metrics system'
     'import:write a snapshot made from another format'
   )
   formats=(
@@ -40,11 +42,8 @@ _tcamshow() {
     '--count[print their number alone]'
     '--since[show hits and bytes since an older file]:baseline:_files'
   )
-  list=(
-    $select
-    '--columns[show these columns]:columns: '
-    '--color[colour the text]:when:(auto always never)'
-  )
+  colour=('--color[colour the text]:when:(auto always never)')
+  list=($select '--columns[show these columns]:columns: ' $colour)
   classes=(not-installed empty duplicate shadowed dead-but-hit redundant tie never-hit unknown)
   places=($from '--where[only places of which a condition is true]:condition: ')
 
@@ -58,9 +57,10 @@ _tcamshow() {
         list) _arguments $all $tables $list '1:file:_files' ;;
         ip | ip6 | mac | tcam) _arguments $all $tables $select '1:file:_files' ;;
         usage)
-          _arguments $all $where '--detail[show the entries of each feature too]' '1:file:_files'
+          _arguments $all $tables $where '--detail[show the entries of each feature too]' \
+            '1:file:_files'
           ;;
-        summary) _arguments $all $where '1:file:_files' ;;
+        summary) _arguments $all $tables $where '1:file:_files' ;;
         inspect)
           _arguments $all $where "--types[show the library's types; read no file]" '1:file:_files'
           ;;
@@ -77,6 +77,16 @@ _tcamshow() {
           _arguments $all $tables '--by[what the same entry has in both]:what:(match id)' \
             '--ignore-place[take stage and group name for the place]' $from \
             '1:file:_files' '2:file:_files'
+          ;;
+        capacity)
+          _arguments $all $tables $places $colour \
+            '--warn[the percent from which on a copy is yellow]:percent: ' \
+            '--fail[the percent from which on the exit status is 3]:percent: ' '1:file:_files'
+          ;;
+        metrics)
+          _arguments $all $from '--format[the text format]:format:(openmetrics prometheus)' \
+            '--per-entry[the counters of each entry too]' \
+            '--lint[the number of findings of lint too]' '1:file:_files'
           ;;
         import)
           _arguments -C $all '1: :->format' '2:file:_files' && return 0

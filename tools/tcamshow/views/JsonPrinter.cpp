@@ -24,6 +24,11 @@ void JsonPrinter::printBool(std::string_view name, bool value) {
   line_ += value ? "true" : "false";
 }
 
+void JsonPrinter::decimal(std::string_view name, std::string_view digits) {
+  item(name);
+  line_ += digits;
+}
+
 void JsonPrinter::begin(std::string_view name, char bracket) {
   item(name);
   line_ += bracket;

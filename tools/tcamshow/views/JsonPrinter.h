@@ -25,6 +25,8 @@ class JsonPrinter : public pravo::Printer {
   void objectEnd() override { end('}'); }
   void arrayBegin(std::string_view name = {}) override { begin(name, '['); }
   void arrayEnd() override { end(']'); }
+  /// A number that is not an integer. `digits` is its JSON text.
+  void decimal(std::string_view name, std::string_view digits);
 
  private:
   void printText(std::string_view name, std::string_view text) override;

@@ -16,6 +16,7 @@
 #include "views/JsonPrinter.h"
 #include "views/MatchText.h"
 #include "views/TextOutput.h"
+#include "views/TextTable.h"
 
 namespace tcamshow {
 
@@ -266,12 +267,6 @@ constexpr std::array allColumns = std::to_array<ListColumn>({
      [](std::string& out, const Line& line) { appendSafeText(out, line.groupName); }},
 });
 
-/// The columns on the screen: every byte that does not go on with a character begins one.
-std::size_t widthOf(std::string_view text) noexcept {
-  return static_cast<std::size_t>(
-      std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
-}
-
 /// When a file's entries were so.
 void appendMoment(std::string& out, const Header& header, std::string_view fileName) {
   out += header.takenAt.isGiven() ? header.takenAt.text : std::string_view("an unknown time");
@@ -291,11 +286,11 @@ class PlaceList {
     showHeading();
     if (numbers_.empty()) return;
     for (const ListColumn* const column : options_.columns) {
-      widths_.push_back(widthOf(column->heading));
+      widths_.push_back(textWidth(column->heading));
     }
     forEachLine([this](const Line& line) {
       for (std::size_t i = 0; i < widths_.size(); ++i) {
-        widths_[i] = std::max(widths_[i], widthOf(cellOf(*options_.columns[i], line)));
+        widths_[i] = std::max(widths_[i], textWidth(cellOf(*options_.columns[i], line)));
       }
     });
     for (std::size_t i = 0; i < widths_.size(); ++i) {
@@ -373,7 +368,7 @@ class PlaceList {
     if (width == 0) return;
     if (!isFirst_) owed_ += 2;
     isFirst_ = false;
-    std::size_t const blanks = width - widthOf(cell);
+    std::size_t const blanks = width - textWidth(cell);
     if (column.isNumber) owed_ += blanks;
     if (!cell.empty()) {
       line_.append(owed_, ' ');
@@ -442,7 +437,7 @@ std::vector<const ListColumn*> usualListColumnsSince() {
 
 void showListColumns(OutputBuffer& out) {
   std::size_t width = 0;
-  for (const ListColumn& column : allColumns) width = std::max(width, widthOf(column.name));
+  for (const ListColumn& column : allColumns) width = std::max(width, textWidth(column.name));
   for (std::size_t i = 0; i < allColumns.size(); ++i) {
     std::string line(allColumns[i].name);
     line.append(width + 2 - line.size(), ' ');

@@ -39,8 +39,8 @@ void showUsage(Source& source, OutputBuffer& output, bool detail) {
     for (auto const& [pipeId, pipe] : stage->pipeInfo()) {
       Halvo::String pipeName;
       if (usage.numPipes() > 1) pipeName = Zel::_fmt(strings::pipeHeaderFmt, pipeId);
-      forEachCopy(*pipe, [&](std::uint32_t groupId, const Usage::Copy& copy) {
-        showGroup(groupId, pipeName, copy, out);
+      forEachCopy(*pipe, {}, [&](const Place& place, const Usage::Copy& copy) {
+        showGroup(place.groupId, pipeName, copy, out);
         forEachFeature(copy, [&](const VelmorTcam::CliShowTcamUsageFeatureInfo& feature) {
           out.write(
               format->formatRequestHeader(feature.cliFeatureName(), feature.usedEntries()).view());

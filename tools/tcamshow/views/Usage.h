@@ -13,4 +13,9 @@ void showUsage(Source& source, OutputBuffer& out, bool detail);
 /// Prints the groups of `source`, ordered by name, each with its features.
 void showSummary(Source& source, OutputBuffer& out);
 
+/// The same in the same order as JSON Lines, one object for each copy or each name of a group. A
+/// number that is not reported is left out.
+void showUsageJson(Source& source, OutputBuffer& out, bool detail);
+void showSummaryJson(Source& source, OutputBuffer& out);
+
 }  // namespace tcamshow

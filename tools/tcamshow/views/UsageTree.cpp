@@ -156,7 +156,7 @@ Usage::Usage(Source& source) : numPipes_(source.header().numPipes) {
         Copy& copy = filler.copyAt(line.place);
         copy.availableEntriesIs(line.availableEntries.value_or(0));
         copy.freeEntriesIs(line.freeEntries.value_or(0));
-        groupNames_.emplace(&copy, line.name);
+        groups_.insert({&copy, {line.name, reportedBy(line)}});
         break;
       }
       case Source::Item::entry:
@@ -167,8 +167,13 @@ Usage::Usage(Source& source) : numPipes_(source.header().numPipes) {
 }
 
 std::string_view Usage::groupName(const Copy& copy) const {
-  auto const named = groupNames_.find(&copy);
-  return named == groupNames_.end() ? std::string_view() : named->second.view();
+  auto const group = groups_.find(&copy);
+  return group == groups_.end() ? std::string_view() : group->second.name.view();
+}
+
+ReportedEntries Usage::reported(const Copy& copy) const {
+  auto const group = groups_.find(&copy);
+  return group == groups_.end() ? ReportedEntries() : group->second.reported;
 }
 
 std::vector<Halvo::Ptr<CliShowTcamUsageStageInfo>> stagesInOrder(
@@ -189,7 +194,7 @@ class SummaryFiller {
 
   void pipePass(const CliShowTcamUsagePipeInfo& pipe) {
     std::vector<CliShowTcamSummaryGroupName*> met;
-    forEachCopy(pipe, [&](std::uint32_t, const Usage::Copy& copy) {
+    forEachCopy(pipe, {}, [&](const Place&, const Usage::Copy& copy) {
       auto const group = summary_.tcamSummaryIs(Halvo::String(usage_.groupName(copy)));
       if (!group->pipeFinished()) met.push_back(group.get());
       placeAdd(*group, copy);

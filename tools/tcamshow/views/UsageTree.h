@@ -9,12 +9,13 @@
 #include "Halvo/Ptr.h"
 #include "Halvo/String.h"
 #include "VelmorTcamManagerBase/VelmorTcamCliTypes.h"
+#include "questions/Capacity.h"
 #include "snapshot/Source.h"
 
 namespace tcamshow {
 
 /// The usage tree of groups and entries. It also has the data without a place in the tree: the
-/// names of groups, and the number of pipes.
+/// names of groups, which of their numbers are reported, and the number of pipes.
 ///
 /// Invariant: the used entries of a copy or a feature are the number of entries below it. A bucket
 /// has one feature of each name. Of equal entries only the first is kept.
@@ -29,25 +30,36 @@ class Usage {
   std::uint8_t numPipes() const noexcept { return numPipes_; }
   /// The name of a copy's group; empty if it has none.
   std::string_view groupName(const Copy& copy) const;
+  /// The numbers of a copy's group line; none are reported if it has no such line.
+  ReportedEntries reported(const Copy& copy) const;
 
  private:
   Halvo::Ptr<VelmorTcam::CliShowTcamUsageChipInfo> chip_ =
       Halvo::makePtr<VelmorTcam::CliShowTcamUsageChipInfo>();
   std::uint8_t numPipes_ = 1;
-  std::unordered_map<const Copy*, Halvo::String> groupNames_;
+  struct GroupFacts {
+    Halvo::String name;
+    ReportedEntries reported;
+  };
+  std::unordered_map<const Copy*, GroupFacts> groups_;
 };
 
 /// The chip's stages, in ascending order of their numbers.
 std::vector<Halvo::Ptr<VelmorTcam::CliShowTcamUsageStageInfo>> stagesInOrder(
     const VelmorTcam::CliShowTcamUsageChipInfo& chip);
 
-/// Calls `visit(groupId, copy)` for each copy of a pipe's groups, ordered by group priority, group
-/// id and copy id.
+/// Calls `visit(place, copy)` for each copy of a pipe's groups, ordered by group priority, group id
+/// and copy id. `place` has the stage and the pipe.
 template <class Visit>
-void forEachCopy(const VelmorTcam::CliShowTcamUsagePipeInfo& pipe, Visit visit) {
+void forEachCopy(const VelmorTcam::CliShowTcamUsagePipeInfo& pipe, Place place, Visit visit) {
   for (auto const& [groupPriority, bucket] : pipe.groupPrioBucket()) {
+    place.groupPriority = groupPriority;
     for (auto const& [groupId, group] : bucket->groupInfo()) {
-      for (auto const& [copyId, copy] : group->groupPerCopyInfo()) visit(groupId, *copy);
+      place.groupId = groupId;
+      for (auto const& [copyId, copy] : group->groupPerCopyInfo()) {
+        place.copyId = copyId;
+        visit(place, *copy);
+      }
     }
   }
 }
