@@ -29,7 +29,7 @@ foreach(library VelmorPlatform VelmorTcamCliHelper)
   endif()
 endforeach()
 expect_equal("tool" "${tool}"
-  "${BIN}/tcamshow;share/bash-completion/completions/tcamshow;share/doc/tcamshow/examples/acl.jsonl;share/doc/tcamshow/examples/snapshot/from-csv.py;share/doc/tcamshow/examples/snapshot/from-json.jq;share/doc/tcamshow/examples/snapshot/rules.csv;share/doc/tcamshow/examples/snapshot/rules.json;share/doc/tcamshow/tcamshow.md;share/man/man1/tcamshow.1;share/zsh/site-functions/_tcamshow")
+  "${BIN}/tcamshow;share/bash-completion/completions/tcamshow;share/doc/tcamshow/examples/acl.jsonl;share/doc/tcamshow/examples/fleet/collect;share/doc/tcamshow/examples/fleet/dashboard.promql;share/doc/tcamshow/examples/fleet/fleet.sql;share/doc/tcamshow/examples/fleet/load-duckdb.sql;share/doc/tcamshow/examples/fleet/load-sqlite.sql;share/doc/tcamshow/examples/fleet/tcam.rules.yml;share/doc/tcamshow/examples/fleet/tcamshow-metrics;share/doc/tcamshow/examples/fleet/tcamshow-metrics.service;share/doc/tcamshow/examples/fleet/tcamshow-metrics.timer;share/doc/tcamshow/examples/leaf1.jsonl;share/doc/tcamshow/examples/questions/today.jsonl;share/doc/tcamshow/examples/questions/yesterday.jsonl;share/doc/tcamshow/examples/snapshot/from-csv.py;share/doc/tcamshow/examples/snapshot/from-json.jq;share/doc/tcamshow/examples/snapshot/rules.csv;share/doc/tcamshow/examples/snapshot/rules.json;share/doc/tcamshow/fleet.md;share/doc/tcamshow/questions.md;share/doc/tcamshow/tcamshow.md;share/man/man1/tcamshow.1;share/zsh/site-functions/_tcamshow")
 foreach(file ${LIB}/libVelmorPlatform.so ${LIB}/libVelmorTcamCliHelper.so
     ${LIB}/pkgconfig/velmor-platform.pc ${LIB}/pkgconfig/velmor-tcam-cli-helper.pc
     ${LIB}/cmake/VelmorTcamCliHelper/VelmorTcamCliHelperConfig.cmake

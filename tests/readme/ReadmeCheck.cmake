@@ -13,9 +13,13 @@ function(expect_block what text)
   expect_block_in(readme "${what}" "${text}")
 endfunction()
 
-execute_process(COMMAND ${TCAMSHOW} list examples/acl.jsonl WORKING_DIRECTORY ${SOURCE}
-  OUTPUT_VARIABLE table COMMAND_ERROR_IS_FATAL ANY)
-expect_block("the demo" "\n$ tcamshow list examples/acl.jsonl\n${table}")
+foreach(command "list --where 'name = acl-ipv4-in' examples/leaf1.jsonl"
+    "capacity examples/leaf1.jsonl" "lint examples/leaf1.jsonl"
+    "explain 'tcp src=10.66.1.2 sport=40000 dst=192.0.2.80 dport=443' examples/leaf1.jsonl")
+  execute_process(COMMAND sh -c "\"$0\" ${command}" ${TCAMSHOW} WORKING_DIRECTORY ${SOURCE}
+    OUTPUT_VARIABLE table COMMAND_ERROR_IS_FATAL ANY)
+  expect_block("${command}" "\n$ tcamshow ${command}\n${table}")
+endforeach()
 execute_process(COMMAND sh -c "\"$0\" ip examples/acl.jsonl | head -n 6" ${TCAMSHOW}
   WORKING_DIRECTORY ${SOURCE} OUTPUT_VARIABLE table COMMAND_ERROR_IS_FATAL ANY)
 expect_block("the table" "\n$ tcamshow ip examples/acl.jsonl | head -n 6\n${table}")
@@ -35,11 +39,24 @@ foreach(command "ip6 examples/acl.jsonl | head -n 6" "mac examples/acl.jsonl"
     "list --where 'dport overlaps 80-443 and hits > 0' --sort -hits --limit 3 examples/acl.jsonl"
     "list --since examples/questions/yesterday.jsonl --where 'hits > 0' --columns id,action,hits,since examples/questions/today.jsonl"
     "explain 'tcp dst=192.0.2.80 dport=443' examples/acl.jsonl"
-    "cost --where 'group = 1' examples/acl.jsonl")
+    "cost --where 'group = 1' examples/acl.jsonl" "capacity examples/leaf1.jsonl"
+    "metrics examples/leaf1.jsonl | grep -A 4 total")
   execute_process(COMMAND sh -c "\"$0\" ${command}" ${TCAMSHOW} WORKING_DIRECTORY ${SOURCE}
     OUTPUT_VARIABLE table ERROR_QUIET COMMAND_ERROR_IS_FATAL ANY)
   expect_block_in(manual "${command}" "\n$ tcamshow ${command}\n${table}")
 endforeach()
+
+# The picture of the terminal is drawn from what the program prints.
+find_program(PYTHON3 python3)
+if(PYTHON3)
+  execute_process(COMMAND ${PYTHON3} ${SOURCE}/scripts/picture ${TCAMSHOW} ${BINARY}/terminal.svg
+    COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${CMAKE_COMMAND} -E compare_files ${BINARY}/terminal.svg
+    ${SOURCE}/docs/images/terminal.svg RESULT_VARIABLE differs)
+  if(differs)
+    message(SEND_ERROR "docs/images/terminal.svg is not what scripts/picture draws")
+  endif()
+endif()
 
 # Every file that a document links to exists.
 file(GLOB documents ${SOURCE}/README.md ${SOURCE}/docs/*.md)
