@@ -12,15 +12,21 @@
 #include "io/InputError.h"
 #include "io/OutputBuffer.h"
 #include "questions/Capacity.h"
+#include "questions/Diff.h"
 #include "questions/Lint.h"
+#include "questions/Listing.h"
 #include "questions/Measures.h"
 #include "snapshot/EntryStore.h"
 #include "snapshot/SnapshotReader.h"
 #include "snapshot/SnapshotWriter.h"
+#include "snapshot/StoreSource.h"
 #include "sources/Classbench.h"
 #include "sources/Openconfig.h"
 #include "views/Capacity.h"
+#include "views/Diff.h"
 #include "views/Inspect.h"
+#include "views/Lint.h"
+#include "views/List.h"
 #include "views/Metrics.h"
 #include "views/Tables.h"
 #include "views/Usage.h"
@@ -36,6 +42,7 @@ constexpr const char* snapshot =
 {"type":"entry","table":"ip6","shadowId":2,"groupId":3,"feature":"a feature whose name is longer than what a string keeps in place","description":"tab: escaped \u00e9","qualifiers":{"qualifierSrcIp6":{"value":"2001:db8::1","mask":"ffff:ffff::"},"qualifierIp6HopLimit":{"value":64,"mask":255}}}
 {"type":"entry","table":"mac","shadowId":3,"groupId":4,"pipe":1,"feature":"l2","hits":340,"counterStatus":7,"qualifiers":{"qualifierSrcMac":{"value":"00:00:5e:00:53:00","mask":"ff:ff:ff:ff:ff:00"},"qualifierEtherType":{"value":2054,"mask":65535}}}
 {"type":"entry","table":"tcam","shadowId":4,"sequence":4294967295,"stage":"egress","feature":"copp"}
+{"type":"entry","table":"ip","shadowId":5,"groupId":3,"action":"deny","qualifiers":{"qualifierSrcIp":{"value":"10.0.0.1","mask":"255.0.0.0"},"qualifierIpProtocol":{"value":6,"mask":255}}}
 )";
 
 constexpr const char* filters =
@@ -92,6 +99,35 @@ std::vector<Path> paths() {
          Complaints complaints;
          showMetrics(measuresOf(store, {usualLintClasses, true}, complaints), {}, usualLintClasses,
                      MetricsFormat::openmetrics, out);
+       }},
+      {"tcamshow list", snapshot, openSnapshot,
+       [](Source& in, OutputBuffer& out) {
+         EntryStore const store(in);
+         Complaints complaints;
+         showList(Listing(storeSource(store, complaints), {}, complaints), {.isColoured = true},
+                  out);
+       }},
+      {"tcamshow lint --with redundant", snapshot, openSnapshot,
+       [](Source& in, OutputBuffer& out) {
+         EntryStore const store(in);
+         LintView view(out, false);
+         for (const PlaceInfo& place : store.places()) {
+           view.show(store, place, lintOf(store, place, allLintClasses), allLintClasses);
+         }
+       }},
+      {"tcamshow diff", snapshot, openSnapshot,
+       [](Source& in, OutputBuffer& out) {
+         EntryStore const a(in);
+         Complaints complaints;
+         EntryStore const b(*storeSource(a, complaints));
+         DiffView view(out, PlaceBy::place, true);
+         DiffCounts counts;
+         for (const CommonPlace& place : commonPlaces(a, b, PlaceBy::place)) {
+           view.placeIs(place);
+           diffPlace(a, b, place, PairBy::match, counts,
+                     [&view](const Difference& difference) { view.show(difference); });
+         }
+         view.showCounts(counts);
        }},
       {"tcamshow inspect", snapshot, openSnapshot, inspect, true},
       {"tcamshow inspect --types", snapshot, openSnapshot,

@@ -174,7 +174,8 @@ TEST(JsonTable, IsOfTheTablesAlone) {
     EXPECT_EQ(result.out, "");
     EXPECT_EQ(
         result.err,
-        "tcamshow: --json goes with list, ip, ip6, mac, tcam, explain, lint, cost and diff only\n"
+        "tcamshow: --json goes with list, ip, ip6, mac, tcam, usage, summary, explain, lint, cost, diff "
+        "and capacity only\n"
         "Try 'tcamshow --help'.\n");
   }
   EXPECT_EQ(runTcamshow({"--json"}).status, 2);

@@ -77,7 +77,7 @@ std::string_view TextPool::kept(std::string_view text) {
   if (text.empty()) return {};
   if (text.size() > left_) {
     std::size_t const size = std::max(textBlock, text.size());
-    blocks_.emplace_back(new char[size]);
+    blocks_.push_back(std::make_unique_for_overwrite<char[]>(size));
     left_ = size;
   }
   // From the end of the block to its beginning.
@@ -129,7 +129,9 @@ void EntryStore::add(const Group& group) {
 void EntryStore::add(const Entry& entry) {
   if (size_ == 0xFFFFFFFF) throw std::length_error("over 4294967295 entries");
   std::uint32_t const place = placeNumber(entry.place);
-  if (size_ % entriesInBlock == 0) blocks_.emplace_back(new Stored[entriesInBlock]);
+  if (size_ % entriesInBlock == 0) {
+    blocks_.push_back(std::make_unique_for_overwrite<Stored[]>(entriesInBlock));
+  }
   Stored& stored = blocks_.back()[size_ % entriesInBlock];
   stored.shadowId = entry.shadowId;
   stored.hits = entry.hits;
@@ -181,7 +183,7 @@ const char* EntryStore::dataOf(const Entry& entry) {
 char* EntryStore::dataRoom(std::size_t size) {
   if (size > dataLeft_) {
     dataLeft_ = std::max(dataBlock, size);
-    data_.emplace_back(new char[dataLeft_]);
+    data_.push_back(std::make_unique_for_overwrite<char[]>(dataLeft_));
     dataAt_ = data_.back().get();
   }
   char* const room = dataAt_;

@@ -1,8 +1,12 @@
 #include "sources/SonicDatabase.h"
 
+#include <dirent.h>
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
-#include <filesystem>
+#include <memory>
 #include <system_error>
 
 #include "io/Complaints.h"
@@ -11,8 +15,6 @@
 
 namespace tcamshow {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr std::string_view names[] = {"ASIC_DB", "CONFIG_DB", "COUNTERS_DB", "STATE_DB"};
 
@@ -64,6 +66,20 @@ std::size_t databaseOfFile(const std::string& fileName) {
                                   std::begin(names));
 }
 
+struct CloseDirectory {
+  void operator()(DIR* directory) const noexcept { ::closedir(directory); }
+};
+
+[[noreturn]] void failToRead(const std::string& path) {
+  throw InputError(path, 0, "cannot read the directory: " + std::generic_category().message(errno));
+}
+
+std::string inDirectory(const std::string& path, std::string_view name) {
+  std::string file = path;
+  if (!file.ends_with('/')) file += '/';
+  return file += name;
+}
+
 }  // namespace
 
 std::string_view databaseName(SonicDatabaseKind kind) noexcept {
@@ -71,26 +87,34 @@ std::string_view databaseName(SonicDatabaseKind kind) noexcept {
 }
 
 SonicDirectory::SonicDirectory(const std::string& path) {
-  std::error_code error;
-  fs::directory_iterator files(path, error);
-  for (; !error && files != fs::directory_iterator(); files.increment(error)) {
-    std::string const name = files->path().filename().string();
+  // std::filesystem ends the process where it lacks memory for a directory.
+  std::unique_ptr<DIR, CloseDirectory> const directory(::opendir(path.c_str()));
+  if (directory == nullptr) failToRead(path);
+  std::string found[std::size(names)];
+  for (;;) {
+    errno = 0;
+    const dirent* const each = ::readdir(directory.get());
+    if (each == nullptr) break;
+    std::string const name = each->d_name;
     std::size_t const database = databaseOfFile(name);
     if (database == std::size(names)) continue;
-    std::optional<std::string>& file = files_[database];
-    if (file) {
+    std::string& other = found[database];
+    if (!other.empty()) {
       // The order in a directory is by chance.
-      std::string const other = fs::path(*file).filename().string();
       throw InputError(path, 0,
                        "both " + shownName(std::min(name, other)) + " and " +
                            shownName(std::max(name, other)) + " are there: which one is meant?");
     }
-    file = files->path().string();
+    other = name;
+    files_[database] = inDirectory(path, name);
   }
-  if (error) throw InputError(path, 0, "cannot read the directory: " + error.message());
+  if (errno != 0) failToRead(path);
   if (fileOf(SonicDatabaseKind::asic)) return;
   std::string message = "the directory holds no ASIC_DB.json, so it is no SONiC bundle";
-  if (fs::exists(fs::path(path) / "dump", error)) message += "; an archive has it in dump";
+  struct stat dump {};
+  if (::stat(inDirectory(path, "dump").c_str(), &dump) == 0) {
+    message += "; an archive has it in dump";
+  }
   throw InputError(path, 0, message);
 }
 
