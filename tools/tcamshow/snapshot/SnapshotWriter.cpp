@@ -1,5 +1,6 @@
 #include "snapshot/SnapshotWriter.h"
 
+#include <algorithm>
 #include <concepts>
 #include <optional>
 #include <string_view>
@@ -41,10 +42,16 @@ void appendValue(std::string& out, const std::optional<Value>& value) {
 /// Appends a member of which nothing is left out.
 template <class Append>
 void appendNamed(std::string& out, std::string_view name, const Append& append) {
-  if (out.back() != '{') out += ',';
-  out += '"';
-  out += name;
-  out += "\":";
+  bool const isFirst = out.back() == '{';
+  // One step in place of four: most of a snapshot is names.
+  std::size_t const begin = out.size();
+  out.resize(begin + name.size() + (isFirst ? 3 : 4));
+  char* to = out.data() + begin;
+  if (!isFirst) *to++ = ',';
+  *to++ = '"';
+  to = std::copy(name.begin(), name.end(), to);
+  *to++ = '"';
+  *to = ':';
   append();
 }
 
