@@ -7,7 +7,6 @@
 #include <system_error>
 
 #include "io/SafeText.h"
-#include "match/Field.h"
 #include "snapshot/AddressText.h"
 #include "sources/NumberText.h"
 #include "sources/PortQualifiers.h"
@@ -19,7 +18,6 @@ constexpr std::uint32_t noNumber = 0xFFFFFFFF;
 constexpr std::uint32_t protocolSctp = 132;
 constexpr std::uint32_t typeIp = 0x0800;
 constexpr std::uint32_t typeIp6 = 0x86DD;
-static_assert(typeIp == etherTypeIp && typeIp6 == etherTypeIp6);
 
 /// The switch's number for frames that have a length in place of an ether type.
 constexpr std::uint32_t noEtherType = 0x05FF;
