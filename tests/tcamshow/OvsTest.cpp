@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
-#include <zlib.h>
 
-#include <array>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -294,6 +291,12 @@ TEST(Ovs, RefusesWhatIsNoFlow) {
       {" priority=1,ip", R"("priority=1,ip" is not a flow: "actions=" is missing)"},
       {" ip,actions", R"("ip,actions" is not a flow: "actions=" is missing)"},
       {" ip actions=", "the flow has no actions"},
+      {"2026-11-22 error: actions=drop",
+       R"("2026-11-22 error: actions=drop" is not a flow: "2026-11-22" is not a field)"},
+      {" ip,=5 actions=drop", R"("ip,=5 actions=drop" is not a flow: "=5" is not a field)"},
+      {" ip,In_port=5 actions=drop",
+       R"("ip,In_port=5 actions=drop" is not a flow: "In_port=5" is not a field)"},
+      {" \"ip\" actions=drop", R"("\"ip\" actions=drop" is not a flow: "\"ip\"" is not a field)"},
       {"flow-dump from the main thread:",
        "this is a flow of the datapath, which caches the tables; the flows of the tables are "
        "read: 'ovs-ofctl dump-flows BRIDGE'"},
@@ -376,6 +379,36 @@ TEST(Ovs, RecognisesFlows) {
   ProcessResult const result = runTcamshow({"tcam"}, {.input = " priority=1,ip actions=drop\n"});
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.out, "    0x00000001            0 hits - ip\n");
+}
+
+TEST(Ovs, ReachesEveryCommandPackedOrNot) {
+  std::string const flows = " priority=1,ip,nw_src=10.0.0.0/8 actions=drop\n actions=NORMAL\n";
+  std::string const packed = runProcess({"/usr/bin/env", "gzip", "-c"}, {.input = flows}).out;
+  std::vector<std::vector<std::string>> const commands = {
+      {"list"},
+      {"ip"},
+      {"tcam"},
+      {"--json", "tcam"},
+      {"usage"},
+      {"summary"},
+      {"inspect"},
+      {"import"},
+      {"import", "ovs"},
+      {"import", "ovs", "-"},
+      {"list", "--from", "ovs"},
+      {"list", "--where", "src within 10.0.0.0/8"}};
+  for (const std::vector<std::string>& command : commands) {
+    SCOPED_TRACE(command.front());
+    ProcessResult const plain = runTcamshow(command, {.input = flows});
+    EXPECT_EQ(plain.status, 0);
+    EXPECT_EQ(plain.err, "");
+    EXPECT_NE(plain.out, "");
+    EXPECT_EQ(runTcamshow(command, {.input = packed}).out, plain.out);
+  }
+  EXPECT_EQ(
+      runTcamshow({"list", "--from", "openconfig"}, {.input = flows}).err,
+      "tcamshow: <stdin>:1: this is a list of flows, not an OpenConfig ACL document; without a "
+      "format it is recognised\n");
 }
 
 TEST(Ovs, ReadsRealFlows) {

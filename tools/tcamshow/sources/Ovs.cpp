@@ -72,6 +72,14 @@ PartSizes sizesAtFront(std::string_view text) noexcept {
   return {std::min(name, at), at};
 }
 
+/// Whether a field may have this name: the switch may know more fields than this program.
+bool isName(std::string_view text) noexcept {
+  auto const isOfName = [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_';
+  };
+  return !text.empty() && std::all_of(text.begin(), text.end(), isOfName);
+}
+
 bool isHeading(std::string_view line) noexcept {
   return line.starts_with("NXST_FLOW reply") || line.starts_with("OFPST_FLOW reply");
 }
@@ -166,9 +174,12 @@ class OvsSource final : public Source {
       std::string_view const text = rest.substr(0, sizes.all);
       rest.remove_prefix(text.size());
       OvsPart const part = ovsPart(text, sizes.name);
+      if (part.field == OvsField::other && !isName(text.substr(0, sizes.name))) {
+        lines_.fail(inQuotes(line) + " is not a flow: " + inQuotes(text) + " is not a field");
+      }
       if (isMatch(part.field)) {
-        isWhole = isWhole && (match_.parts().empty() ||
-                              match_.parts().back().text.end() + 1 == text.begin());
+        isWhole = isWhole &&
+                  (match_.parts().empty() || match_.parts().back().text.end() + 1 == text.begin());
         match_.add(part);
       } else {
         readMember(part);
