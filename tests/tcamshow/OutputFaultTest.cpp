@@ -40,6 +40,12 @@ std::string largeAcl() {
   return text + "}}}}}}}";
 }
 
+std::string largeFlows() {
+  std::string text;
+  for (int i = 0; i < 1000; ++i) text += " priority=1,ip,nw_src=1.2.3.4 actions=drop\n";
+  return text;
+}
+
 struct Row {
   Words arguments;
   const std::string* input;
@@ -51,6 +57,7 @@ std::vector<Row> rows() {
   static const std::string snapshot = largeSnapshot();
   static const std::string filters = largeFilters();
   static const std::string acl = largeAcl();
+  static const std::string flows = largeFlows();
   return {
       {{"ip"}, &snapshot},
       {{"ip6"}, &snapshot},
@@ -68,6 +75,7 @@ std::vector<Row> rows() {
       {{"inspect", "--types"}, &none, false},
       {{"import", "classbench"}, &filters},
       {{"import", "openconfig"}, &acl},
+      {{"import", "ovs"}, &flows},
       {{"--help"}, &none, false},
       {{"--version"}, &none, false},
   };

@@ -23,6 +23,7 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 
 constexpr const char* filter = "@1.2.3.4/32 1.2.3.4/32 0 : 65535 0 : 65535 6/255\n";
+constexpr const char* flow = " priority=1,ip,nw_src=1.2.3.4 actions=drop\n";
 
 #if defined(__SANITIZE_ADDRESS__)
 constexpr bool memoryCanBeLimited = false;
@@ -74,7 +75,7 @@ TEST(Program, EndsWithTwoWhenTheCommandLineIsWrong) {
       {{"ip", "--from", "openconfg"},
        R"(--from: "openconfg" is not known; did you mean "openconfig"?)"},
       {{"ip", "--from", "foo"},
-       R"(--from: "foo" is not known; expected snapshot|classbench|openconfig)"},
+       R"(--from: "foo" is not known; expected snapshot|classbench|openconfig|ovs|sonic)"},
       {{"import", "classbench", "a", "b"}, "one argument too many: b"},
       {{"ip", "a", "b", "c"}, "one argument too many: b"},
       {{"ip", "a", "ip"}, "one argument too many: ip"},
@@ -203,7 +204,7 @@ TEST(Program, ReadsStandardInputOrAFile) {
 }
 
 TEST(Program, TellsWhichFileCannotBeRead) {
-  for (const char* const format : {"classbench", "openconfig"}) {
+  for (const char* const format : {"classbench", "openconfig", "ovs"}) {
     SCOPED_TRACE(format);
     ProcessResult result = runTcamshow({"import", format, "/nonexistent"});
     EXPECT_EQ(result.status, 1);
@@ -264,6 +265,9 @@ TEST(Program, RecognisesTheFormatByWhatTheFileHolds) {
       {"classbench", std::string("# a comment\n\n") + filter},
       {"classbench", "\xEF\xBB\xBF" + std::string(filter)},
       {"openconfig", document},
+      {"ovs", flow},
+      {"ovs", std::string("\r\nNXST_FLOW reply (xid=0x4):\r\n") + flow},
+      {"ovs", "\xEF\xBB\xBFOFPST_FLOW reply (OF1.3) (xid=0x2): flags=[more]\n" + std::string(flow)},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.input);
@@ -301,14 +305,14 @@ TEST(Program, TellsWhatAFileIsWhereItIsNoneOfTheFormat) {
        "hello\n",
        "the format is not known: not snapshot, for its first line is no JSON object; not "
        "classbench, for its first line does not begin with @; not openconfig, for it does not "
-       "begin "
-       "with {; --from FORMAT says it outright"},
+       "begin with {; not ovs, for its first line has no actions=; not sonic, for it is no "
+       "directory; --from FORMAT says it outright"},
       {{"import"},
        "{}\n",
        "the format is not known: not snapshot, for its first line is not "
        "{\"type\":\"snapshot\",\"version\":2}; not classbench, for its first line does not begin "
-       "with @; not openconfig, for no \"acl-sets\" is near its beginning; --from FORMAT says it "
-       "outright"},
+       "with @; not openconfig, for no \"acl-sets\" is near its beginning; not ovs, for its first "
+       "line has no actions=; not sonic, for it is no directory; --from FORMAT says it outright"},
       {{"ip"},
        "\xEF\xBB\xBF\n",
        "the snapshot is empty: the first line must be {\"type\":\"snapshot\",\"version\":2}"},
@@ -354,6 +358,7 @@ TEST(Program, SkipsAByteOrderMarkInEveryFormat) {
       {{"ip"}, "{\"type\":\"snapshot\",\"version\":1}\n"},
       {{"import", "classbench"}, filter},
       {{"import", "openconfig"}, "{\"acl\":{\"acl-sets\":{\"acl-set\":{}}}}"},
+      {{"import", "ovs"}, flow},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.input);
@@ -402,6 +407,9 @@ TEST(Program, RefusesANulByteInEveryFormat) {
       {{"import", "openconfig"}, document + "\n\n" + nul},
       {{"import", "openconfig"}, nul + document},
       {{"import", "openconfig"}, "{" + nul + document.substr(1)},
+      {{"import", "ovs"}, nul + flow},
+      {{"import", "ovs"}, flow + nul},
+      {{"import", "ovs"}, "NXST_FLOW reply" + nul + "\n" + flow},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(::testing::PrintToString(row.input));
@@ -440,7 +448,7 @@ TEST(Program, EndsQuietlyWhenThePipeIsClosed) {
 }
 
 TEST(Program, DoesNotKeepAnEndlessLine) {
-  for (const char* const format : {"classbench", "openconfig"}) {
+  for (const char* const format : {"classbench", "openconfig", "ovs"}) {
     SCOPED_TRACE(format);
     ProcessOptions options;
     options.feed = [](int descriptor) {
@@ -453,9 +461,9 @@ TEST(Program, DoesNotKeepAnEndlessLine) {
     ProcessResult const result = runTcamshow({"import", format}, options);
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, StartsWith("tcamshow: <stdin>:1: "));
-    EXPECT_THAT(result.err, HasSubstr(std::string_view(format) == "classbench"
-                                          ? "the line is longer than 1 MiB"
-                                          : "the document is not a JSON object"));
+    EXPECT_THAT(result.err, HasSubstr(std::string_view(format) == "openconfig"
+                                          ? "the document is not a JSON object"
+                                          : "the line is longer than 1 MiB"));
   }
 }
 

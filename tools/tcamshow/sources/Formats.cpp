@@ -86,9 +86,9 @@ const Format& formatOf(InputFile& file) {
   std::string message = "the format is not known";
   char separator = ':';
   for (const Format& format : formats) {
-    if (format.ruledOut == nullptr) continue;
     ((message += separator) += " not ") += format.name;
-    (message += ", for ") += format.ruledOut(start);
+    (message += ", for ") +=
+        format.ruledOut == nullptr ? "it is no directory" : format.ruledOut(start);
     separator = ';';
   }
   throw InputError(file.name(), 1, message + "; --from FORMAT says it outright");

@@ -104,9 +104,9 @@ class SonicMatch {
   std::vector<Icmp> icmp_;
   std::string nextHeader_;  // NAME=VALUE
   std::string ipType_;      // NAME=VALUE of a type that says the family
-  bool isIpType_ = false;  // it is IPv4
-  bool namesIp_ = false;   // an address of IPv4, or a field of ICMP
-  bool namesIp6_ = false;  // the same of IPv6, or its protocol
+  bool isIpType_ = false;   // it is IPv4
+  bool namesIp_ = false;    // an address of IPv4, or a field of ICMP
+  bool namesIp6_ = false;   // the same of IPv6, or its protocol
   std::string otherMatch_;
 };
 
