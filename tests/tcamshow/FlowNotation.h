@@ -1,5 +1,5 @@
-// The notation of flows, read packet by packet: whether the match that ovs-ofctl prints holds for a packet.
-// It shares nothing with the importer.
+// The notation of flows, read packet by packet: whether the match that ovs-ofctl prints holds for a
+// packet. It shares nothing with the importer.
 #pragma once
 
 #include <arpa/inet.h>
@@ -95,8 +95,9 @@ class FlowNotation {
     if (slash == text.npos) return result;
     std::string const mask = text.substr(slash + 1);
     bool const isLength = mask.find_first_not_of("0123456789") == mask.npos;
-    result.mask = isLength ? lowOnes(bits) & ~lowOnes(bits - static_cast<unsigned>(std::stoul(mask)))
-                           : read(mask);
+    result.mask = isLength
+                      ? lowOnes(bits) & ~lowOnes(bits - static_cast<unsigned>(std::stoul(mask)))
+                      : read(mask);
     return result;
   }
 
@@ -155,8 +156,10 @@ class FlowNotation {
       return numbers(text, 0xFFFF)
           .has(packet_[Field::vlan] | 0x1000U | Word{packet_.vlanPriority} << 13);
     }
-    if (name.ends_with("_src")) return hasPorts() && numbers(text, 0xFFFF).has(packet_[Field::sport]);
-    if (name.ends_with("_dst")) return hasPorts() && numbers(text, 0xFFFF).has(packet_[Field::dport]);
+    if (name.ends_with("_src"))
+      return hasPorts() && numbers(text, 0xFFFF).has(packet_[Field::sport]);
+    if (name.ends_with("_dst"))
+      return hasPorts() && numbers(text, 0xFFFF).has(packet_[Field::dport]);
     if (name == "tcp_flags") return flags(text).has(packet_.tcpFlags);
     if (name == "icmp_type") return isIcmp() && numbers(text, 0xFF).has(packet_[Field::sport] >> 8);
     if (name == "icmp_code") {

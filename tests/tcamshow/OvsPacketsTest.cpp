@@ -1,5 +1,5 @@
-// Flows and packets: an entry matches what its flow matches, as another reader of the flows' notation
-// has it.
+// Flows and packets: an entry matches what its flow matches, as another reader of the flows'
+// notation has it.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -269,9 +269,8 @@ TEST(OvsPackets, AnEntryMatchesWhatItsFlowMatches) {
   eachEntry(*source, [&](const Entry& entry) {
     Match const match = matchOf(entry);
     for (int i = 0; i != packetsEach; ++i) {
-      FlowPacket const packet = i % 6 == 0 && !match.isEmpty()
-                                    ? packetOf(random, match)
-                                    : packetNear(random, nears[number]);
+      FlowPacket const packet = i % 6 == 0 && !match.isEmpty() ? packetOf(random, match)
+                                                               : packetNear(random, nears[number]);
       bool isMet = false;
       if (!agree(entry, match, packet, isMet)) {
         ADD_FAILURE() << entry.description << " is " << matchText(entry) << ": "

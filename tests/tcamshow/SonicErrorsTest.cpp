@@ -45,19 +45,24 @@ TEST(SonicErrors, RefusesBadBundles) {
        "ASIC_DB.json:1: not valid JSON: the document does not end where the object does, at byte "
        "105, member \"ASIC_STATE:SAI_OBJECT_TYPE_ACL_TABLE:oid:0x7\""},
       {"[]", "", "", "ASIC_DB.json:1: the document is not a JSON object"},
-      {"{" + row("ACL_RULE|A|R", {}) + "}", "", "", "ASIC_DB.json:1: this is CONFIG_DB, not ASIC_DB"},
+      {"{" + row("ACL_RULE|A|R", {}) + "}", "", "",
+       "ASIC_DB.json:1: this is CONFIG_DB, not ASIC_DB"},
       {good, good, "", "CONFIG_DB.json:1: this is ASIC_DB, not CONFIG_DB"},
       {good, "{\n\"PORT|Ethernet0\":{},\n\"COUNTERS:oid:0x1\":{}}", "",
        "CONFIG_DB.json:3: this is COUNTERS_DB, not CONFIG_DB"},
-      {good, R"({"ACL_RULE_TABLE|A|R":{}})", "", "CONFIG_DB.json:1: this is STATE_DB, not CONFIG_DB"},
-      {good, R"({"ACL_RULE_TABLE:A:R":{}})", "", "CONFIG_DB.json:1: this is APPL_DB, not CONFIG_DB"},
+      {good, R"({"ACL_RULE_TABLE|A|R":{}})", "",
+       "CONFIG_DB.json:1: this is STATE_DB, not CONFIG_DB"},
+      {good, R"({"ACL_RULE_TABLE:A:R":{}})", "",
+       "CONFIG_DB.json:1: this is APPL_DB, not CONFIG_DB"},
       {good, R"({"ACL_RULE":{"A|R":{}}})", "",
        "CONFIG_DB.json:1: this is the switch's configuration file, not CONFIG_DB"},
-      {good, "{}", R"({"ACL_TABLE|A":{}})", "COUNTERS_DB.json:1: this is CONFIG_DB, not COUNTERS_DB"},
+      {good, "{}", R"({"ACL_TABLE|A":{}})",
+       "COUNTERS_DB.json:1: this is CONFIG_DB, not COUNTERS_DB"},
       {std::string("{\0}", 3), "", "", "ASIC_DB.json:1: the document holds a NUL byte"},
       {"{\"\xC3\"}", "", "", "ASIC_DB.json:1: not valid UTF-8, at byte 3"},
       // Rows.
-      {"{" + table + ",\n" + table + "}", "", "", "ASIC_DB.json: tables of the same id stand twice"},
+      {"{" + table + ",\n" + table + "}", "", "",
+       "ASIC_DB.json: tables of the same id stand twice"},
       {"{" + table + ",\n" + asicEntry("0x8", "0x7", {}) + ",\n" + asicEntry("0x08", "0x7", {}) +
            "}",
        "", "", nullptr},
@@ -101,10 +106,12 @@ TEST(SonicErrors, RefusesBadBundles) {
        "ASIC_DB.json:2: ASIC_STATE:SAI_OBJECT_TYPE_ACL_ENTRY:oid:0x8: FIELD_DSCP: \"8&mask:x\" is "
        "not a value of this field and its mask"},
       {entry({"FIELD_ACL_RANGE_TYPE=2:oid:0xa"}), "", "",
-       "ASIC_DB.json:2: ASIC_STATE:SAI_OBJECT_TYPE_ACL_ENTRY:oid:0x8: ACL_RANGE_TYPE: \"2:oid:0xa\" "
+       "ASIC_DB.json:2: ASIC_STATE:SAI_OBJECT_TYPE_ACL_ENTRY:oid:0x8: ACL_RANGE_TYPE: "
+       "\"2:oid:0xa\" "
        "is not as many objects as it says"},
       {entry({"FIELD_ACL_RANGE_TYPE=oid:0xa"}), "", "",
-       "ASIC_DB.json:2: ASIC_STATE:SAI_OBJECT_TYPE_ACL_ENTRY:oid:0x8: ACL_RANGE_TYPE: \"oid:0xa\" is "
+       "ASIC_DB.json:2: ASIC_STATE:SAI_OBJECT_TYPE_ACL_ENTRY:oid:0x8: ACL_RANGE_TYPE: \"oid:0xa\" "
+       "is "
        "not a list of objects"},
       {entry({"ACTION_COUNTER=9"}), "", "",
        "ASIC_DB.json:2: ASIC_STATE:SAI_OBJECT_TYPE_ACL_ENTRY:oid:0x8: "
@@ -137,11 +144,13 @@ TEST(SonicErrors, RefusesBadBundles) {
        "COUNTERS_DB.json:1: ACL_COUNTER_RULE_MAP: A:R: \"9\" is not an object id"},
       {entry({"ACTION_COUNTER=oid:0x9"}), "{}",
        "{\n" + row("COUNTERS:oid:0x9", {"SAI_ACL_COUNTER_ATTR_PACKETS=N/A"}) + "}",
-       "COUNTERS_DB.json:2: COUNTERS:oid:0x9: SAI_ACL_COUNTER_ATTR_PACKETS: \"N/A\" is not a number "
+       "COUNTERS_DB.json:2: COUNTERS:oid:0x9: SAI_ACL_COUNTER_ATTR_PACKETS: \"N/A\" is not a "
+       "number "
        "from 0 to 18446744073709551615"},
-      {good, "{}", "{" + row("CRM:ACL_TABLE_STATS:0x7", {"crm_stats_acl_entry_used=4294967296"}) +
-                       "}",
-       "COUNTERS_DB.json:1: CRM:ACL_TABLE_STATS:0x7: crm_stats_acl_entry_used: \"4294967296\" is not "
+      {good, "{}",
+       "{" + row("CRM:ACL_TABLE_STATS:0x7", {"crm_stats_acl_entry_used=4294967296"}) + "}",
+       "COUNTERS_DB.json:1: CRM:ACL_TABLE_STATS:0x7: crm_stats_acl_entry_used: \"4294967296\" is "
+       "not "
        "a number from 0 to 4294967295"},
   };
   for (const Row& each : rows) {
@@ -164,6 +173,48 @@ TEST(SonicErrors, RefusesBadBundles) {
   }
 }
 
+TEST(SonicErrors, RefusesEachDatabaseThatIsEmptyCutOrOfAnotherKind) {
+  std::string const rules = "{" + row("ACL_RULE|A|R", {"PRIORITY=1"}) + "}";
+  std::string const counts = "{" + row("COUNTERS:oid:0x9", {"Packets=1"}) + "}";
+  struct Database {
+    std::string name;
+    std::string good;
+    std::string other;  ///< the text of another one
+  };
+  Database const databases[] = {
+      {"ASIC_DB", "{" + asicTable("0x7") + "}", counts},
+      {"CONFIG_DB", rules, counts},
+      {"COUNTERS_DB", counts, rules},
+      {"STATE_DB", "{" + row("ACL_RULE_TABLE|A|R", {"status=Active"}) + "}", rules},
+  };
+  for (const Database& database : databases) {
+    std::string const file = database.name + ".json";
+    struct Row {
+      std::string text;
+      std::string error;
+    };
+    Row const rows[] = {
+        {"", file + ":1: the document is empty"},
+        {" \n", file + ":2: the document is empty"},
+        {database.good.substr(0, database.good.size() - 2), file + ":1: not valid JSON: "},
+        {database.good + "{}", file + ":1: not valid JSON: "},
+        {database.other, file + ":1: this is "},
+        {"\x1F\x8B\x08", file + ": the compressed data ends early"},
+        {"[1]", file + ":1: the document is not a JSON object"},
+    };
+    for (const Row& each : rows) {
+      SCOPED_TRACE(each.error + " " + each.text);
+      SonicFiles const files;
+      for (const Database& one : databases) files.write(one.name + ".json", one.good);
+      EXPECT_FALSE(read(files)[0].starts_with(database.name));
+      files.write(file, each.text);
+      Texts const all = read(files);
+      ASSERT_EQ(all.size(), 1U);
+      EXPECT_EQ(all[0].substr(0, each.error.size()), each.error);
+    }
+  }
+}
+
 TEST(SonicErrors, RefusesADirectoryWithoutTheAsicsDatabase) {
   SonicFiles const files;
   EXPECT_EQ(read(files),
@@ -174,8 +225,7 @@ TEST(SonicErrors, RefusesADirectoryWithoutTheAsicsDatabase) {
                   "has it in dump"});
   ProcessResult const result = runTcamshow({"import", "sonic", "/dev/null"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_EQ(result.err,
-            "tcamshow: /dev/null: this is not a directory, as a SONiC bundle is\n");
+  EXPECT_EQ(result.err, "tcamshow: /dev/null: this is not a directory, as a SONiC bundle is\n");
 }
 
 }  // namespace

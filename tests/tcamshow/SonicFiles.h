@@ -63,9 +63,8 @@ inline std::string asicEntry(const std::string& id, const std::string& table,
 }
 inline std::string asicRange(const std::string& id, const std::string& type,
                              const std::string& limit) {
-  return "\"ASIC_STATE:SAI_OBJECT_TYPE_ACL_RANGE:oid:" + id +
-         R"(":{"SAI_ACL_RANGE_ATTR_LIMIT":")" + limit +
-         R"(","SAI_ACL_RANGE_ATTR_TYPE":"SAI_ACL_RANGE_TYPE_)" + type + "\"}";
+  return "\"ASIC_STATE:SAI_OBJECT_TYPE_ACL_RANGE:oid:" + id + R"(":{"SAI_ACL_RANGE_ATTR_LIMIT":")" +
+         limit + R"(","SAI_ACL_RANGE_ATTR_TYPE":"SAI_ACL_RANGE_TYPE_)" + type + "\"}";
 }
 /// A row of fields NAME=VALUE.
 inline std::string row(const std::string& key, const std::vector<std::string>& fields) {
@@ -78,11 +77,11 @@ inline std::string row(const std::string& key, const std::vector<std::string>& f
   return text + "}";
 }
 
-/// Reads the bundle: an entry as `show` says, a group as [ID NAME STAGE AVAILABLE TOTAL] if `groups`,
-/// an error's text.
-inline std::vector<std::string> readSonic(
-    const SonicFiles& files, const std::function<std::string(const Entry&)>& show,
-    bool groups = false) {
+/// Reads the bundle: an entry as `show` says, a group as [ID NAME STAGE AVAILABLE TOTAL] if
+/// `groups`, an error's text.
+inline std::vector<std::string> readSonic(const SonicFiles& files,
+                                          const std::function<std::string(const Entry&)>& show,
+                                          bool groups = false) {
   std::vector<std::string> all;
   Complaints complaints;
   try {

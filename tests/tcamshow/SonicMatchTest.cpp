@@ -70,7 +70,8 @@ TEST(SonicMatch, MakesTheMatch) {
        "mac EtherType=2054/65535 {ETHER_TYPE=2048&mask:0xffff}"},
       {{"FIELD_ACL_IP_TYPE=SAI_ACL_IP_TYPE_IP&mask:0xffffffffffffffff"},
        "mac {ACL_IP_TYPE=SAI_ACL_IP_TYPE_IP&mask:0xffffffffffffffff}"},
-      {{"FIELD_ACL_IP_TYPE=SAI_ACL_IP_TYPE_NON_IPV4"}, "mac {ACL_IP_TYPE=SAI_ACL_IP_TYPE_NON_IPV4}"},
+      {{"FIELD_ACL_IP_TYPE=SAI_ACL_IP_TYPE_NON_IPV4"},
+       "mac {ACL_IP_TYPE=SAI_ACL_IP_TYPE_NON_IPV4}"},
       {{"FIELD_ACL_IP_TYPE=SAI_ACL_IP_TYPE_ARP_REQUEST"},
        "mac {ACL_IP_TYPE=SAI_ACL_IP_TYPE_ARP_REQUEST}"},
       {{"FIELD_ACL_IP_TYPE=SAI_ACL_IP_TYPE_IPV4ANY&mask:0x1"},
@@ -90,7 +91,8 @@ TEST(SonicMatch, MakesTheMatch) {
       {{"FIELD_ACL_IP_FRAG=SAI_ACL_IP_FRAG_ANY"}, "mac IpFrag=3/3"},
       {{"FIELD_ACL_IP_FRAG=SAI_ACL_IP_FRAG_ANY&mask:0xffffffffffffffff"}, "mac IpFrag=3/3"},
       {{"FIELD_ACL_IP_FRAG=SAI_ACL_IP_FRAG_HEAD"}, "mac {ACL_IP_FRAG=SAI_ACL_IP_FRAG_HEAD}"},
-      {{"FIELD_ACL_IP_FRAG=SAI_ACL_IP_FRAG_NON_HEAD"}, "mac {ACL_IP_FRAG=SAI_ACL_IP_FRAG_NON_HEAD}"},
+      {{"FIELD_ACL_IP_FRAG=SAI_ACL_IP_FRAG_NON_HEAD"},
+       "mac {ACL_IP_FRAG=SAI_ACL_IP_FRAG_NON_HEAD}"},
       {{"FIELD_ACL_IP_FRAG=SAI_ACL_IP_FRAG_NON_FRAG_OR_HEAD"},
        "mac {ACL_IP_FRAG=SAI_ACL_IP_FRAG_NON_FRAG_OR_HEAD}"},
       // ICMP: the type in the high byte of the source port, the code in the low byte of the other.
@@ -217,10 +219,9 @@ TEST(SonicMatch, SaysWhatAnEntryDoes) {
   }
   SonicFiles const files;
   files.writeRows("ASIC_DB.json", {asicTable("0x7")});
-  files.writeRows("CONFIG_DB.json",
-                  {row("ACL_RULE|T|A", {"PACKET_ACTION=ACCEPT"}),
-                   row("ACL_RULE|T|B", {"PACKET_ACTION=REDIRECT:Ethernet0"}),
-                   row("ACL_RULE|T|C", {"MIRROR_INGRESS_ACTION=everflow0"})});
+  files.writeRows("CONFIG_DB.json", {row("ACL_RULE|T|A", {"PACKET_ACTION=ACCEPT"}),
+                                     row("ACL_RULE|T|B", {"PACKET_ACTION=REDIRECT:Ethernet0"}),
+                                     row("ACL_RULE|T|C", {"MIRROR_INGRESS_ACTION=everflow0"})});
   EXPECT_EQ(readSonic(files, [](const Entry& entry) { return std::string(entry.action); }),
             (Texts{"permit", "REDIRECT:Ethernet0", "MIRROR_INGRESS=everflow0"}));
 }

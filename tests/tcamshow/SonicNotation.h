@@ -1,5 +1,5 @@
-// The notation of ACL entries in a SONiC switch's database, read packet by packet: whether an entry's row
-// holds for a packet. It shares nothing with the importer.
+// The notation of ACL entries in a SONiC switch's database, read packet by packet: whether an
+// entry's row holds for a packet. It shares nothing with the importer.
 #pragma once
 
 #include <arpa/inet.h>

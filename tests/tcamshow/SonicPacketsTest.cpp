@@ -1,5 +1,5 @@
-// Entries and packets: an entry matches what its row matches, as another reader of the rows' notation
-// has it.
+// Entries and packets: an entry matches what its row matches, as another reader of the rows'
+// notation has it.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -56,9 +56,7 @@ class EntryMaker {
   void add(const std::string& attribute) { attributes_.push_back("FIELD_" + attribute); }
   bool wants() { return random_.chance(20); }
   /// Mostly the packet's value.
-  Word near(Field field) {
-    return random_.chance(85) ? near_[field] : random_.word(bitsOf(field));
-  }
+  Word near(Field field) { return random_.chance(85) ? near_[field] : random_.word(bitsOf(field)); }
 
   template <class Text, class MaskText>
   void addMasked(const std::string& name, Field field, Text text, MaskText maskText) {
@@ -198,8 +196,8 @@ struct Tally {
   std::size_t hits = 0;
 };
 
-/// Asks each entry of the ASIC and its row about packets: near `nears`, by the entry's number in the
-/// order of object ids, or near its own.
+/// Asks each entry of the ASIC and its row about packets: near `nears`, by the entry's number in
+/// the order of object ids, or near its own.
 Tally compare(const std::string& directory, const std::string& database, Random& random,
               const std::vector<SonicPacket>& nears = {}) {
   constexpr int packetsEach = 60;
@@ -211,7 +209,7 @@ Tally compare(const std::string& directory, const std::string& database, Random&
     if (entry.givenState != EntryState::programmed) return;  // it may have no row
     Match const match = matchOf(entry);
     bool const isExact = entry.otherMatch.empty();
-    SonicPacket const near = !nears.empty()     ? nears[entry.shadowId - 0x100000]
+    SonicPacket const near = !nears.empty()    ? nears[entry.shadowId - 0x100000]
                              : match.isEmpty() ? randomPacket(random)
                                                : packetOf(random, match);
     for (int i = 0; i != packetsEach; ++i) {
@@ -268,8 +266,8 @@ TEST(SonicPackets, AnEntryMatchesWhatItsMadeRowMatches) {
   Random random(20265);
   for (int seed = 1; seed != 5; ++seed) {
     SonicFiles const files;
-    ProcessResult const made = runProcess({"/usr/bin/env", "python3", generator.string(), "400",
-                                           std::to_string(seed), files.path()});
+    ProcessResult const made = runProcess(
+        {"/usr/bin/env", "python3", generator.string(), "400", std::to_string(seed), files.path()});
     ASSERT_EQ(made.status, 0) << made.err;
     Tally const tally = compare(files.path(), "ASIC_DB.json", random);
     EXPECT_GT(tally.hits, tally.entries);

@@ -34,8 +34,8 @@ TEST(Sonic, WritesTheWholeSnapshot) {
                     {"PRIORITY=9995", "ADMIN_STATE=true",
                      "ACTION_PACKET_ACTION=SAI_PACKET_ACTION_FORWARD",
                      "ACTION_COUNTER=oid:0x9000000000606", "FIELD_SRC_IP=10.0.0.2&mask:255.0.255.0",
-                     "FIELD_IP_PROTOCOL=6&mask:0xff",
-                     "FIELD_ACL_RANGE_TYPE=1:oid:0xa000000000607", "FIELD_TC=3&mask:0xff"}),
+                     "FIELD_IP_PROTOCOL=6&mask:0xff", "FIELD_ACL_RANGE_TYPE=1:oid:0xa000000000607",
+                     "FIELD_TC=3&mask:0xff"}),
           asicRange("0xa000000000607", "L4_DST_PORT_RANGE", "90,95"),
           R"("ASIC_STATE:SAI_OBJECT_TYPE_ROUTE_ENTRY:{\"dest\":\"10.2.1.1\"}":{"a":[{}]})",
           R"("VIDTORID":{"oid:0x1":"oid:0x2"})",
@@ -86,6 +86,10 @@ TEST(Sonic, WritesTheWholeSnapshot) {
       "\n");
   // A directory needs no name of a format.
   EXPECT_EQ(runTcamshow({"import", files.path()}).out, result.out);
+  EXPECT_EQ(runTcamshow({"list", files.path()}).out,
+            runTcamshow({"list"}, {.input = result.out}).out);
+  EXPECT_EQ(runTcamshow({"list", "--from", "sonic", files.path()}).out,
+            runTcamshow({"list", files.path()}).out);
   EXPECT_EQ(runTcamshow({"tcam", files.path()}).out,
             "    0x00000609          101 hits - DATAACL|RULE_1\n"
             "    0x00000001            0 hits - DATAACL|RULE_2\n");
@@ -95,13 +99,12 @@ TEST(Sonic, NumbersTablesByTheirObjectIds) {
   SonicFiles const files;
   files.writeRows("ASIC_DB.json", {asicTable("0x10", "EGRESS"), asicTable("0x9"),
                                    asicTable("0x70000000000000a0", "PRE_INGRESS")});
-  files.writeRows(
-      "COUNTERS_DB.json",
-      {row("CRM:ACL_TABLE_STATS:0x9",
-           {"crm_stats_acl_entry_used=3", "crm_stats_acl_entry_available=13"}),
-       row("CRM:ACL_TABLE_STATS:0x10", {"crm_stats_acl_entry_available=7"}),
-       row("CRM:ACL_TABLE_STATS:0x99", {"crm_stats_acl_entry_available=7"}),
-       row("CRM:STATS", {"crm_stats_fdb_entry_used=x"})});
+  files.writeRows("COUNTERS_DB.json",
+                  {row("CRM:ACL_TABLE_STATS:0x9",
+                       {"crm_stats_acl_entry_used=3", "crm_stats_acl_entry_available=13"}),
+                   row("CRM:ACL_TABLE_STATS:0x10", {"crm_stats_acl_entry_available=7"}),
+                   row("CRM:ACL_TABLE_STATS:0x99", {"crm_stats_acl_entry_available=7"}),
+                   row("CRM:STATS", {"crm_stats_fdb_entry_used=x"})});
   EXPECT_EQ(readSonic(files, lineOf, true),
             (Texts{"[1 oid:0x9 ingress 13 16]", "[2 oid:0x10 egress 7 -]",
                    "[3 oid:0x70000000000000a0 lookup - -]"}));
@@ -129,9 +132,9 @@ TEST(Sonic, FindsTheRuleOfAnEntry) {
        {"[1 NULL:ROUTE ingress - -]",
         "8 0  NULL:ROUTE|BLOCK_2001:db8::1/128 programmed () - - NULL:ROUTE"}},
       {"two rules have the same name with a colon: the fields tell which",
-       {asicTable("0x7"), asicEntry("0x8", "0x7",
-                                    {"ACTION_COUNTER=oid:0x9", "PRIORITY=3",
-                                     "FIELD_DSCP=7&mask:0x3f"})},
+       {asicTable("0x7"),
+        asicEntry("0x8", "0x7",
+                  {"ACTION_COUNTER=oid:0x9", "PRIORITY=3", "FIELD_DSCP=7&mask:0x3f"})},
        {row("ACL_RULE|A:B|C", {"PRIORITY=3"}), row("ACL_RULE|A|B:C", {"PRIORITY=3", "DSCP=7"})},
        {row("ACL_COUNTER_RULE_MAP", {"A:B:C=oid:0x9"})},
        {"[1 A ingress - -]", "8 3  A|B:C programmed () - - A", "[2 A:B ingress - -]",
@@ -149,9 +152,9 @@ TEST(Sonic, FindsTheRuleOfAnEntry) {
        {row("ACL_COUNTER_RULE_MAP", {"A:R6=oid:0x9", "A:Z5=oid:0x9"})},
        {"[1 A ingress - -]", "9 6  A|R6 programmed () - - A", "8 5  A|Z5 programmed () - - A"}},
       {"rules of the same priority and fields tell it",
-       {asicTable("0x7"),
-        asicEntry("0x8", "0x7", {"PRIORITY=5", "FIELD_SRC_IP=10.0.0.0&mask:255.0.0.0",
-                                 "FIELD_ACL_IP_TYPE=SAI_ACL_IP_TYPE_IPV4ANY"})},
+       {asicTable("0x7"), asicEntry("0x8", "0x7",
+                                    {"PRIORITY=5", "FIELD_SRC_IP=10.0.0.0&mask:255.0.0.0",
+                                     "FIELD_ACL_IP_TYPE=SAI_ACL_IP_TYPE_IPV4ANY"})},
        {row("ACL_RULE|A|R", {"PRIORITY=5", "SRC_IP=10.1.2.3/8"}),
         row("ACL_RULE|B|R", {"PRIORITY=6", "SRC_IP=10.0.0.0/8"})},
        {},
@@ -195,8 +198,8 @@ TEST(Sonic, FindsTheRuleOfAnEntry) {
        {asicTable("0x7"), asicEntry("0x8", "0x7", {"ACTION_COUNTER=oid:0x9"})},
        {row("ACL_TABLE|B", {"type=L3"})},
        {row("ACL_COUNTER_RULE_MAP", {"A:GONE=oid:0x9"})},
-       {"[1 oid:0x7 ingress - -]",
-        "8 0  A|GONE programmed (not in CONFIG_DB) - - oid:0x7", "[2 B ingress - -]"}},
+       {"[1 oid:0x7 ingress - -]", "8 0  A|GONE programmed (not in CONFIG_DB) - - oid:0x7",
+        "[2 B ingress - -]"}},
       {"a disabled entry that no rule explains",
        {asicTable("0x7"), asicEntry("0x8", "0x7", {"ADMIN_STATE=false"})},
        {},
@@ -216,28 +219,26 @@ TEST(Sonic, FindsTheRuleOfAnEntry) {
 TEST(Sonic, GivesTheRulesThatTheAsicLacks) {
   SonicFiles const files;
   files.writeRows("ASIC_DB.json", {asicTable("0x7"), asicEntry("0x8", "0x7", {"PRIORITY=5"})});
-  files.writeRows("CONFIG_DB.json",
-                  {
-                      row("ACL_RULE|Z|LAST", {"PRIORITY=1"}),
-                      row("ACL_RULE|B|PENDING", {"PRIORITY=1"}),
-                      row("ACL_RULE|B|INACTIVE", {"PRIORITY=2"}),
-                      row("ACL_RULE|B|UNSAID", {"priority=3"}),
-                      row("ACL_RULE|B|EMPTY", {"PRIORITY=2"}),
-                      row("ACL_RULE|A|THERE", {"PRIORITY=5"}),
-                      row("ACL_RULE|A|NOT", {"PRIORITY=9", "PACKET_ACTION=DROP"}),
-                      row("ACL_TABLE|A", {"stage=INGRESS"}),
-                      row("ACL_TABLE|B", {"stage=Egress"}),
-                      row("ACL_TABLE|C", {"type=L3"}),
-                  });
-  files.writeRows("STATE_DB.json",
-                  {
-                      row("ACL_RULE_TABLE|B|PENDING", {"status=Pending creation"}),
-                      row("ACL_RULE_TABLE|B|INACTIVE", {"status=Inactive"}),
-                      row("ACL_RULE_TABLE|B|EMPTY", {"status="}),
-                      row("ACL_RULE_TABLE|A|THERE", {"status=Inactive"}),
-                      row("ACL_RULE_TABLE|X|Y", {"status=Inactive"}),
-                      row("ACL_TABLE_TABLE|A", {"status=Inactive"}),
-                  });
+  files.writeRows("CONFIG_DB.json", {
+                                        row("ACL_RULE|Z|LAST", {"PRIORITY=1"}),
+                                        row("ACL_RULE|B|PENDING", {"PRIORITY=1"}),
+                                        row("ACL_RULE|B|INACTIVE", {"PRIORITY=2"}),
+                                        row("ACL_RULE|B|UNSAID", {"priority=3"}),
+                                        row("ACL_RULE|B|EMPTY", {"PRIORITY=2"}),
+                                        row("ACL_RULE|A|THERE", {"PRIORITY=5"}),
+                                        row("ACL_RULE|A|NOT", {"PRIORITY=9", "PACKET_ACTION=DROP"}),
+                                        row("ACL_TABLE|A", {"stage=INGRESS"}),
+                                        row("ACL_TABLE|B", {"stage=Egress"}),
+                                        row("ACL_TABLE|C", {"type=L3"}),
+                                    });
+  files.writeRows("STATE_DB.json", {
+                                       row("ACL_RULE_TABLE|B|PENDING", {"status=Pending creation"}),
+                                       row("ACL_RULE_TABLE|B|INACTIVE", {"status=Inactive"}),
+                                       row("ACL_RULE_TABLE|B|EMPTY", {"status="}),
+                                       row("ACL_RULE_TABLE|A|THERE", {"status=Inactive"}),
+                                       row("ACL_RULE_TABLE|X|Y", {"status=Inactive"}),
+                                       row("ACL_TABLE_TABLE|A", {"status=Inactive"}),
+                                   });
   EXPECT_EQ(readSonic(files, lineOf, true), (Texts{
                                                 "[1 A ingress - -]",
                                                 "1 9 deny A|NOT failed (not in ASIC_DB) - - A",
@@ -316,8 +317,7 @@ TEST(Sonic, ReadsBothShapesOfARow) {
       // Numbers and escapes.
       R"("ASIC_STATE:SAI_OBJECT_TYPE_ACL_ENTRY:oid:0x\u0038":)"
       R"({"SAI_ACL_ENTRY_ATTR_TABLE_\u0049D":"oid\u003a0x7","SAI_ACL_ENTRY_ATTR_PRIORITY":5})",
-      R"("\u0041SIC_STATE:SAI_OBJECT_TYPE_ACL_ENTRY:oid:0x8":{)" + fields +
-          R"(,"NULL":"NULL"})",
+      R"("\u0041SIC_STATE:SAI_OBJECT_TYPE_ACL_ENTRY:oid:0x8":{)" + fields + R"(,"NULL":"NULL"})",
   };
   for (const std::string& each : rows) {
     SCOPED_TRACE(each);
@@ -344,6 +344,55 @@ TEST(Sonic, FindsTheFilesByTheirNames) {
             Texts{"DIR: both ASIC_DB.json and asic_db.json.gz are there: which one is meant?"});
 }
 
+TEST(Sonic, WorksWithoutTheDatabasesThatMayBeAbsent) {
+  struct Database {
+    const char* name;
+    Texts rows;
+  };
+  Database const databases[] = {
+      {"ASIC_DB.json",
+       {asicTable("0x7"), asicEntry("0x8", "0x7", {"PRIORITY=5", "ACTION_COUNTER=oid:0x9"})}},
+      {"CONFIG_DB.json",
+       {row("ACL_RULE|A|R", {"PRIORITY=5"}), row("ACL_RULE|A|LOST", {"PRIORITY=6"})}},
+      {"COUNTERS_DB.json",
+       {row("ACL_COUNTER_RULE_MAP", {"A:R=oid:0x9"}),
+        row("COUNTERS:oid:0x9", {"SAI_ACL_COUNTER_ATTR_PACKETS=7"}),
+        row("CRM:ACL_TABLE_STATS:0x7",
+            {"crm_stats_acl_entry_used=1", "crm_stats_acl_entry_available=3"})}},
+      {"STATE_DB.json", {row("ACL_RULE_TABLE|A|LOST", {"status=Pending creation"})}},
+  };
+  std::string const named = "[1 A ingress 3 4]";
+  std::string const counted = "8 5  A|R programmed () 7 - A";
+  std::string const lost = "1 6  A|LOST failed (not in ASIC_DB) - - A";
+  std::string const pending = "1 6  A|LOST pending (Pending creation) - - A";
+  struct Row {
+    const char* present;  ///< a letter for each database: x there, e there without rows, - absent
+    Texts all;
+  };
+  Row const rows[] = {
+      {"xxxx", {named, pending, counted}},
+      {"xxx-", {named, lost, counted}},
+      {"xxxe", {named, lost, counted}},
+      {"xx-x", {"[1 A ingress - -]", pending, "8 5  A|R programmed () - - A"}},
+      {"xxex", {"[1 A ingress - -]", pending, "8 5  A|R programmed () - - A"}},
+      {"xx--", {"[1 A ingress - -]", lost, "8 5  A|R programmed () - - A"}},
+      // The counters' map alone names the rule, but no table of the configuration.
+      {"x-xx", {"[1 oid:0x7 ingress 3 4]", "8 5  A|R programmed () 7 - oid:0x7"}},
+      {"xexx", {"[1 oid:0x7 ingress 3 4]", "8 5  A|R programmed (not in CONFIG_DB) 7 - oid:0x7"}},
+      {"x---", {"[1 oid:0x7 ingress - -]", "8 5   programmed () - - oid:0x7"}},
+      {"-xxx", {"DIR: the directory holds no ASIC_DB.json, so it is no SONiC bundle"}},
+  };
+  for (const Row& each : rows) {
+    SCOPED_TRACE(each.present);
+    SonicFiles const files;
+    for (std::size_t i = 0; i != std::size(databases); ++i) {
+      if (each.present[i] == '-') continue;
+      files.writeRows(databases[i].name, each.present[i] == 'x' ? databases[i].rows : Texts{});
+    }
+    EXPECT_EQ(readSonic(files, lineOf, true), each.all);
+  }
+}
+
 TEST(Sonic, DoesNotDependOnTheOrderOfKeys) {
   Texts asic = {asicTable("0x7"), asicTable("0x6", "EGRESS"),
                 asicRange("0xa", "L4_SRC_PORT_RANGE", "1,9")};
@@ -360,12 +409,13 @@ TEST(Sonic, DoesNotDependOnTheOrderOfKeys) {
                                 "ACTION_COUNTER=oid:0x9" + number}));
     }
     if (i % 5 != 0) {
-      config.push_back(row("ACL_RULE|" + table + "|R" + number,
-                           {"PRIORITY=" + std::to_string(i % 7), "DSCP=" + number,
-                            "L4_SRC_PORT_RANGE=1-9"}));
+      config.push_back(
+          row("ACL_RULE|" + table + "|R" + number,
+              {"PRIORITY=" + std::to_string(i % 7), "DSCP=" + number, "L4_SRC_PORT_RANGE=1-9"}));
     }
     if (i % 6 != 0) map += ",\"" + table + ":R" + number + "\":\"oid:0x9" + number + '"';
-    counters.push_back(row("COUNTERS:oid:0x9" + number, {"SAI_ACL_COUNTER_ATTR_PACKETS=" + number}));
+    counters.push_back(
+        row("COUNTERS:oid:0x9" + number, {"SAI_ACL_COUNTER_ATTR_PACKETS=" + number}));
   }
   counters.push_back(map + "}");
   Texts first;
@@ -392,9 +442,10 @@ TEST(Sonic, CountsABadPriorityAsZero) {
   files.writeRows("CONFIG_DB.json", {row("ACL_RULE|A|R", {"PRIORITY=high"})});
   ProcessResult const result = runTcamshow({"tcam", files.path()});
   EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.err, "tcamshow: " + files.path() +
-                            "/CONFIG_DB.json:2: warning: ACL_RULE|A|R: PRIORITY is not a number: it "
-                            "counts as 0\n");
+  EXPECT_EQ(result.err,
+            "tcamshow: " + files.path() +
+                "/CONFIG_DB.json:2: warning: ACL_RULE|A|R: PRIORITY is not a number: it "
+                "counts as 0\n");
 }
 
 TEST(Sonic, ReadsRealBundles) {
@@ -402,27 +453,26 @@ TEST(Sonic, ReadsRealBundles) {
   if (!std::filesystem::exists(directory)) GTEST_SKIP() << directory << " is not there";
   ProcessResult const dump = runTcamshow({"import", (directory / "dump_acl").string()});
   EXPECT_EQ(dump.status, 0);
-  EXPECT_EQ(
-      dump.out,
-      R"({"type":"snapshot","version":2})"
-      "\n"
-      R"({"type":"group","groupId":1,"name":"DATAACL"})"
-      "\n"
-      R"({"type":"entry","groupId":1,"table":"mac","shadowId":2251799813686793,"sequence":0,)"
-      R"("priority":9995,"description":"DATAACL|R0","action":"permit","state":"programmed",)"
-      R"("feature":"DATAACL"})"
-      "\n"
-      R"({"type":"group","groupId":2,"name":"oid:0x7100000000600"})"
-      "\n"
-      R"({"type":"entry","groupId":2,"table":"mac","shadowId":2269391999731209,"sequence":0,)"
-      R"("priority":9995,"description":"DATAACL2|R0","action":"permit","state":"programmed",)"
-      R"("reason":"not in CONFIG_DB","feature":"oid:0x7100000000600",)"
-      R"("rangeCheckers":{"rangeCheckerL4DstPort":{"low":90,"high":95}}})"
-      "\n"
-      R"({"type":"group","groupId":3,"name":"DATAACL1"})"
-      "\n"
-      R"({"type":"end","groups":3,"entries":2})"
-      "\n");
+  EXPECT_EQ(dump.out,
+            R"({"type":"snapshot","version":2})"
+            "\n"
+            R"({"type":"group","groupId":1,"name":"DATAACL"})"
+            "\n"
+            R"({"type":"entry","groupId":1,"table":"mac","shadowId":2251799813686793,"sequence":0,)"
+            R"("priority":9995,"description":"DATAACL|R0","action":"permit","state":"programmed",)"
+            R"("feature":"DATAACL"})"
+            "\n"
+            R"({"type":"group","groupId":2,"name":"oid:0x7100000000600"})"
+            "\n"
+            R"({"type":"entry","groupId":2,"table":"mac","shadowId":2269391999731209,"sequence":0,)"
+            R"("priority":9995,"description":"DATAACL2|R0","action":"permit","state":"programmed",)"
+            R"("reason":"not in CONFIG_DB","feature":"oid:0x7100000000600",)"
+            R"("rangeCheckers":{"rangeCheckerL4DstPort":{"low":90,"high":95}}})"
+            "\n"
+            R"({"type":"group","groupId":3,"name":"DATAACL1"})"
+            "\n"
+            R"({"type":"end","groups":3,"entries":2})"
+            "\n");
   // The ASIC of this one has no ACLs: each rule of the TCAM's tables is one that it lacks.
   ProcessResult const mock = runTcamshow({"import", (directory / "mock_tables").string()});
   EXPECT_EQ(mock.status, 0);

@@ -69,7 +69,8 @@ inline bool isIn(const Match& match, const TestPacket& packet) {
 inline TestPacket packetIn(const Match& match, const std::function<Word()>& draw) {
   TestPacket packet{};
   for (std::size_t i = 0; i != fieldCount; ++i) {
-    packet[i] = match[static_cast<Field>(i)].picked(draw() & lowOnes(bitsOf(static_cast<Field>(i))));
+    packet[i] =
+        match[static_cast<Field>(i)].picked(draw() & lowOnes(bitsOf(static_cast<Field>(i))));
   }
   return packet;
 }
