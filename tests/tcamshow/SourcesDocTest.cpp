@@ -1,0 +1,74 @@
+// The worked examples of docs/sources.md do what the document says, and so do their commands on
+// real flows and databases.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "DocExamples.h"
+#include "Process.h"
+
+namespace {
+
+/// Runs a command where the examples are. The switch's own command prints their flows.
+ProcessResult runExample(const std::string& command) {
+  return runProcess({"/usr/bin/env", "bash", "-c",
+                     "cd '" TCAMSHOW_EXAMPLES "/sources' && tcamshow() { '" TCAMSHOW_PROGRAM
+                     "' \"$@\"; } && ovs-ofctl() { cat flows.txt; }\n" +
+                         command});
+}
+
+/// Whether tcamshow has every command that the line uses.
+bool isKnown(const std::string& line) {
+  static const std::string help = runTcamshow({"--help"}).out;
+  static const std::regex use("tcamshow (?:--json )?([a-z]+)");
+  for (std::sregex_iterator each(line.begin(), line.end(), use); each != std::sregex_iterator();
+       ++each) {
+    if (help.find("\n  " + (*each)[1].str() + " ") == help.npos) return false;
+  }
+  return true;
+}
+
+TEST(SourcesDoc, ShowsWhatTheCommandsPrint) {
+  std::vector<DocExample> const examples = docExamples(TCAMSHOW_DOCS "/sources.md");
+  std::size_t run = 0;
+  for (const DocExample& example : examples) {
+    SCOPED_TRACE(example.command);
+    if (!isKnown(example.command)) continue;
+    ProcessResult const result = runExample(example.command);
+    EXPECT_EQ(result.out, example.output);
+    EXPECT_EQ(result.err, "");
+    ++run;
+  }
+  EXPECT_GE(run, 4U);
+  EXPECT_GE(examples.size(), 10U);
+}
+
+TEST(SourcesDoc, ItsCommandsReadRealSwitches) {
+  std::filesystem::path const data = TCAMSHOW_SHARED_DATA;
+  if (!std::filesystem::exists(data)) GTEST_SKIP() << data << " is not there";
+  std::vector<std::vector<std::string>> const commands = {
+      {"list"},
+      {"explain", "tcp src=10.1.2.3 dst=192.0.2.80 dport=443"},
+      {"lint"},
+      {"capacity"},
+  };
+  std::vector<std::string> const files = {
+      (data / "sonic" / "dump_acl").string(), (data / "sonic" / "mock_tables").string(),
+      (data / "ovs" / "dump_mixed.txt").string(), (data / "ovs" / "dump_acl1_1k.txt").string()};
+  for (const std::vector<std::string>& command : commands) {
+    if (!isKnown("tcamshow " + command[0])) continue;
+    for (const std::string& file : files) {
+      std::vector<std::string> arguments = command;
+      arguments.push_back(file);
+      ProcessResult const result = runTcamshow(arguments);
+      EXPECT_EQ(result.status, 0) << command[0] << ' ' << file << ": " << result.err;
+      // There may be nothing to find.
+      EXPECT_TRUE(command[0] == "lint" || !result.out.empty()) << command[0] << ' ' << file;
+    }
+  }
+}
+
+}  // namespace
