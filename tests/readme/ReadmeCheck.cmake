@@ -40,7 +40,7 @@ foreach(command "ip6 examples/acl.jsonl | head -n 6" "mac examples/acl.jsonl"
     "list --since examples/questions/yesterday.jsonl --where 'hits > 0' --columns id,action,hits,since examples/questions/today.jsonl"
     "explain 'tcp dst=192.0.2.80 dport=443' examples/acl.jsonl"
     "cost --where 'group = 1' examples/acl.jsonl" "capacity examples/leaf1.jsonl"
-    "metrics examples/leaf1.jsonl | grep -A 4 total")
+    "metrics examples/leaf1.jsonl | grep tcam_total")
   execute_process(COMMAND sh -c "\"$0\" ${command}" ${TCAMSHOW} WORKING_DIRECTORY ${SOURCE}
     OUTPUT_VARIABLE table ERROR_QUIET COMMAND_ERROR_IS_FATAL ANY)
   expect_block_in(manual "${command}" "\n$ tcamshow ${command}\n${table}")

@@ -225,7 +225,7 @@ TEST(Capacity, EndsWithStatus3WhereFailIsReached) {
     EXPECT_EQ(result.err, "");
   }
   std::string cut = manyCopies();
-  cut.resize(cut.rfind("{\"type\":\"end\""));
+  cut.resize(cut.rfind(R"({"type":"end")"));
   EXPECT_EQ(runTcamshow({"capacity", "--fail", "0"}, {.input = cut}).status, 1)
       << "a fault of the input wins";
 }

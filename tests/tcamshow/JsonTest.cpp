@@ -172,11 +172,11 @@ TEST(JsonTable, IsOfTheTablesAlone) {
     ProcessResult const result = runTcamshow(arguments);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.out, "");
-    EXPECT_EQ(
-        result.err,
-        "tcamshow: --json goes with list, ip, ip6, mac, tcam, usage, summary, explain, lint, cost, diff "
-        "and capacity only\n"
-        "Try 'tcamshow --help'.\n");
+    EXPECT_EQ(result.err,
+              "tcamshow: --json goes with list, ip, ip6, mac, tcam, usage, summary, explain, lint, "
+              "cost, diff "
+              "and capacity only\n"
+              "Try 'tcamshow --help'.\n");
   }
   EXPECT_EQ(runTcamshow({"--json"}).status, 2);
 }

@@ -296,7 +296,7 @@ TEST(Ovs, RefusesWhatIsNoFlow) {
       {" ip,=5 actions=drop", R"("ip,=5 actions=drop" is not a flow: "=5" is not a field)"},
       {" ip,In_port=5 actions=drop",
        R"("ip,In_port=5 actions=drop" is not a flow: "In_port=5" is not a field)"},
-      {" \"ip\" actions=drop", R"("\"ip\" actions=drop" is not a flow: "\"ip\"" is not a field)"},
+      {" \"ip\" actions=drop", R"(""ip" actions=drop" is not a flow: ""ip"" is not a field)"},
       {"flow-dump from the main thread:",
        "this is a flow of the datapath, which caches the tables; the flows of the tables are "
        "read: 'ovs-ofctl dump-flows BRIDGE'"},

@@ -175,7 +175,7 @@ class OvsSource final : public Source {
       rest.remove_prefix(text.size());
       OvsPart const part = ovsPart(text, sizes.name);
       if (part.field == OvsField::other && !isName(text.substr(0, sizes.name))) {
-        lines_.fail(inQuotes(line) + " is not a flow: " + inQuotes(text) + " is not a field");
+        failLine(line, inQuotes(text) + " is not a field");
       }
       if (isMatch(part.field)) {
         isWhole = isWhole &&
@@ -185,7 +185,7 @@ class OvsSource final : public Source {
         readMember(part);
       }
     }
-    if (!hasActions) failLine(line);
+    if (!hasActions) failLine(line, "\"actions=\" is missing");
     if (entry_.action.empty()) lines_.fail("the flow has no actions");
     if (isOfConjunction(entry_.action)) match_.addOther(entry_.action);
     match_.fill(entry_);
@@ -195,13 +195,13 @@ class OvsSource final : public Source {
     entry_.feature = "openflow";
   }
 
-  [[noreturn]] void failLine(std::string_view line) const {
+  [[noreturn]] void failLine(std::string_view line, const std::string& reason) const {
     if (isOfDatapath(line)) {
       lines_.fail(
           "this is a flow of the datapath, which caches the tables; the flows of the tables are "
           "read: 'ovs-ofctl dump-flows BRIDGE'");
     }
-    lines_.fail(inQuotes(line) + " is not a flow: \"actions=\" is missing");
+    lines_.fail(inQuotes(line) + " is not a flow: " + reason);
   }
 
   void readMember(const OvsPart& part) {
