@@ -1,6 +1,7 @@
 #include "questions/LintPlace.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "match/OverlapIndex.h"
@@ -29,6 +30,11 @@ namespace {
 
 using Answer = CoverAnswer;
 
+std::vector<std::uint32_t> sorted(std::vector<std::uint32_t> numbers) {
+  std::sort(numbers.begin(), numbers.end());
+  return numbers;
+}
+
 template <class W>
 class LintPlaceOf final : public LintPlace {
  public:
@@ -55,6 +61,7 @@ class LintPlaceOf final : public LintPlace {
   Answer conflictAsk(std::uint32_t number, LintFinding& finding);
   Answer conflictAskAt(std::uint32_t number, std::size_t taker);
   bool sureOfTakers(std::uint32_t number, std::size_t taker, BoxList<W>& boxes) const;
+  void beforeAdd(std::uint32_t met, bool isOfCover);
   void tieFind(std::uint32_t number, std::vector<LintFinding>& findings) const;
   void redundantFind(std::vector<LintFinding>& findings);
   Answer redundantAsk(std::uint32_t number, LintFinding& finding);
@@ -69,6 +76,9 @@ class LintPlaceOf final : public LintPlace {
   std::uint64_t ruleStart_ = 0;            // boxes looked at before this rule
   std::vector<std::uint32_t> met_;         // in the index, those that the rule meets
   std::vector<std::uint32_t> candidates_;  // those of them that match for certain
+  std::vector<std::uint32_t> before_;      // candidates ahead of a taker, first those of a cover
+  std::size_t coverBefore_ = 0;            // how many of the cover there are
+  std::vector<std::uint32_t> uncertain_;   // those ahead of a taker that may match
   BoxList<W> common_;
 };
 
@@ -204,41 +214,53 @@ Answer LintPlaceOf<W>::conflictAsk(std::uint32_t number, LintFinding& finding) {
   const Rule& rule = rules_[number];
   if (rule.facts.otherMatch != 0) return Answer::covered;
   Answer worst = Answer::covered;
-  for (std::size_t at = 0; at < met_.size(); ++at) {
+  // Those to blame match all packets of the rule, so none behind them takes one.
+  std::vector<std::uint32_t> const cover = sorted(finding.blame);
+  before_.clear();
+  coverBefore_ = 0;
+  for (std::size_t at = 0; at < met_.size() && indexed_[met_[at]] <= cover.back(); ++at) {
     std::uint32_t const taker = indexed_[met_[at]];
     const Rule& other = rules_[taker];
-    if (other.facts.action == rule.facts.action || other.facts.otherMatch != 0) continue;
-    Answer const answer = conflictAskAt(number, at);
-    if (answer == Answer::unknown) worst = answer;
-    if (answer != Answer::open) continue;
-    finding.conflict = true;
-    finding.packet = std::make_unique<Match>(space_.matchOf(search_.witness()));
-    if (std::find(finding.blame.begin(), finding.blame.end(), taker) == finding.blame.end()) {
-      finding.blame.push_back(taker);
+    if (other.facts.otherMatch != 0) continue;
+    // A dead one takes nothing.
+    if (other.facts.action != rule.facts.action && !other.isDead) {
+      Answer const answer = conflictAskAt(number, at);
+      if (answer == Answer::open) {
+        finding.conflict = true;
+        finding.packet = std::make_unique<Match>(space_.matchOf(search_.witness()));
+        if (!std::binary_search(cover.begin(), cover.end(), taker)) finding.blame.push_back(taker);
+        return answer;
+      }
+      if (answer == Answer::unknown) worst = answer;
     }
-    return answer;
+    beforeAdd(met_[at], std::binary_search(cover.begin(), cover.end(), taker));
   }
   return worst;
 }
 
 /// Whether the entry at this place of met_, which has another action, takes a packet of the rule,
-/// or those do that may take it before: open where it does.
+/// or those do that may take it before: open where it does. Those before it are in before_.
 template <class W>
 Answer LintPlaceOf<W>::conflictAskAt(std::uint32_t number, std::size_t taker) {
   BoxList<W> boxes(space_.fields());
   space_.intersectionAppend(boxes_[rules_[number].box], index_[met_[taker]], boxes);
-  if (!sureOfTakers(number, taker, boxes)) return Answer::unknown;
-  std::vector<std::uint32_t> before;
-  for (std::size_t at = 0; at < taker; ++at) {
-    if (rules_[indexed_[met_[at]]].facts.otherMatch == 0) before.push_back(met_[at]);
-  }
+  bool const hasOnlyCertain = before_.size() == taker;
+  if (!hasOnlyCertain && !sureOfTakers(number, taker, boxes)) return Answer::unknown;
   Answer worst = Answer::covered;
   for (std::size_t i = 0; i < boxes.size(); ++i) {
-    Answer const answer = search_.ask(boxes[i], before, index_.boxes(), boundLeft());
+    Answer const answer = search_.ask(boxes[i], before_, index_.boxes(), boundLeft());
     if (answer == Answer::open) return answer;
     if (answer == Answer::unknown) worst = answer;
   }
   return worst;
+}
+
+/// Adds to before_. Those of the rule's cover stand first: most parts of the rule are in one of
+/// them, and a search ends there.
+template <class W>
+void LintPlaceOf<W>::beforeAdd(std::uint32_t met, bool isOfCover) {
+  before_.push_back(met);
+  if (isOfCover) std::swap(before_[coverBefore_++], before_.back());
 }
 
 /// Leaves of the boxes the packets that no rule before the taker may take with the rule's own
@@ -338,27 +360,35 @@ Answer LintPlaceOf<W>::redundantAsk(std::uint32_t number, LintFinding& finding) 
   }
   Answer const all = search_.ask(box, candidates_, index_.boxes(), boundLeft());
   if (all != Answer::covered) return all;
-  for (std::uint32_t const used : search_.used()) {
+  std::vector<std::uint32_t> const cover = sorted(search_.used());
+  for (std::uint32_t const used : cover) {
     if (indexed_[used] > number) finding.blame.push_back(indexed_[used]);
   }
   blameOrder(finding);
-  // and the first that it meets, or may meet, must have the same action.
-  std::vector<std::uint32_t> before;
-  for (std::size_t at = 0; at < met_.size(); ++at) {
+  // and the first that it meets, or may meet, must have the same action. None behind the cover is
+  // the first.
+  before_.clear();
+  coverBefore_ = 0;
+  uncertain_.clear();
+  for (std::size_t at = 0; at < met_.size() && met_[at] <= cover.back(); ++at) {
     const Rule& other = rules_[indexed_[met_[at]]];
-    if (indexed_[met_[at]] < number || other.facts.action == rule.facts.action) continue;
-    common_.clear();
-    space_.intersectionAppend(box, index_[met_[at]], common_);
-    before.clear();
-    for (std::size_t i = 0; i < at; ++i) {
-      const Rule& earlier = rules_[indexed_[met_[i]]];
-      if (isCertain(earlier, rule.facts.otherMatch) ||
-          earlier.facts.otherMatch == other.facts.otherMatch) {
-        before.push_back(met_[i]);
-      }
+    if (indexed_[met_[at]] > number && other.facts.action != rule.facts.action) {
+      common_.clear();
+      space_.intersectionAppend(box, index_[met_[at]], common_);
+      std::size_t const certain = before_.size();
+      std::copy_if(uncertain_.begin(), uncertain_.end(), std::back_inserter(before_),
+                   [&](std::uint32_t met) {
+                     return rules_[indexed_[met]].facts.otherMatch == other.facts.otherMatch;
+                   });
+      Answer const answer = search_.ask(common_[0], before_, index_.boxes(), boundLeft());
+      before_.resize(certain);
+      if (answer != Answer::covered) return answer;
     }
-    Answer const answer = search_.ask(common_[0], before, index_.boxes(), boundLeft());
-    if (answer != Answer::covered) return answer;
+    if (isCertain(other, rule.facts.otherMatch)) {
+      beforeAdd(met_[at], std::binary_search(cover.begin(), cover.end(), met_[at]));
+    } else {
+      uncertain_.push_back(met_[at]);
+    }
   }
   return Answer::covered;
 }
