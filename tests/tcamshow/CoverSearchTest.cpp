@@ -197,6 +197,41 @@ TYPED_TEST(Boxes, CoverLeavesWhatOneOfManyLacks) {
   EXPECT_TRUE(FieldSet::range(700 * 64, 700 * 64 + 63, 16)->contains(witness[Field::dport]));
 }
 
+// Squares in no order. A piece meets few of them.
+TYPED_TEST(Boxes, CoverBySquaresLeavesWhatOneLacks) {
+  constexpr std::uint32_t side = 32;
+  constexpr std::uint32_t step = 65536 / side;
+  BoxSpace<TypeParam> const space(bitOf(Field::sport) | bitOf(Field::dport));
+  BoxList<TypeParam> boxes(space.fields());
+  std::vector<Match> squares;
+  std::vector<std::uint32_t> candidates;
+  for (std::uint32_t number = 0; number < side * side; ++number) {
+    std::uint32_t const sport = number / side * step;
+    std::uint32_t const dport = number % side * step;
+    Match match;
+    match.restrict(Field::sport, FieldSet::range(sport, sport + step - 1, 16));
+    match.restrict(Field::dport, FieldSet::range(dport, dport + step - 1, 16));
+    space.push(match, boxes);
+    squares.push_back(match);
+    candidates.push_back(number);
+  }
+  std::mt19937 random(9);
+  std::shuffle(candidates.begin(), candidates.end(), random);
+  BoxList<TypeParam> any(space.fields());
+  space.push(Match(), any);
+  CoverSearch<TypeParam> search(space);
+  EXPECT_EQ(search.ask(any[0], candidates, boxes), CoverAnswer::covered);
+  EXPECT_EQ(search.used().size(), candidates.size());
+  for (int round = 0; round < 20; ++round) {
+    std::swap(candidates[random() % candidates.size()], candidates.back());
+    std::uint32_t const missing = candidates.back();
+    candidates.pop_back();
+    ASSERT_EQ(search.ask(any[0], candidates, boxes), CoverAnswer::open);
+    EXPECT_TRUE(squares[missing].contains(space.matchOf(search.witness())));
+    candidates.push_back(missing);
+  }
+}
+
 // One bit of each field: the pieces double with each candidate that is taken away.
 TYPED_TEST(Boxes, CoverIsUnknownAtItsBound) {
   BoxSpace<TypeParam> const space(bitOf(Field::src) | bitOf(Field::dst));

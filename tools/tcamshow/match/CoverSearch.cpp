@@ -1,6 +1,7 @@
 #include "match/CoverSearch.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace tcamshow {
 
@@ -9,6 +10,9 @@ namespace {
 /// A piece looks at so many candidates that meet it, and goes on with the one that takes most of
 /// it.
 constexpr unsigned compared = 32;
+
+/// A piece whose candidates meet it less often than once in so many gets a list of those that do.
+constexpr std::size_t sparse = 4;
 
 }  // namespace
 
@@ -78,12 +82,16 @@ CoverAnswer CoverSearch<W>::cut(Box<W> box, std::span<const std::uint32_t> candi
   isUsed_.assign(candidates.size(), false);
   pieces_.clear();
   pieces_.push(box);
-  from_.assign(1, 0);
-  for (std::uint64_t looked = 0; !from_.empty(); ++looked) {
+  narrowed_.resize(candidates.size());
+  std::iota(narrowed_.begin(), narrowed_.end(), 0U);
+  parts_.assign(1, {0, candidates.size()});
+  auto const candidate = [&](std::size_t at) { return all[candidates[narrowed_[at]]]; };
+  for (std::uint64_t looked = 0; !parts_.empty(); ++looked) {
     if (looked == bound) return CoverAnswer::unknown;
     ++boxes_;
-    std::size_t first = from_.back();
-    from_.pop_back();
+    Part part = parts_.back();
+    parts_.pop_back();
+    narrowed_.resize(part.end);
     current_.clear();
     current_.push(pieces_.back());
     pieces_.pop();
@@ -91,10 +99,11 @@ CoverAnswer CoverSearch<W>::cut(Box<W> box, std::span<const std::uint32_t> candi
     unsigned met = 0;
     std::size_t best = 0;
     double bestShare = 0;
-    for (std::size_t at = first; at < candidates.size() && met < compared; ++at) {
-      Box<W> const other = all[candidates[at]];
+    std::size_t at = part.begin;
+    for (; at < part.end && met < compared; ++at) {
+      Box<W> const other = candidate(at);
       if (!space_.overlap(other, current)) continue;
-      if (met == 0) first = at;
+      if (met == 0) part.begin = at;
       ++met;
       double const share = space_.shareTaken(current, other);
       if (share <= bestShare) continue;
@@ -106,11 +115,23 @@ CoverAnswer CoverSearch<W>::cut(Box<W> box, std::span<const std::uint32_t> candi
       witness_.push(current);
       return CoverAnswer::open;
     }
-    isUsed_[best] = true;
+    isUsed_[narrowed_[best]] = true;
     std::size_t const before = pieces_.size();
-    space_.differenceAppend(current, all[candidates[best]], pieces_);
-    // No piece meets a candidate that the whole did not.
-    from_.insert(from_.end(), pieces_.size() - before, first);
+    space_.differenceAppend(current, candidate(best), pieces_);
+    if (pieces_.size() == before) continue;
+    // No piece meets a candidate that the whole did not. Where few meet the whole, they are listed.
+    if (at - part.begin > sparse * met) {
+      Part const wide = part;
+      part.begin = narrowed_.size();
+      for (std::size_t each = wide.begin; each < wide.end; ++each) {
+        std::uint32_t const place = narrowed_[each];
+        if (each != best && space_.overlap(all[candidates[place]], current)) {
+          narrowed_.push_back(place);
+        }
+      }
+      part.end = narrowed_.size();
+    }
+    parts_.insert(parts_.end(), pieces_.size() - before, part);
   }
   return CoverAnswer::covered;
 }

@@ -63,9 +63,15 @@ class CoverSearch {
   BoxList<W> witness_;
   std::vector<FieldSetOf<W>> packet_;
   std::uint64_t boxes_ = 0;
-  // During a cut: the pieces that are left, and for each the first candidate that it may overlap.
+  // During a cut: the pieces that are left, and for each the part of narrowed_ with the candidates
+  // that it may overlap. The parts of later pieces stand behind those of earlier ones.
+  struct Part {
+    std::size_t begin;
+    std::size_t end;
+  };
   BoxList<W> pieces_;
-  std::vector<std::size_t> from_;
+  std::vector<Part> parts_;
+  std::vector<std::uint32_t> narrowed_;  // by place in cut()'s candidates
   BoxList<W> current_;
 };
 
