@@ -130,11 +130,11 @@ class JsonDocument {
 class JsonFields {
  public:
   using UseField = std::function<void(std::string_view name, const JsonField& field)>;
-  /// Calls `use` for each member of the object whose text is `object`: a part of a document, at
-  /// its place there. Texts are valid until the next call.
-  void each(std::string_view object, const UseField& use);
+  /// Calls `use` for each member of the object that `text` is: a part of a document, at its place
+  /// there. Texts are valid until the next call.
+  void each(std::string_view text, const UseField& use);
   /// The text of the member's value, if there is one with that name and it is an object.
-  std::string_view objectAt(std::string_view object, std::string_view name);
+  std::string_view objectAt(std::string_view text, std::string_view name);
 
  private:
   std::string_view stringAt(const char* from);

@@ -161,7 +161,7 @@ class OvsSource final : public Source {
     bool isWhole = true;  // whether nothing stands between the parts of the match
     bool hasActions = false;
     for (std::string_view rest = line;;) {
-      std::size_t const from = static_cast<std::size_t>(
+      auto const from = static_cast<std::size_t>(
           std::find_if_not(rest.begin(), rest.end(), isSeparator) - rest.begin());
       rest.remove_prefix(from);
       if (rest.empty()) break;

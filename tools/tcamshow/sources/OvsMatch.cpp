@@ -140,8 +140,10 @@ class NameIndex {
   static constexpr std::size_t hash(std::string_view name) noexcept {
     std::size_t const size = name.size();
     if (size == 0) return 0;
-    auto const at = [name](std::size_t i) { return static_cast<unsigned char>(name[i]); };
-    return (size + at(0) * 11U + at(size / 2) * 19U + at(size - 1) * 5U) % slotCount;
+    auto const at = [name](std::size_t i) {
+      return std::size_t{static_cast<unsigned char>(name[i])};
+    };
+    return (size + at(0) * 11 + at(size / 2) * 19 + at(size - 1) * 5) % slotCount;
   }
 
   std::array<std::uint8_t, slotCount> slots_{};
