@@ -32,29 +32,32 @@ bool isNumber(const std::string& text, Number& number) {
 
 }  // namespace
 
-void Options::flag(const std::string& name, bool& value, const std::string& help) {
-  app_->add_flag(name, value, help);
+void Options::flag(std::string_view name, bool& value, std::string_view help) {
+  app_->add_flag(std::string(name), value, std::string(help));
 }
 
-void Options::text(const std::string& name, std::string& value, const std::string& placeholder,
-                   const std::string& help) {
-  app_->add_option(name, value, help)->option_text(placeholder);
+void Options::text(std::string_view name, std::string& value, std::string_view placeholder,
+                   std::string_view help) {
+  app_->add_option(std::string(name), value, std::string(help))
+      ->option_text(std::string(placeholder));
 }
 
-void Options::text(const std::string& name, std::optional<std::string>& value,
-                   const std::string& placeholder, const std::string& help) {
+void Options::text(std::string_view name, std::optional<std::string>& value,
+                   std::string_view placeholder, std::string_view help) {
   app_->add_option_function<std::string>(
-          name, [&value](const std::string& text) { value = text; }, help)
-      ->option_text(placeholder);
+          std::string(name), [&value](const std::string& text) { value = text; }, std::string(help))
+      ->option_text(std::string(placeholder));
 }
 
-void Options::text(const std::string& name, std::string& value, const std::string& placeholder,
-                   const std::string& help, std::function<std::string(const std::string&)> check) {
-  app_->add_option(name, value, help)->option_text(placeholder)->check(std::move(check));
+void Options::text(std::string_view name, std::string& value, std::string_view placeholder,
+                   std::string_view help, std::function<std::string(const std::string&)> check) {
+  app_->add_option(std::string(name), value, std::string(help))
+      ->option_text(std::string(placeholder))
+      ->check(std::move(check));
 }
 
-void Options::choice(const std::string& name, std::string& value,
-                     std::span<const std::string_view> words, const std::string& help) {
+void Options::choice(std::string_view name, std::string& value,
+                     std::span<const std::string_view> words, std::string_view help) {
   text(name, value, joined(words), help, [words](const std::string& word) {
     for (std::string_view const known : words) {
       if (word == known) return std::string();
@@ -64,8 +67,8 @@ void Options::choice(const std::string& name, std::string& value,
   });
 }
 
-void Options::number(const std::string& name, std::uint64_t& value, const std::string& placeholder,
-                     const std::string& help, std::uint64_t most) {
+void Options::number(std::string_view name, std::uint64_t& value, std::string_view placeholder,
+                     std::string_view help, std::uint64_t most) {
   auto const read = [&value, most](const std::string& word) {
     std::uint64_t number = 0;
     if (!isNumber(word, number) || number > most) return false;
@@ -73,16 +76,16 @@ void Options::number(const std::string& name, std::uint64_t& value, const std::s
     return true;
   };
   app_->add_option_function<std::string>(
-          name, [read](const std::string& word) { static_cast<void>(read(word)); }, help)
-      ->option_text(placeholder)
+          std::string(name), [read](const std::string& word) { static_cast<void>(read(word)); },
+          std::string(help))
+      ->option_text(std::string(placeholder))
       ->check([read, most](const std::string& word) {
         return read(word) ? std::string()
                           : inQuotes(word) + " is not a number from 0 to " + std::to_string(most);
       });
 }
 
-void Options::percent(const std::string& name, std::optional<double>& value,
-                      const std::string& help) {
+void Options::percent(std::string_view name, std::optional<double>& value, std::string_view help) {
   auto const read = [&value](const std::string& word) {
     double number = 0;
     if (!isNumber(word, number) || !(number >= 0 && number <= 100)) return false;
@@ -90,19 +93,20 @@ void Options::percent(const std::string& name, std::optional<double>& value,
     return true;
   };
   app_->add_option_function<std::string>(
-          name, [read](const std::string& word) { static_cast<void>(read(word)); }, help)
+          std::string(name), [read](const std::string& word) { static_cast<void>(read(word)); },
+          std::string(help))
       ->option_text("N")
       ->check([read](const std::string& word) {
         return read(word) ? std::string() : inQuotes(word) + " is not a number from 0 to 100";
       });
 }
 
-void Options::argument(const std::string& name, std::string& value, const std::string& help) {
-  app_->add_option(name, value, help)->option_text(" ")->required();
+void Options::argument(std::string_view name, std::string& value, std::string_view help) {
+  app_->add_option(std::string(name), value, std::string(help))->option_text(" ")->required();
 }
 
-void Options::word(const std::string& name, std::string& value, const std::string& help) {
-  app_->add_option(name, value, help)->option_text(" ")->check(checkPath);
+void Options::word(std::string_view name, std::string& value, std::string_view help) {
+  app_->add_option(std::string(name), value, std::string(help))->option_text(" ")->check(checkPath);
 }
 
 void Options::file(std::string& path) {
@@ -112,10 +116,13 @@ void Options::file(std::string& path) {
       ->check(checkPath);
 }
 
-void Options::requiredFile(const std::string& name, std::string& path, const std::string& help) {
-  app_->add_option(name, path, help)->option_text(" ")->required()->check(checkPath);
+void Options::requiredFile(std::string_view name, std::string& path, std::string_view help) {
+  app_->add_option(std::string(name), path, std::string(help))
+      ->option_text(" ")
+      ->required()
+      ->check(checkPath);
 }
 
-bool Options::has(const std::string& name) const { return app_->count(name) != 0; }
+bool Options::has(std::string_view name) const { return app_->count(std::string(name)) != 0; }
 
 }  // namespace tcamshow

@@ -27,38 +27,38 @@ class Options {
   explicit Options(CLI::App& app) noexcept : app_(&app) {}
 
   /// An option without a value.
-  void flag(const std::string& name, bool& value, const std::string& help);
+  void flag(std::string_view name, bool& value, std::string_view help);
   /// An option with a text; `placeholder` stands for it in the help.
-  void text(const std::string& name, std::string& value, const std::string& placeholder,
-            const std::string& help);
+  void text(std::string_view name, std::string& value, std::string_view placeholder,
+            std::string_view help);
   /// As text(); an empty value is told from none.
-  void text(const std::string& name, std::optional<std::string>& value,
-            const std::string& placeholder, const std::string& help);
+  void text(std::string_view name, std::optional<std::string>& value, std::string_view placeholder,
+            std::string_view help);
   /// As text(); `check` returns what is wrong with the value, or an empty text.
-  void text(const std::string& name, std::string& value, const std::string& placeholder,
-            const std::string& help, std::function<std::string(const std::string&)> check);
+  void text(std::string_view name, std::string& value, std::string_view placeholder,
+            std::string_view help, std::function<std::string(const std::string&)> check);
   /// An option with one of the words.
-  void choice(const std::string& name, std::string& value, std::span<const std::string_view> words,
-              const std::string& help);
+  void choice(std::string_view name, std::string& value, std::span<const std::string_view> words,
+              std::string_view help);
   /// An option with a whole number from 0 to `most`.
-  void number(const std::string& name, std::uint64_t& value, const std::string& placeholder,
-              const std::string& help,
+  void number(std::string_view name, std::uint64_t& value, std::string_view placeholder,
+              std::string_view help,
               std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
   /// An option with a number of percent, 0 to 100, perhaps with a fraction.
-  void percent(const std::string& name, std::optional<double>& value, const std::string& help);
+  void percent(std::string_view name, std::optional<double>& value, std::string_view help);
 
   /// An argument that the command line must have.
-  void argument(const std::string& name, std::string& value, const std::string& help);
+  void argument(std::string_view name, std::string& value, std::string_view help);
   /// An argument that may be left out. It may not be empty.
-  void word(const std::string& name, std::string& value, const std::string& help);
+  void word(std::string_view name, std::string& value, std::string_view help);
   /// The argument FILE: a path, or "-" for standard input, which it also is where it is absent. An
   /// empty path is wrong.
   void file(std::string& path);
   /// A path that the command line must have.
-  void requiredFile(const std::string& name, std::string& path, const std::string& help);
+  void requiredFile(std::string_view name, std::string& path, std::string_view help);
 
   /// Whether the command line names the option.
-  bool has(const std::string& name) const;
+  bool has(std::string_view name) const;
   CLI::App& app() const noexcept { return *app_; }
 
  private:

@@ -158,7 +158,8 @@ class OvsSource final : public Source {
     seen_.reset();
     isNewTable_ = false;
     tableName_ = "0";
-    bool isWhole = true;  // whether nothing stands between the parts of the match
+    bool isWhole = true;             // whether nothing stands between the parts of the match
+    const char* matchEnd = nullptr;  // behind the last part of the match
     bool hasActions = false;
     for (std::string_view rest = line;;) {
       auto const from = static_cast<std::size_t>(
@@ -178,8 +179,9 @@ class OvsSource final : public Source {
         failLine(line, inQuotes(text) + " is not a field");
       }
       if (isMatch(part.field)) {
-        isWhole = isWhole &&
-                  (match_.parts().empty() || match_.parts().back().text.end() + 1 == text.begin());
+        // One separator stands between neighbours.
+        isWhole = isWhole && (matchEnd == nullptr || matchEnd + 1 == text.data());
+        matchEnd = text.data() + text.size();
         match_.add(part);
       } else {
         readMember(part);
