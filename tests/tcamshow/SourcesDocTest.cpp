@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -20,29 +19,14 @@ ProcessResult runExample(const std::string& command) {
                          command});
 }
 
-/// Whether tcamshow has every command that the line uses.
-bool isKnown(const std::string& line) {
-  static const std::string help = runTcamshow({"--help"}).out;
-  static const std::regex use("tcamshow (?:--json )?([a-z]+)");
-  for (std::sregex_iterator each(line.begin(), line.end(), use); each != std::sregex_iterator();
-       ++each) {
-    if (help.find("\n  " + (*each)[1].str() + " ") == help.npos) return false;
-  }
-  return true;
-}
-
 TEST(SourcesDoc, ShowsWhatTheCommandsPrint) {
   std::vector<DocExample> const examples = docExamples(TCAMSHOW_DOCS "/sources.md");
-  std::size_t run = 0;
   for (const DocExample& example : examples) {
     SCOPED_TRACE(example.command);
-    if (!isKnown(example.command)) continue;
     ProcessResult const result = runExample(example.command);
     EXPECT_EQ(result.out, example.output);
     EXPECT_EQ(result.err, "");
-    ++run;
   }
-  EXPECT_GE(run, 4U);
   EXPECT_GE(examples.size(), 10U);
 }
 
@@ -59,7 +43,6 @@ TEST(SourcesDoc, ItsCommandsReadRealSwitches) {
       (data / "sonic" / "dump_acl").string(), (data / "sonic" / "mock_tables").string(),
       (data / "ovs" / "dump_mixed.txt").string(), (data / "ovs" / "dump_acl1_1k.txt").string()};
   for (const std::vector<std::string>& command : commands) {
-    if (!isKnown("tcamshow " + command[0])) continue;
     for (const std::string& file : files) {
       std::vector<std::string> arguments = command;
       arguments.push_back(file);
