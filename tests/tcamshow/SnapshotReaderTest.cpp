@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "Process.h"
 #include "SnapshotText.h"
 #include "TemporaryFile.h"
 #include "io/InputError.h"
@@ -373,8 +374,9 @@ TEST(SnapshotReader, RefusesAPlaceThatStandsTwice) {
             "no error");
 }
 
-TEST(SnapshotReader, ReadsBackWhatTheWriterWrote) {
-  std::mt19937 random(11);
+/// Writes random entries as a snapshot of `version` and reads them back.
+void writeAndRead(std::uint32_t version) {
+  std::mt19937 random(10 + version);
   auto word = [&] {
     auto const bits = static_cast<std::uint32_t>(random() % 33);
     return bits == 0 ? 0u : static_cast<std::uint32_t>(random()) >> (32 - bits);
@@ -383,9 +385,10 @@ TEST(SnapshotReader, ReadsBackWhatTheWriterWrote) {
   std::vector<Entry> entries;
   std::string text;
   Header header9;
-  header9.version.number = 1;
+  header9.version.number = version;
   header9.numPipes = 9;
   appendLine(text, header9);
+  std::string lines;
   for (int i = 0; i < 500; ++i) {
     Entry entry;
     entry.place = {static_cast<Stage>(1 + random() % 3), static_cast<std::int16_t>(word()), word(),
@@ -428,9 +431,22 @@ TEST(SnapshotReader, ReadsBackWhatTheWriterWrote) {
       range.status = static_cast<std::uint8_t>(random() % 9);
       entry.rangeCheckers.push_back(range);
     }
-    appendLine(text, entry);
+    if (version >= 2) {
+      if (random() % 2 != 0) entry.bytes = std::uint64_t{word()} << 32 | word();
+      if (random() % 2 != 0) entry.givenState = static_cast<EntryState>(random() % 4);
+      entry.reason = texts[random() % 4];
+      entry.otherMatch = texts[random() % 4];
+    }
+    appendLine(lines, entry);
     entries.push_back(entry);
   }
+  text += lines;
+  std::string end;
+  appendLine(end, SnapshotEnd{0, entries.size()});
+  if (version >= 2) text += end;
+  // An import of either version gives version 2 with the same lines.
+  EXPECT_EQ(runTcamshow({"import"}, {.input = text}).out,
+            "{\"type\":\"snapshot\",\"version\":2,\"numPipes\":9}\n" + lines + end);
   TemporaryFile const snapshot(text);
   Complaints complaints;
   auto const reader = openSnapshot(InputFile(snapshot.path()), complaints);
@@ -449,6 +465,10 @@ TEST(SnapshotReader, ReadsBackWhatTheWriterWrote) {
     EXPECT_EQ(read.hits, entry.hits);
     EXPECT_EQ(read.counterStatus, entry.counterStatus);
     EXPECT_EQ(read.featurePriority, entry.featurePriority);
+    EXPECT_EQ(read.bytes, entry.bytes);
+    EXPECT_EQ(read.givenState, entry.givenState);
+    EXPECT_EQ(read.reason, entry.reason);
+    EXPECT_EQ(read.otherMatch, entry.otherMatch);
     ASSERT_EQ(read.qualifiers.size(), entry.qualifiers.size());
     for (std::size_t i = 0; i < read.qualifiers.size(); ++i) {
       const Qualifier& a = read.qualifiers[i];
@@ -476,6 +496,13 @@ TEST(SnapshotReader, ReadsBackWhatTheWriterWrote) {
     }
   }
   EXPECT_EQ(reader->next(), Source::Item::end);
+}
+
+TEST(SnapshotReader, ReadsBackWhatTheWriterWrote) {
+  for (std::uint32_t const version : {1U, 2U}) {
+    SCOPED_TRACE(version);
+    writeAndRead(version);
+  }
 }
 
 }  // namespace
