@@ -8,11 +8,16 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <string>
 #include <string_view>
 
-#include "SourceSnapshot.h"
+#include "MemoryFile.h"
+#include "Snapshots.h"
 #include "Target.h"
+#include "io/InputError.h"
+#include "io/OutputBuffer.h"
+#include "snapshot/SnapshotWriter.h"
 
 namespace {
 
@@ -42,17 +47,35 @@ FUZZ_TARGET(sonic) {
   constexpr char separator = '\x1E';
   constexpr const char* names[] = {"ASIC_DB", "CONFIG_DB", "COUNTERS_DB", "STATE_DB"};
   static Directory const directory;
+  std::map<std::string, std::string_view> files;
   std::string_view rest = in.rest();
   for (const char* const name : names) {
     std::string const path = directory.path() + "/" + name + ".json";
     std::string_view const text = rest.substr(0, rest.find(separator));
     rest.remove_prefix(std::min(text.size() + 1, rest.size()));
     std::filesystem::remove(path);
-    if (!text.empty()) std::ofstream(path, std::ios::binary) << text;
+    if (text.empty()) continue;
+    std::ofstream(path, std::ios::binary) << text;
+    files[path] = text;
   }
-  velmorfuzz::WrittenSource const written([&](tcamshow::Complaints& complaints) {
-    return tcamshow::openSonic(directory.path(), complaints);
-  });
-  FUZZ_CHECK(written.isGood() == !written.text().empty());
-  if (!written.isGood()) FUZZ_CHECK(written.file().starts_with(directory.path()));
+  velmorfuzz::MemoryFile const output;
+  tcamshow::OutputBuffer out(output.descriptor());
+  tcamshow::Complaints complaints;
+  bool isGood = true;
+  try {
+    auto const source = tcamshow::openSonic(directory.path(), complaints);
+    writeSnapshot(*source, out);
+  } catch (const tcamshow::InputError& error) {
+    FUZZ_CHECK(error.file() == directory.path() || files.count(error.file()) == 1);
+    velmorfuzz::checkError(error, error.file(), files[error.file()], false);
+    isGood = false;
+  }
+  out.flush();
+  std::string const snapshot = output.contents();
+  FUZZ_CHECK(isGood == !snapshot.empty());
+  for (std::string const& warning : complaints.texts()) {
+    FUZZ_CHECK(!warning.empty() && warning.find('\n') == std::string::npos);
+    velmorfuzz::checkIsSafe(warning);
+  }
+  if (isGood) velmorfuzz::checkWrittenSnapshot(snapshot);
 }
